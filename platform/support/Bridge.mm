@@ -1,0 +1,74 @@
+#import <Tarvik/support/Bridge.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace tarvik {
+namespace {
+
+constexpr unichar kFirstHighSurrogate = 0xD800, kFirstLowSurrogate = 0xDC00, kPastSurrogates = 0xE000;
+
+bool isHigh(unichar unit) { return unit >= kFirstHighSurrogate && unit < kFirstLowSurrogate; }
+bool isLow(unichar unit) { return unit >= kFirstLowSurrogate && unit < kPastSurrogates; }
+
+}  // namespace
+
+// Encoded here, unit by unit: the platform's own conversion raises on half a pair, and its C-string
+// form ends at the first NUL.
+std::optional<std::string> utf8(NSString *text)
+{
+    if (text == nil)
+        return std::nullopt;
+    const NSUInteger length = [text length];
+    std::string out;
+    out.reserve(length);
+    unichar units[256];
+    for (NSUInteger start = 0; start < length;) {
+        NSUInteger count = std::min<NSUInteger>(length - start, std::size(units));
+        [text getCharacters:units range:NSMakeRange(start, count)];
+        if (count > 1 && isHigh(units[count - 1]))
+            --count;  // keep a pair together: the rest begins the next stretch
+        for (NSUInteger i = 0; i < count; ++i) {
+            uint32_t c = units[i];
+            if (isLow(units[i]) || (isHigh(units[i]) && (i + 1 == count || !isLow(units[i + 1]))))
+                return std::nullopt;
+            if (isHigh(units[i])) {
+                ++i;
+                c = 0x10000 + ((c - kFirstHighSurrogate) << 10) + (units[i] - kFirstLowSurrogate);
+            }
+            if (c < 0x80) {
+                out += char(c);
+            } else if (c < 0x800) {
+                out += {char(0xC0 | c >> 6), char(0x80 | (c & 0x3F))};
+            } else if (c < 0x10000) {
+                out += {char(0xE0 | c >> 12), char(0x80 | (c >> 6 & 0x3F)), char(0x80 | (c & 0x3F))};
+            } else {
+                out += {char(0xF0 | c >> 18), char(0x80 | (c >> 12 & 0x3F)),
+                        char(0x80 | (c >> 6 & 0x3F)), char(0x80 | (c & 0x3F))};
+            }
+        }
+        start += count;
+    }
+    return out;
+}
+
+NSString *nsstring(std::string_view bytes)
+{
+    return [[[NSString alloc] initWithBytes:bytes.data()
+                                     length:bytes.size()
+                                   encoding:NSUTF8StringEncoding] autorelease];
+}
+
+std::optional<std::string> bytes(NSData *data)
+{
+    if (data == nil)
+        return std::nullopt;
+    return std::string(static_cast<const char *>([data bytes]), [data length]);
+}
+
+NSData *nsdata(std::string_view bytes)
+{
+    return [NSData dataWithBytes:bytes.data() length:bytes.size()];
+}
+
+}  // namespace tarvik

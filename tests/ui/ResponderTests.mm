@@ -1,0 +1,37 @@
+#import <AppKit/AppKit.h>
+#import <Tarvik/ui/NSResponder+Logging.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+@interface NamedResponder : NSResponder {
+    NSString *mName;
+}
+- (id)initWithName:(NSString *)name next:(NSResponder *)next;
+@end
+@implementation NamedResponder
+- (id)initWithName:(NSString *)name next:(NSResponder *)next
+{
+    if ((self = [super init])) {
+        mName = name;
+        [self setNextResponder:next];
+    }
+    return self;
+}
+- (NSString *)description { return mName; }
+@end
+
+TEST(Responder, LogsTheChainFromTheReceiverOn)
+{
+    NamedResponder *last = [[[NamedResponder alloc] initWithName:@"last %d" next:nil] autorelease];
+    NamedResponder *middle = [[[NamedResponder alloc] initWithName:@"middle" next:last] autorelease];
+    NamedResponder *first = [[[NamedResponder alloc] initWithName:@"first" next:middle] autorelease];
+    [first setNextResponder:middle];
+    testing::internal::CaptureStderr();
+    [middle logResponderChain];
+    const std::string log = testing::internal::GetCapturedStderr();
+    const size_t banner = log.find("---------------------- ResponderChain ----------------------\n");
+    const size_t one = log.find("middle\n"), two = log.find("last %d\n");
+    EXPECT_TRUE(banner < one && one < two && two != std::string::npos) << log;
+    EXPECT_EQ(log.find("first"), std::string::npos) << log;
+}
