@@ -1,6 +1,7 @@
 /// \file
 /// The Dialog Manager's standard alert.
 #pragma once
+#include <Carbon/MacErrors.h>
 #include <CoreFoundation/CFBase.h>
 
 #ifdef __cplusplus

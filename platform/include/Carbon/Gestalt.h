@@ -11,6 +11,7 @@
 ///
 /// Thread: any; the selectors are to be replaced before other threads ask.
 #pragma once
+#include <Carbon/MacErrors.h>
 #include <CoreFoundation/CFBase.h>
 
 #ifdef __cplusplus
