@@ -31,6 +31,9 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/TarvikConfig.cmake ${CMAKE_CURRENT_BIN
         DESTINATION ${package})
 
 list(JOIN TARVIK_OBJC_FLAGS " " TARVIK_OBJC_FLAGS_TEXT)
+# The modules find the prefix from their own place, so that an installed tree can be moved.
+file(RELATIVE_PATH TARVIK_PC_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" TARVIK_PC_TO_PREFIX "${TARVIK_PC_TO_PREFIX}")
 set(modules tarvik-c tarvik)
 if(TARGET tarvik-ui)
   list(APPEND modules tarvik-ui)

@@ -9,7 +9,7 @@
 /// and the failure value is the answer. In a lambda, write `self->mField`, never `mField` alone: g++ compiles the
 /// implicit form wrongly.
 #pragma once
-#ifdef __OBJC__
+#if defined(__OBJC__) && defined(__cplusplus)
 #include <Tarvik/core/Log.h>
 #import <Tarvik/support/Guard.h>
 

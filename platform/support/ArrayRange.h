@@ -5,7 +5,7 @@
 ///
 /// nil is an empty range. The array must not change its length meanwhile.
 #pragma once
-#ifdef __OBJC__
+#if defined(__OBJC__) && defined(__cplusplus)
 #import <Foundation/NSArray.h>
 
 namespace tarvik {

@@ -8,7 +8,7 @@
 /// Absent stays absent: nil gives no value, and text without a UTF-8 form (half a surrogate pair)
 /// gives no value instead of the exception that `UTF8String` raises here. Results are autoreleased.
 #pragma once
-#ifdef __OBJC__
+#if defined(__OBJC__) && defined(__cplusplus)
 #import <Foundation/NSData.h>
 #import <Foundation/NSString.h>
 

@@ -10,7 +10,7 @@
 /// A typed `@catch` in an Objective-C++ file of g++ crashes at run time, so the one `@try` of the
 /// house stands in a plain Objective-C file behind this template.
 #pragma once
-#ifdef __OBJC__
+#if defined(__OBJC__) && defined(__cplusplus)
 #import <Foundation/NSException.h>
 #import <Foundation/NSString.h>
 #import <Tarvik/support/Retained.h>

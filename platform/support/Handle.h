@@ -12,6 +12,7 @@
 ///
 /// A Handle is moved, never copied, and closes at most once.
 #pragma once
+#ifdef __cplusplus
 
 #include <unistd.h>
 
@@ -62,3 +63,4 @@ struct FileDescriptorTraits {
 using FileDescriptor = Handle<FileDescriptorTraits>;
 
 }  // namespace tarvik
+#endif

@@ -10,7 +10,7 @@
 /// `GSRegisterCurrentThread` and `GSUnregisterCurrentThread`). An exception that leaves the scope
 /// drains the pool too, so an NSException must be retained before it passes one.
 #pragma once
-#ifdef __OBJC__
+#if defined(__OBJC__) && defined(__cplusplus)
 #import <Foundation/NSAutoreleasePool.h>
 
 namespace tarvik {

@@ -5,7 +5,7 @@
 ///     auto kept = tarvik::retain([array lastObject]);       // adds a reference of its own
 ///     return kept.autoreleased();                           // hands it out as a method result
 #pragma once
-#ifdef __OBJC__
+#if defined(__OBJC__) && defined(__cplusplus)
 #import <Foundation/NSObject.h>
 
 #include <utility>
