@@ -10,6 +10,7 @@
 #include <iterator>
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
@@ -96,7 +97,9 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "%s: no input in %s\n", argv[0], argv[1]);
         return 1;
     }
-    std::sort(corpus.begin(), corpus.end());  // directory order differs between machines
+    // Directory order differs between machines.
+    const auto bytes = [](const Input &input) { return std::string_view(reinterpret_cast<const char *>(input.data()), input.size()); };
+    std::sort(corpus.begin(), corpus.end(), [&](const Input &a, const Input &b) { return bytes(a) < bytes(b); });
     corpus.emplace_back();                    // the empty input belongs to every corpus
     for (const Input &input : corpus)
         run(input);

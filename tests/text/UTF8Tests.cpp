@@ -1,0 +1,166 @@
+#include "tests/support/UTF8Pieces.h"
+
+#include <Tarvik/text/UTF8.h>
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace {
+
+using tarvik::utf8::Kernel;
+
+wstring wide(const std::u32string &text) { return wstring(text.begin(), text.end()); }
+std::u32string plain(const wstring &text) { return std::u32string(text.begin(), text.end()); }
+
+template <class Body>
+void withEachKernel(Body body)
+{
+    for (const Kernel &kernel : tarvik::utf8::kernels()) {
+        SCOPED_TRACE(kernel.name);
+        if (kernel.runsHere())
+            body(kernel);
+    }
+}
+
+// A text of characters drawn from one repertoire after the other, in runs, so that blocks are pure as well as mixed.
+std::u32string randomText(std::mt19937 &random, size_t length)
+{
+    static constexpr std::pair<char32_t, char32_t> kRepertoires[] = {{0x20, 0x7E},     {0xA0, 0x3FF},      {0x800, 0xFFFF},
+                                                                     {0x4E00, 0x9FFF}, {0x10000, 0x1FFFFF}, {1, 0x1FFFFF}};
+    std::u32string text;
+    while (text.size() < length) {
+        const auto [first, last] = kRepertoires[random() % std::size(kRepertoires)];
+        for (size_t run = 1 + random() % 90; run > 0 && text.size() < length; run--)
+            text += first + random() % (last - first + 1);
+    }
+    return text;
+}
+
+// UTF-8 with four-byte sequences, which the toolkit's encoder leaves out.
+std::string encodeAll(const std::u32string &text)
+{
+    std::string bytes;
+    for (const char32_t c : text) {
+        if (c <= 0xFFFF)
+            bytes += referenceEncode({c});
+        else
+            bytes += {char(0xF0 | c >> 18), char(0x80 | (c >> 12 & 0x3F)), char(0x80 | (c >> 6 & 0x3F)), char(0x80 | (c & 0x3F))};
+    }
+    return bytes;
+}
+
+TEST(UTF8, Decoding)
+{
+    using namespace std::string_literals;
+    const std::pair<std::string, std::u32string> cases[] = {
+        {"", U""},
+        {"a", U"a"},
+        {"\xC3\xA9", U"\xE9"},
+        {"\xE2\x82\xAC", U"\x20AC"},
+        {"\xF0\x9F\x98\x80", U"\x1F600"},
+        {"\xA9", U"\x29"},              // a stray continuation byte
+        {"\xC3(", U"\xE8"},             // a byte of another form in its place: six bits of it count
+        {"\xE2\x82", U"\x2080"},        // missing bytes are 0
+        {"\xFF\xBF\xBF\xBF", U"\x1FFFFF"},
+        {"\xF8\x80\x80\x81", U"\x1"},
+        {"\xED\xA0\xBD", U"\xD83D"},    // half a surrogate pair
+        {"\xC1\x81", U"A"},             // overlong
+        {"ab\0cd"s, U"ab"},
+        {"ab\x80" "cd", U"ab"},         // each of these is a code point 0
+        {"ab\xC0\x80" "cd", U"ab"},
+        {"ab\xE0", U"ab"},
+    };
+    for (const auto &[text, result] : cases) {
+        EXPECT_EQ(plain(Utils::utf8towstring(text)), result) << testing::PrintToString(text);
+        const std::string front(61, 'x');  // again at the end of a block
+        EXPECT_EQ(plain(Utils::utf8towstring(front + text)), std::u32string(61, U'x') + result);
+    }
+}
+
+TEST(UTF8, Encoding)
+{
+    const std::pair<std::u32string, std::string> cases[] = {
+        {U"", ""},
+        {U"\x7F\x80\x7FF\x800\xFFFF", "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF"},
+        {U"\x1F600", ""},
+        {U"a\x10000z", "az"},
+        {{0xFFFFFFE9, 0x80000000, 0x80000141}, {"\x69\0A", 3}},
+        {{U'a', 0, U'b'}, {"a\0b", 3}},
+    };
+    for (const auto &[text, result] : cases) {
+        EXPECT_EQ(Utils::wstring2utf8(wide(text)), result);
+        EXPECT_EQ(Utils::wstring2utf8(wide(text + std::u32string(70, U'x'))), result + std::string(70, 'x'));
+    }
+}
+
+// All pairs of bytes and many triples, in the middle of text and across the ends of blocks.
+TEST(UTF8, ShortSequencesOfAnyBytes)
+{
+    withEachKernel([](const Kernel &kernel) {
+        for (unsigned pair = 0; pair < 0x10000; pair++) {
+            const std::string bytes{char(pair >> 8), char(pair)};
+            const size_t before = pair % 67;
+            for (const std::string &text :
+                 {bytes, std::string(before, 'a') + bytes + std::string(80, 'z'), std::string(30, 'a') + "\xC3\xA9" + bytes + std::string(80, 'z')})
+                ASSERT_EQ(decodeInPieces(kernel, text, 200), referenceDecode(text)) << testing::PrintToString(text);
+        }
+        static constexpr uint8_t kTelling[] = {0x00, 0x01, 0x7F, 0x80, 0x9F, 0xA0, 0xBF, 0xC0, 0xC1, 0xDF, 0xE0, 0xEF, 0xF0, 0xF7, 0xF8, 0xFF};
+        for (unsigned four = 0; four < 0x10000; four++) {
+            const std::string bytes{char(kTelling[four >> 12]), char(kTelling[four >> 8 & 15]), char(kTelling[four >> 4 & 15]), char(kTelling[four & 15])};
+            const std::string text = std::string(40 + four % 29, 'a') + bytes + std::string(four % 3 * 40, 'z');
+            ASSERT_EQ(decodeInPieces(kernel, text, 200), referenceDecode(text)) << testing::PrintToString(text);
+        }
+    });
+}
+
+TEST(UTF8, RandomTextWellFormedAndDamaged)
+{
+    withEachKernel([](const Kernel &kernel) {
+        std::mt19937 random(7);
+        for (int round = 0; round < 4000; round++) {
+            std::u32string text = randomText(random, random() % 500);
+            std::string bytes = encodeAll(text);
+            const size_t room = 1 + random() % 600;
+            ASSERT_EQ(decodeInPieces(kernel, bytes, room), text);
+            ASSERT_EQ(encodeInPieces(kernel, text, room + 2), referenceEncode(text));
+            for (unsigned damages = random() % 4; damages > 0 && !bytes.empty(); damages--)
+                bytes[random() % bytes.size()] = char(random());
+            bytes.resize(bytes.size() - random() % (bytes.size() + 1) / 8);
+            ASSERT_EQ(decodeInPieces(kernel, bytes, room), referenceDecode(bytes));
+            for (unsigned damages = random() % 4; damages > 0 && !text.empty(); damages--)
+                text[random() % text.size()] = char32_t(random()) >> random() % 32;
+            ASSERT_EQ(encodeInPieces(kernel, text, room + 2), referenceEncode(text));
+        }
+    });
+}
+
+TEST(UTF8, EveryElementEncodes)
+{
+    std::u32string all;
+    for (char32_t c = 0; c < 0x11000; c++)
+        all += c;
+    withEachKernel([&](const Kernel &kernel) { EXPECT_EQ(encodeInPieces(kernel, all, 3 * all.size()), referenceEncode(all)); });
+}
+
+// Texts of all the ways through the public functions, among them ones whose length is badly guessed from samples.
+TEST(UTF8, LongTexts)
+{
+    std::mt19937 random(11);
+    for (const size_t length : {23, 24, 25, 63, 64, 65, 127, 4095, 4096, 4097, 30000, 300000}) {
+        const std::u32string text = randomText(random, length);
+        EXPECT_EQ(plain(Utils::utf8towstring(encodeAll(text))), text);
+        EXPECT_EQ(Utils::wstring2utf8(wide(text)), referenceEncode(text));
+        const std::string noise(length, '\x81');
+        EXPECT_EQ(Utils::utf8towstring(noise), wstring(length, L'\1'));
+        std::u32string sparse(length, U'\x1F600');
+        sparse.replace(length / 2, length / 4, length / 4, U'\x20AC');
+        EXPECT_EQ(Utils::wstring2utf8(wide(sparse)), referenceEncode(sparse));
+    }
+    std::string large(7 << 20, 'e');
+    large.replace(large.size() / 3, 2, "\xC3\xA9");
+    EXPECT_EQ(plain(Utils::utf8towstring(large)), referenceDecode(large));
+    large[large.size() / 2] = 0;
+    EXPECT_EQ(Utils::utf8towstring(large).size(), large.size() / 2 - 1);
+}
+
+}  // namespace
