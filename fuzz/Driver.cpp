@@ -17,13 +17,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 // The run's progress, readable in a crash report or a debugger.
 unsigned long gFuzzRun = 0;
 
-extern "C" {
-// What the Objective-C runtime keeps for its classes is no leak.
-const char *__asan_default_options() { return "fast_unwind_on_malloc=0"; }
-const char *__lsan_default_options() { return "print_suppressions=0"; }
-const char *__lsan_default_suppressions() { return "leak:libobjc.so\n"; }
-}
-
 namespace {
 
 using Input = std::vector<uint8_t>;

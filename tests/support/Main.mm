@@ -1,21 +1,16 @@
-// main of every test binary: a pool around each test, and what the sanitizers are to overlook.
+// main of every test binary: a pool around each test.
 #include <gtest/gtest.h>
 #import <Foundation/Foundation.h>
 #import <Tarvik/support/Pool.h>
 
 #include <memory>
 
-extern "C" {
-// What the Objective-C runtime keeps for its classes is no leak. (Set here and not in the environment, as the tests
-// are also run by hand.) Weak: a program with other needs brings its own.
-__attribute__((weak)) const char *__asan_default_options() { return "fast_unwind_on_malloc=0:detect_stack_use_after_return=0"; }
-__attribute__((weak)) const char *__lsan_default_options() { return "print_suppressions=0"; }
-__attribute__((weak)) const char *__lsan_default_suppressions() { return "leak:libobjc.so\n"; }
 #ifdef __SANITIZE_ADDRESS__
+extern "C" {
 void __lsan_disable();
 void __lsan_enable();
-#endif
 }
+#endif
 
 namespace {
 
