@@ -17,7 +17,8 @@ void CCRC32::Initialize()
 
 uint32_t CCRC32::Calculate(const void *data, uint32_t length)
 {
-    Initialize();
+    if (!mInitialized)
+        Initialize();
     if (data == nullptr || length == 0)
         return 0;
 

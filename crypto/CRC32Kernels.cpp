@@ -1,7 +1,5 @@
 #include <Tarvik/crypto/private/CRC32Kernels.h>
 
-#include <atomic>
-
 namespace tarvik::crc32
 {
 
@@ -29,27 +27,20 @@ constexpr Kernel kKernels[] = {
     {"sliced tables", [] { return true; }, checksumByTables},
 };
 
-uint32_t chooseAndRun(const uint8_t *data, size_t length);
-
-// Several threads may choose at once: they choose alike.
-std::atomic<Checksum> gChecksum{chooseAndRun};
-
+// Several threads may come here at once: they choose alike.
 uint32_t chooseAndRun(const uint8_t *data, size_t length)
 {
     const Kernel *kernel = kKernels;
     while (!kernel->runsHere())
         ++kernel;
-    gChecksum.store(kernel->checksum, std::memory_order_relaxed);
+    gFastest.store(kernel->checksum, std::memory_order_relaxed);
     return kernel->checksum(data, length);
 }
 
 }  // namespace
 
-std::span<const Kernel> kernels() { return kKernels; }
+constinit std::atomic<Checksum> gFastest{chooseAndRun};
 
-uint32_t checksum(const uint8_t *data, size_t length)
-{
-    return gChecksum.load(std::memory_order_relaxed)(data, length);
-}
+std::span<const Kernel> kernels() { return kKernels; }
 
 }  // namespace tarvik::crc32

@@ -168,16 +168,20 @@ template <class Vector, int count>
 CRC32_INLINE Vector foldedToOne(Vector *sums, const uint8_t *data, const uint8_t *end)
 {
     constexpr size_t kStride = count * Vector::kSize;
-    constexpr size_t kPrefetched = 4096;
+    // Measured: a hint far ahead gains a sixth on what the last cache holds, and costs a tenth on what it
+    // can't.
+    constexpr ptrdiff_t kLargestCached = 32 << 20, kFarAhead = 8192;
+    const ptrdiff_t ahead = end - data <= kLargestCached ? kFarAhead : 0;
 
     const auto byStride = Vector::multipliers(kMultiplier<kStride>);
     while (static_cast<size_t>(end - data) >= kStride) {
 #pragma GCC unroll 8
         for (int i = 0; i < count; ++i)
             sums[i] = sums[i].foldedOnto(Vector::load(data + i * Vector::kSize), byStride);
-        if constexpr (count == 8)
+        if constexpr (count == 8) {
             for (size_t line = 0; line < kStride; line += 64)
-                _mm_prefetch(reinterpret_cast<const char *>(data) + kPrefetched + line, _MM_HINT_T0);
+                _mm_prefetch(reinterpret_cast<const char *>(data) + ahead + line, _MM_HINT_T0);
+        }
         data += kStride;
     }
     if constexpr (count == 1) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -22,8 +23,13 @@ struct Kernel {
 /// Every kernel of this build, the fastest first; the last one, which works on tables, runs everywhere.
 std::span<const Kernel> kernels();
 
-/// The check by the fastest kernel that this processor runs.
-uint32_t checksum(const uint8_t *data, size_t length);
+/// The fastest kernel that this processor runs; until the first call, what looks for it.
+[[gnu::visibility("hidden")]] extern std::atomic<Checksum> gFastest;
+
+inline uint32_t checksum(const uint8_t *data, size_t length)
+{
+    return gFastest.load(std::memory_order_relaxed)(data, length);
+}
 
 uint32_t checksumByTables(const uint8_t *data, size_t length);
 #if defined(__x86_64__)
