@@ -3,6 +3,7 @@
 /// Widths are the platform's: an SInt32 is 32 bits in every process. Compiles as C, C++ and Objective-C++.
 #pragma once
 
+#include <Carbon/MacErrors.h>
 #include <stddef.h>
 #include <stdint.h>
 

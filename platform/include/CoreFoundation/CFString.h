@@ -138,7 +138,7 @@ enum { kCFStringNormalizationFormD = 0, kCFStringNormalizationFormKD = 1, kCFStr
 CF_EXPORT void CFStringNormalize(CFMutableStringRef string, CFStringNormalizationForm form);
 
 // Encodings.
-CF_EXPORT CFStringEncoding CFStringGetSystemEncoding(void);   ///< the user's, from the locale; MacRoman where the locale names none
+CF_EXPORT CFStringEncoding CFStringGetSystemEncoding(void);   ///< the user's, from the locale; UTF-8 where it names none
 CF_EXPORT CFStringEncoding CFStringGetSmallestEncoding(CFStringRef string);
 CF_EXPORT CFStringEncoding CFStringGetFastestEncoding(CFStringRef string);
 CF_EXPORT CFIndex          CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding); ///< in bytes, without the zero
