@@ -13,8 +13,8 @@
 ///     cipher.ProcessString(message, 16);   // in place
 ///
 /// Lengths. Give a message in calls whose lengths are multiples of 4, or in one call of fewer than 256 bytes:
-/// both give what any WAKE-OFB gives. A length that is above 255 and no multiple of 4 must not be passed: the
-/// call never returns.
+/// both give what any WAKE-OFB gives. A length that is above 255 and no multiple of 4, once
+/// the rest of a mask is taken off, must not be passed: the call never returns.
 ///
 /// WAKE is an old cipher, kept for data that was enciphered with it. It is broken by chosen plaintext and
 /// authenticates nothing. An object serves one thread at a time.
