@@ -28,7 +28,7 @@
 #import <Foundation/Foundation.h>
 
 /// Posted with the CommandTool as object, without user information.
-extern "C" NSString *const CommandToolDidRunNotification;
+FOUNDATION_EXPORT NSString *const CommandToolDidRunNotification;
 
 @interface CommandTool : NSObject {
     NSTask *mTask;  // while a run is under way
