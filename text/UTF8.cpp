@@ -12,9 +12,12 @@ namespace {
 
 using namespace tarvik::utf8;
 
-/// Input up to this many bytes or elements is converted in a buffer on the stack, which the result is then made from.
-constexpr size_t kShort = 24;
-constexpr size_t kMedium = 4096;
+/// Up to so many bytes or elements, a call through a pointer costs more than it gains.
+constexpr size_t kShortDecoding = 24;
+constexpr size_t kShortEncoding = 8;
+
+/// Up to so many bytes or elements are converted in a buffer on the stack, which the result is then made from.
+constexpr size_t kMedium = 8192;
 
 /// From this many bytes on, what is written will have left the caches before anybody reads it.
 constexpr size_t kStreamed = 24u << 20;
@@ -52,15 +55,18 @@ template <class Element, class Measure>
 size_t estimate(const Element *in, size_t count, Measure measure)
 {
     constexpr size_t kSample = 64 / sizeof(Element);
-    const size_t samples = std::clamp<size_t>(count / kSample, 1, 1024);
+    constexpr size_t kStride = 8 * kSample;
+    if (count < kStride)
+        return count * measure(Element{}) + kBlockRoom;
+    const size_t samples = std::min<size_t>(count / kStride, 1024);
     const size_t stride = count / samples;
     size_t sum = 0;
     for (size_t sample = 0; sample < samples; sample++) {
-        for (size_t i = 0; i < std::min(kSample, stride); i++)
+        for (size_t i = 0; i < kSample; i++)
             sum += measure(in[sample * stride + i]);
     }
-    const double share = static_cast<double>(sum) / static_cast<double>(samples * std::min(kSample, stride));
-    return static_cast<size_t>(share * static_cast<double>(count) * (1 + 1.0 / 32)) + 4 * kBlockRoom;
+    const double share = static_cast<double>(sum) / static_cast<double>(samples * kSample);
+    return static_cast<size_t>(share * static_cast<double>(count) * (1 + 1.0 / 16)) + 4 * kBlockRoom;
 }
 
 constexpr size_t startsCharacter(uint8_t byte)
@@ -73,7 +79,7 @@ constexpr size_t encodedLength(wchar_t element)
     return element < 0x80 ? 1 : element < 0x800 ? 2 : element <= 0xFFFF ? 3 : 0;
 }
 
-Utils::wstring decodeLong(DecodeCursor cursor)
+[[gnu::noinline]] Utils::wstring decodeLong(DecodeCursor cursor)
 {
     Utils::wstring result;
     Stop stop = Stop::OutputFull;
@@ -89,7 +95,7 @@ Utils::wstring decodeLong(DecodeCursor cursor)
     return result;
 }
 
-std::string encodeLong(EncodeCursor cursor)
+[[gnu::noinline]] std::string encodeLong(EncodeCursor cursor)
 {
     std::string result;
     Stop stop = Stop::OutputFull;
@@ -104,29 +110,53 @@ std::string encodeLong(EncodeCursor cursor)
     return result;
 }
 
-/// A few characters: not worth a call through a pointer.
+[[gnu::noinline]] Utils::wstring decodeMedium(DecodeCursor cursor)
+{
+    wchar_t elements[kMedium + kBlockRoom];
+    cursor.out = std::begin(elements);
+    cursor.outEnd = std::end(elements);
+    decode(bestKernel(), cursor);
+    return Utils::wstring(elements, static_cast<size_t>(cursor.out - elements));
+}
+
+[[gnu::noinline]] std::string encodeMedium(EncodeCursor cursor)
+{
+    char bytes[3 * kMedium + kBlockRoom];
+    cursor.out = std::begin(bytes);
+    cursor.outEnd = std::end(bytes);
+    encode(bestKernel(), cursor);
+    return std::string(bytes, static_cast<size_t>(cursor.out - bytes));
+}
+
+bool isShortASCII(const uint8_t *in, size_t count)
+{
+    if (count < 8 || !allASCII(eightBytes(in + count - 8)))
+        return false;
+    for (size_t at = 0; at + 8 < count; at += 8) {
+        if (!allASCII(eightBytes(in + at)))
+            return false;
+    }
+    return true;
+}
+
 Utils::wstring decodeShort(const uint8_t *in, size_t count)
 {
-    wchar_t elements[kShort + 8];
+    if (isShortASCII(in, count))
+        return Utils::wstring(in, in + count);
+    wchar_t elements[kShortDecoding];
     wchar_t *out = elements;
-    const uint8_t *const end = in + count;
-    while (end - in >= 8 && allASCII(eightBytes(in))) {
-        widenEight(eightBytes(in), out);
-        in += 8;
-        out += 8;
-    }
-    while (in < end) {
+    for (const uint8_t *const end = in + count; in < end; out++) {
         const uint32_t codePoint = nextCodePoint(in, end);
         if (codePoint == 0)
             break;
-        *out++ = static_cast<wchar_t>(codePoint);
+        *out = static_cast<wchar_t>(codePoint);
     }
     return Utils::wstring(elements, static_cast<size_t>(out - elements));
 }
 
 std::string encodeShort(const wchar_t *in, size_t count)
 {
-    char bytes[3 * kShort];
+    char bytes[3 * kShortEncoding];
     char *out = bytes;
     for (size_t i = 0; i < count; i++)
         putCodePoint(in[i], out);
@@ -140,30 +170,21 @@ namespace Utils {
 wstring utf8towstring(const std::string &text)
 {
     const auto *in = reinterpret_cast<const uint8_t *>(text.data());
-    if (text.size() <= kShort)
-        return decodeShort(in, text.size());
-    DecodeCursor cursor{in, in + text.size(), nullptr, nullptr};
-    if (text.size() > kMedium)
-        return decodeLong(cursor);
-    wchar_t elements[kMedium + kBlockRoom];
-    cursor.out = std::begin(elements);
-    cursor.outEnd = std::end(elements);
-    decode(bestKernel(), cursor);
-    return wstring(elements, static_cast<size_t>(cursor.out - elements));
+    const size_t count = text.size();
+    if (count <= kShortDecoding)
+        return decodeShort(in, count);
+    const DecodeCursor cursor{in, in + count, nullptr, nullptr};
+    return count <= kMedium ? decodeMedium(cursor) : decodeLong(cursor);
 }
 
 std::string wstring2utf8(const wstring &text)
 {
-    if (text.size() <= kShort)
-        return encodeShort(text.data(), text.size());
-    EncodeCursor cursor{text.data(), text.data() + text.size(), nullptr, nullptr};
-    if (text.size() > kMedium)
-        return encodeLong(cursor);
-    char bytes[3 * kMedium + kBlockRoom];
-    cursor.out = std::begin(bytes);
-    cursor.outEnd = std::end(bytes);
-    encode(bestKernel(), cursor);
-    return std::string(bytes, static_cast<size_t>(cursor.out - bytes));
+    const wchar_t *in = text.data();
+    const size_t count = text.size();
+    if (count <= kShortEncoding)
+        return encodeShort(in, count);
+    const EncodeCursor cursor{in, in + count, nullptr, nullptr};
+    return count <= kMedium ? encodeMedium(cursor) : encodeLong(cursor);
 }
 
 }  // namespace Utils

@@ -26,14 +26,15 @@ constexpr int64_t byteShift(int count, uint8_t mask)
     return static_cast<int64_t>(matrix);
 }
 
+/// Every byte shifted (left by `count`, or right when it is negative) and masked.
 template <int count, uint8_t mask>
 TARVIK_AVX512 inline __m512i shifted(__m512i bytes)
 {
     return _mm512_gf2p8affine_epi64_epi8(bytes, _mm512_set1_epi64(byteShift(count, mask)), 0);
 }
 
-/// a | (b & 0x3F), byte by byte.
-TARVIK_AVX512 inline __m512i orLowSix(__m512i a, __m512i b)
+/// `a` and, below it, the low six bits of `b`.
+TARVIK_AVX512 inline __m512i overLowSix(__m512i a, __m512i b)
 {
     return _mm512_ternarylogic_epi64(a, b, _mm512_set1_epi8(0x3F), 0xF8);
 }
@@ -48,6 +49,14 @@ TARVIK_AVX512 inline __m512i elementIndexes()
 {
     const __m512i k = _mm512_set_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
     return _mm512_add_epi32(_mm512_mullo_epi32(k, _mm512_set1_epi32(0x00010101)), _mm512_set1_epi32(0x00004000));
+}
+
+/// The 64 bytes from in[skip] on, of which `left` - `skip` can be read; the others are zeros.
+TARVIK_AVX512 inline __m512i bytesAt(const uint8_t *in, size_t left, size_t skip)
+{
+    if (left >= 64 + skip)
+        return _mm512_loadu_si512(in + skip);
+    return _mm512_maskz_loadu_epi8(lowBits(left - std::min(left, skip)), in + std::min(left, skip));
 }
 
 TARVIK_AVX512 inline void widen(__m512i bytes, wchar_t *out)
@@ -107,14 +116,8 @@ TARVIK_AVX512 void decodeAVX512(DecodeCursor &cursor)
     bool streamed = false;
     while (at < count && room - done >= kBlockRoom) {
         const size_t left = count - at;
-        __m512i v0, v1, v2, v3;
-        uint64_t inside = ~uint64_t{0};
-        if (left >= 67) {
-            v0 = _mm512_loadu_si512(in + at);
-        } else {
-            inside = lowBits(left);
-            v0 = _mm512_maskz_loadu_epi8(inside, in + at);
-        }
+        const uint64_t inside = lowBits(left);
+        const __m512i v0 = bytesAt(in + at, left, 0);
 
         const uint64_t high = _mm512_movepi8_mask(v0);
         if ((high | taken) == 0) {
@@ -143,25 +146,25 @@ TARVIK_AVX512 void decodeAVX512(DecodeCursor &cursor)
             break;
         const uint64_t leads = ~continuations & inside;
 
-        // What is missing after the end reads as zeros. The bytes after the block may be of any form: they are masked.
-        if (left >= 67) {
-            v1 = _mm512_loadu_si512(in + at + 1);
-            v2 = _mm512_loadu_si512(in + at + 2);
-            v3 = _mm512_loadu_si512(in + at + 3);
-        } else {
-            v1 = _mm512_maskz_loadu_epi8(lowBits(left - 1), in + at + 1);
-            v2 = _mm512_maskz_loadu_epi8(lowBits(left - std::min<size_t>(left, 2)), in + at + 2);
-            v3 = _mm512_maskz_loadu_epi8(lowBits(left - std::min<size_t>(left, 3)), in + at + 3);
-        }
-        __m512i low = _mm512_mask_mov_epi8(v0, from2, orLowSix(shifted<6, 0xC0>(v0), v1));
-        __m512i mid = _mm512_maskz_mov_epi8(from2, shifted<-2, 0x07>(v0));
+        __m512i low = v0;
+        __m512i mid = _mm512_setzero_si512();
         __m512i top = _mm512_setzero_si512();
-        if (from3 != 0) {
-            low = _mm512_mask_mov_epi8(low, from3, orLowSix(shifted<6, 0xC0>(v1), v2));
-            mid = _mm512_mask_mov_epi8(mid, from3, _mm512_or_si512(shifted<4, 0xF0>(v0), shifted<-2, 0x0F>(v1)));
+        const __m512i v1 = bytesAt(in + at, left, 1);
+        const uint64_t just2 = from2 & ~from3;
+        const uint64_t just3 = from3 & ~from4;
+        if (just2 != 0) {
+            low = _mm512_mask_mov_epi8(low, just2, overLowSix(shifted<6, 0xC0>(v0), v1));
+            mid = _mm512_maskz_mov_epi8(just2, shifted<-2, 0x07>(v0));
+        }
+        if (just3 != 0) {
+            const __m512i v2 = bytesAt(in + at, left, 2);
+            low = _mm512_mask_mov_epi8(low, just3, overLowSix(shifted<6, 0xC0>(v1), v2));
+            mid = _mm512_mask_mov_epi8(mid, just3, _mm512_or_si512(shifted<4, 0xF0>(v0), shifted<-2, 0x0F>(v1)));
         }
         if (from4 != 0) {
-            low = _mm512_mask_mov_epi8(low, from4, orLowSix(shifted<6, 0xC0>(v2), v3));
+            const __m512i v2 = bytesAt(in + at, left, 2);
+            const __m512i v3 = bytesAt(in + at, left, 3);
+            low = _mm512_mask_mov_epi8(low, from4, overLowSix(shifted<6, 0xC0>(v2), v3));
             mid = _mm512_mask_mov_epi8(mid, from4, _mm512_or_si512(shifted<4, 0xF0>(v1), shifted<-2, 0x0F>(v2)));
             top = _mm512_maskz_mov_epi8(from4, _mm512_or_si512(shifted<2, 0x1C>(v0), shifted<-4, 0x03>(v1)));
         }
@@ -201,54 +204,92 @@ TARVIK_AVX512 void decodeAVX512(DecodeCursor &cursor)
     cursor.out = out + done;
 }
 
+namespace {
+
+/// Encodes 32 elements below 0x800, given as words. Writes 64 bytes, of which those before the result count.
+TARVIK_AVX512 inline char *encodeWords(__m512i words, char *out)
+{
+    const __m512i last = _mm512_slli_epi16(words, 8);
+    const __m512i first = _mm512_srli_epi16(words, 6);
+    const __m512i parts = _mm512_ternarylogic_epi64(first, last, _mm512_set1_epi16(0x3F00), 0xF8);
+    const __m512i marked = _mm512_or_si512(parts, _mm512_set1_epi16(static_cast<int16_t>(0x80C0)));
+    const __mmask32 one = _mm512_cmplt_epu16_mask(words, _mm512_set1_epi16(0x80));
+    const __m512i bytes = _mm512_mask_mov_epi16(marked, one, last);
+    const uint64_t kept = _mm512_movepi8_mask(bytes) | 0xAAAAAAAAAAAAAAAA;
+    _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(kept, bytes));
+    return out + _mm_popcnt_u64(kept);
+}
+
+/// Encodes the elements of `inside`, whatever they are. Writes 64 bytes, of which those before the result count.
+TARVIK_AVX512 inline char *encodeAny(__m512i elements, __mmask16 inside, char *out)
+{
+    // In every element: bits 12-19, 6-13 and 0-7.
+    const __m512i parts = _mm512_multishift_epi64_epi8(_mm512_set1_epi64(0x2020262C0000060C), elements);
+    const __mmask16 one = _mm512_cmplt_epi32_mask(elements, _mm512_set1_epi32(0x80));
+    const __mmask16 two = _mm512_cmplt_epi32_mask(elements, _mm512_set1_epi32(0x800));
+    const __mmask16 written = _mm512_mask_cmple_epi32_mask(inside, elements, _mm512_set1_epi32(0xFFFF));
+    const __m512i masks = _mm512_mask_mov_epi32(_mm512_set1_epi32(0x003F3F0F), one, _mm512_set1_epi32(0x007F0000));
+    __m512i marks = _mm512_mask_mov_epi32(_mm512_set1_epi32(0x008080E0), two, _mm512_set1_epi32(0x0080C000));
+    marks = _mm512_mask_mov_epi32(marks, one, _mm512_setzero_si512());
+    const __m512i bytes = _mm512_ternarylogic_epi32(marks, parts, masks, 0xF8);
+    uint64_t kept = _mm512_movepi8_mask(marks) | 0x4444444444444444;
+    if (written != 0xFFFF)
+        kept &= _mm512_movepi8_mask(_mm512_movm_epi32(written));
+    _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(kept, bytes));
+    return out + _mm_popcnt_u64(kept);
+}
+
+/// Indexes of the lowest byte of every element of two vectors side by side, for the first half of the result.
+TARVIK_AVX512 inline __m512i lowByteIndexes()
+{
+    const __m512i k = _mm512_set_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
+    return _mm512_add_epi32(_mm512_mullo_epi32(k, _mm512_set1_epi32(0x10101010)), _mm512_set1_epi32(0x0C080400));
+}
+
+/// Indexes of the low word of every element of two vectors side by side.
+TARVIK_AVX512 inline __m512i lowWordIndexes()
+{
+    const __m512i k = _mm512_set_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
+    return _mm512_add_epi32(_mm512_mullo_epi32(k, _mm512_set1_epi32(0x00040004)), _mm512_set1_epi32(0x00020000));
+}
+
+}  // namespace
+
 TARVIK_AVX512 void encodeAVX512(EncodeCursor &cursor)
 {
     const wchar_t *in = cursor.in;
     char *out = cursor.out;
-    // Byte i of the packed result is byte 4i of two vectors side by side.
-    const __m512i k = _mm512_set_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
-    const __m512i lowBytes =
-        _mm512_add_epi32(_mm512_mullo_epi32(k, _mm512_set1_epi32(0x10101010)), _mm512_set1_epi32(0x0C080400));
-    // In every element: bits 12-19, 6-13 and 0-7.
-    const __m512i fields = _mm512_set1_epi64(0x2020262C0000060C);
-    const __m512i masks3 = _mm512_set1_epi32(0x003F3F0F);
-    const __m512i masks1 = _mm512_set1_epi32(0x007F0000);
-    const __m512i marks3 = _mm512_set1_epi32(0x008080E0);
-    const __m512i marks2 = _mm512_set1_epi32(0x0080C000);
-    constexpr uint64_t kLastBytes = 0x4444444444444444;
+    const __m512i lowBytes = lowByteIndexes();
+    const __m512i lowWords = lowWordIndexes();
+    const auto hasRoom = [&](size_t blocks) { return cursor.outEnd - out >= static_cast<ptrdiff_t>(blocks * kBlockRoom); };
 
-    while (in != cursor.inEnd && cursor.outEnd - out >= static_cast<ptrdiff_t>(kBlockRoom)) {
-        const size_t left = static_cast<size_t>(cursor.inEnd - in);
-        if (left >= 64) {
-            const __m512i e0 = _mm512_loadu_si512(in);
-            const __m512i e1 = _mm512_loadu_si512(in + 16);
-            const __m512i e2 = _mm512_loadu_si512(in + 32);
-            const __m512i e3 = _mm512_loadu_si512(in + 48);
-            const __m512i all = _mm512_or_si512(_mm512_or_si512(e0, e1), _mm512_or_si512(e2, e3));
-            if (_mm512_cmpge_epu32_mask(all, _mm512_set1_epi32(0x80)) == 0) {
-                const __m512i front = _mm512_permutex2var_epi8(e0, lowBytes, e1);
-                const __m512i back = _mm512_permutex2var_epi8(e2, lowBytes, e3);
-                _mm512_storeu_si512(out, _mm512_inserti64x4(front, _mm512_castsi512_si256(back), 1));
-                in += 64;
-                out += 64;
-                continue;
-            }
+    while (cursor.inEnd - in >= 64 && hasRoom(4)) {
+        const __m512i e0 = _mm512_loadu_si512(in);
+        const __m512i e1 = _mm512_loadu_si512(in + 16);
+        const __m512i e2 = _mm512_loadu_si512(in + 32);
+        const __m512i e3 = _mm512_loadu_si512(in + 48);
+        const __m512i all = _mm512_or_si512(_mm512_or_si512(e0, e1), _mm512_or_si512(e2, e3));
+        if (_mm512_cmpge_epu32_mask(all, _mm512_set1_epi32(0x80)) == 0) {
+            const __m512i front = _mm512_permutex2var_epi8(e0, lowBytes, e1);
+            const __m512i back = _mm512_permutex2var_epi8(e2, lowBytes, e3);
+            _mm512_storeu_si512(out, _mm512_inserti64x4(front, _mm512_castsi512_si256(back), 1));
+            out += 64;
+        } else if (_mm512_cmpge_epu32_mask(all, _mm512_set1_epi32(0x800)) == 0) {
+            out = encodeWords(_mm512_permutex2var_epi16(e0, lowWords, e1), out);
+            out = encodeWords(_mm512_permutex2var_epi16(e2, lowWords, e3), out);
+        } else {
+            out = encodeAny(e0, 0xFFFF, out);
+            out = encodeAny(e1, 0xFFFF, out);
+            out = encodeAny(e2, 0xFFFF, out);
+            out = encodeAny(e3, 0xFFFF, out);
         }
-        const __mmask16 inside = static_cast<__mmask16>(lowBits(std::min<size_t>(left, 16)));
-        const __m512i elements = _mm512_maskz_loadu_epi32(inside, in);
-        const __mmask16 one = _mm512_cmplt_epi32_mask(elements, _mm512_set1_epi32(0x80));
-        const __mmask16 two = _mm512_cmplt_epi32_mask(elements, _mm512_set1_epi32(0x800));
-        const __mmask16 written = _mm512_mask_cmple_epi32_mask(inside, elements, _mm512_set1_epi32(0xFFFF));
-        const __m512i masks = _mm512_mask_mov_epi32(masks3, one, masks1);
-        const __m512i marks = _mm512_mask_mov_epi32(_mm512_mask_mov_epi32(marks3, two, marks2), one, _mm512_setzero_si512());
-        const __m512i parts = _mm512_multishift_epi64_epi8(fields, elements);
-        const __m512i bytes = _mm512_ternarylogic_epi32(marks, parts, masks, 0xF8);
-        uint64_t kept = _mm512_movepi8_mask(marks) | kLastBytes;
-        if (written != 0xFFFF)
-            kept &= _mm512_movepi8_mask(_mm512_movm_epi32(written));
-        _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(kept, bytes));
-        out += _mm_popcnt_u64(kept);
-        in += std::min<size_t>(left, 16);
+        in += 64;
+    }
+    while (in != cursor.inEnd && hasRoom(1)) {
+        const size_t count = std::min<size_t>(static_cast<size_t>(cursor.inEnd - in), 16);
+        const auto inside = static_cast<__mmask16>(lowBits(count));
+        out = encodeAny(_mm512_maskz_loadu_epi32(inside, in), inside, out);
+        in += count;
     }
     cursor.in = in;
     cursor.out = out;

@@ -19,12 +19,12 @@ bool always()
 #if defined(__x86_64__)
 bool hasSSE4()
 {
-    return __builtin_cpu_supports("sse4.1");
+    return __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt");
 }
 
 bool hasAVX2()
 {
-    return __builtin_cpu_supports("avx2");
+    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
 }
 
 bool hasAVX512()
@@ -47,13 +47,16 @@ constexpr Kernel kKernels[] = {
 /// Decodes the characters that begin before `limit`, one by one; true when one of them is 0.
 bool decodeStretch(DecodeCursor &cursor, const uint8_t *limit)
 {
-    while (cursor.in < limit) {
-        const uint32_t codePoint = nextCodePoint(cursor.in, cursor.inEnd);
-        if (codePoint == 0)
-            return true;
-        *cursor.out++ = static_cast<wchar_t>(codePoint);
-    }
-    return false;
+    // Locals, since the elements that are written could be any of the cursor's members for all the compiler knows.
+    const uint8_t *in = cursor.in;
+    const uint8_t *const end = cursor.inEnd;
+    wchar_t *out = cursor.out;
+    uint32_t codePoint = 1;
+    while (in < limit && (codePoint = nextCodePoint(in, end)) != 0)
+        *out++ = static_cast<wchar_t>(codePoint);
+    cursor.in = in;
+    cursor.out = out;
+    return codePoint == 0;
 }
 
 }  // namespace

@@ -5,10 +5,9 @@
 #include <array>
 
 #include "text/private/UTF8Kernels.h"
-#include "text/private/UTF8Scalar.h"
 
-#define TARVIK_SSE4 __attribute__((target("sse4.1")))
-#define TARVIK_SSE4_PART __attribute__((target("sse4.1"), always_inline)) inline
+#define TARVIK_SSE4 __attribute__((target("sse4.2,popcnt")))
+#define TARVIK_SSE4_PART __attribute__((target("sse4.2,popcnt"), always_inline)) inline
 #define TARVIK_AVX2 __attribute__((target("avx2,bmi,bmi2,popcnt")))
 #define TARVIK_AVX2_PART __attribute__((target("avx2,bmi,bmi2,popcnt"), always_inline)) inline
 
@@ -18,47 +17,18 @@ namespace {
 using Shuffle = std::array<uint8_t, 16>;
 constexpr uint8_t kNothing = 0x80;
 
-/// What to do with the characters at the head of a window: which shuffle brings the bytes of each into an element of its
-/// own, the last byte lowest; how many characters these are, and how many bytes.
-struct Step {
-    uint8_t shuffle;
-    uint8_t characters : 4;
-    uint8_t bytes : 4;
-};
-
-/// Shuffles for the 256 ways in which four characters of one to four bytes follow each other: two bits of the index for each.
-constexpr auto kGather = [] {
+/// Shuffles that bring the words whose bit is set in the index to the front.
+constexpr auto kFront = [] {
     std::array<Shuffle, 256> table{};
-    for (size_t lengths = 0; lengths < 256; lengths++) {
-        size_t from = 0;
-        for (size_t character = 0; character < 4; character++) {
-            const size_t length = (lengths >> 2 * character & 3) + 1;
-            for (size_t i = 0; i < 4; i++)
-                table[lengths][4 * character + i] = static_cast<uint8_t>(i < length ? from + length - 1 - i : kNothing);
-            from += length;
+    for (size_t bits = 0; bits < 256; bits++) {
+        table[bits].fill(kNothing);
+        size_t to = 0;
+        for (size_t word = 0; word < 8; word++) {
+            if ((bits >> word & 1) != 0) {
+                table[bits][to++] = static_cast<uint8_t>(2 * word);
+                table[bits][to++] = static_cast<uint8_t>(2 * word + 1);
+            }
         }
-    }
-    return table;
-}();
-
-/// Steps for the 4096 ways in which leads can stand in the twelve bytes after a lead (bit 0: the byte right after it).
-constexpr auto kSteps = [] {
-    std::array<Step, 4096> table{};
-    for (size_t leads = 0; leads < 4096; leads++) {
-        size_t lengths = 0;
-        size_t characters = 0;
-        size_t bytes = 0;
-        while (characters < 4 && leads >> bytes != 0) {
-            size_t length = 1;
-            while ((leads >> (bytes + length - 1) & 1) == 0)
-                length += 1;
-            if (length > 4)
-                break;  // continuation bytes that belong to nothing: never asked for
-            lengths |= (length - 1) << 2 * characters;
-            bytes += length;
-            characters += 1;
-        }
-        table[leads] = {static_cast<uint8_t>(lengths), static_cast<uint8_t>(characters & 0xF), static_cast<uint8_t>(bytes & 0xF)};
     }
     return table;
 }();
@@ -119,9 +89,14 @@ TARVIK_SSE4_PART uint64_t signs(__m128i bytes)
     return static_cast<uint32_t>(_mm_movemask_epi8(bytes));
 }
 
+TARVIK_SSE4_PART __m128i isFrom(uint8_t limit, __m128i bytes)
+{
+    return _mm_cmpeq_epi8(_mm_max_epu8(bytes, _mm_set1_epi8(static_cast<char>(limit))), bytes);
+}
+
 TARVIK_SSE4_PART uint64_t bytesFrom(uint8_t limit, __m128i bytes)
 {
-    return signs(_mm_cmpeq_epi8(_mm_max_epu8(bytes, _mm_set1_epi8(static_cast<char>(limit))), bytes));
+    return signs(isFrom(limit, bytes));
 }
 
 TARVIK_SSE4_PART BlockMasks masksSSE4(const uint8_t *block)
@@ -170,41 +145,74 @@ TARVIK_SSE4_PART void widen16(__m128i bytes, wchar_t *out)
     store16(out + 12, _mm_cvtepu8_epi32(_mm_srli_si128(bytes, 12)));
 }
 
-/// Decodes the characters at the head of a regular block, all those that begin in its first 52 bytes and maybe some more.
-/// Reads up to 67 bytes. Leaves the cursor alone and answers false when one of the code points is 0.
+/// Every byte shifted left by `count` and masked.
+template <int count>
+TARVIK_SSE4_PART __m128i shiftedLeft(__m128i bytes, uint8_t mask)
+{
+    return _mm_and_si128(_mm_slli_epi16(bytes, count), _mm_set1_epi8(static_cast<char>(mask)));
+}
+
+/// Every byte shifted right by `count` and masked.
+template <int count>
+TARVIK_SSE4_PART __m128i shiftedRight(__m128i bytes, uint8_t mask)
+{
+    return _mm_and_si128(_mm_srli_epi16(bytes, count), _mm_set1_epi8(static_cast<char>(mask)));
+}
+
+TARVIK_SSE4_PART __m128i lowSix(__m128i bytes)
+{
+    return _mm_and_si128(bytes, _mm_set1_epi8(0x3F));
+}
+
+/// Writes the elements of eight positions, of which those with a bit in `leads` count; `words` are their low halves.
+TARVIK_SSE4_PART wchar_t *writeFront(__m128i words, __m128i tops, uint64_t leads, wchar_t *out)
+{
+    const __m128i front = load16(kFront[leads & 0xFF].data());
+    words = _mm_shuffle_epi8(words, front);
+    tops = _mm_shuffle_epi8(tops, front);
+    store16(out, _mm_unpacklo_epi16(words, tops));
+    store16(out + 4, _mm_unpackhi_epi16(words, tops));
+    return out + _mm_popcnt_u32(static_cast<uint32_t>(leads & 0xFF));
+}
+
+/// Decodes the characters that begin in a regular block, which is done where they stand: for every byte position, as if a
+/// character began there, the low, middle and top byte of its code point are formed; the positions where characters really
+/// begin are then brought to the front. Reads up to 67 bytes. Answers false, with the cursor as it was, when a code point is 0.
 TARVIK_SSE4_PART bool decodeRegular(const BlockMasks &masks, DecodeCursor &cursor)
 {
     const uint64_t leads = ~masks.continuations;
     wchar_t *out = cursor.out;
-    __m128i least = _mm_set1_epi32(-1);
-    size_t at = 0;
-    while (at < 52) {
-        const __m128i window = load16(cursor.in + at);
-        if (at <= 48 && (masks.high >> at & 0xFFFF) == 0) {
-            widen16(window, out);
-            out += 16;
-            at += 16;
-            continue;
+    for (int at = 0; at < 64; at += 16) {
+        const uint8_t *const in = cursor.in + at;
+        const __m128i v0 = load16(in);
+        const __m128i v1 = load16(in + 1);
+        const __m128i from2 = isFrom(0xC0, v0);
+        __m128i low = _mm_blendv_epi8(v0, _mm_or_si128(shiftedLeft<6>(v0, 0xC0), lowSix(v1)), from2);
+        __m128i mid = _mm_and_si128(from2, shiftedRight<2>(v0, 0x07));
+        __m128i top = _mm_setzero_si128();
+        if (masks.from3 != 0) {
+            const __m128i v2 = load16(in + 2);
+            const __m128i from3 = isFrom(0xE0, v0);
+            low = _mm_blendv_epi8(low, _mm_or_si128(shiftedLeft<6>(v1, 0xC0), lowSix(v2)), from3);
+            mid = _mm_blendv_epi8(mid, _mm_or_si128(shiftedLeft<4>(v0, 0xF0), shiftedRight<2>(v1, 0x0F)), from3);
+            if (masks.from4 != 0) {
+                const __m128i v3 = load16(in + 3);
+                const __m128i from4 = isFrom(0xF0, v0);
+                low = _mm_blendv_epi8(low, _mm_or_si128(shiftedLeft<6>(v2, 0xC0), lowSix(v3)), from4);
+                mid = _mm_blendv_epi8(mid, _mm_or_si128(shiftedLeft<4>(v1, 0xF0), shiftedRight<2>(v2, 0x0F)), from4);
+                top = _mm_and_si128(from4, _mm_or_si128(shiftedLeft<2>(v0, 0x1C), shiftedRight<4>(v1, 0x03)));
+            }
         }
-        const Step step = kSteps[leads >> at >> 1 & 0xFFF];
-        const __m128i gathered = _mm_shuffle_epi8(window, load16(kGather[step.shuffle].data()));
-        // The last byte of a character has at most seven bits that count, all others six, and of those the lead of a
-        // three-byte character has one too many: bit 17 of its code point, which only four bytes can have.
-        const __m128i bits = _mm_and_si128(gathered, _mm_set1_epi32(0x073F3F7F));
-        const __m128i halves = _mm_maddubs_epi16(bits, _mm_set1_epi16(0x4001));
-        const __m128i whole = _mm_madd_epi16(halves, _mm_set1_epi32(0x10000001));
-        const __m128i fourBytes = _mm_srai_epi32(gathered, 31);
-        const __m128i elements = _mm_and_si128(whole, _mm_or_si128(fourBytes, _mm_set1_epi32(0xFFFF)));
-        store16(out, elements);
-        least = _mm_min_epu32(least, elements);
-        out += step.characters;
-        at += step.bytes;
+        const __m128i any = _mm_or_si128(_mm_or_si128(low, mid), top);
+        if ((signs(_mm_cmpeq_epi8(any, _mm_setzero_si128())) & leads >> at) != 0)
+            return false;
+        const __m128i zero = _mm_setzero_si128();
+        out = writeFront(_mm_unpacklo_epi8(low, mid), _mm_unpacklo_epi8(top, zero), leads >> at, out);
+        out = writeFront(_mm_unpackhi_epi8(low, mid), _mm_unpackhi_epi8(top, zero), leads >> (at + 8), out);
     }
-    // A step of less than four characters may bring in a 0 of no meaning here; the driver's own reading then decides.
-    const bool zeroMet = masks.zeros != 0 || _mm_movemask_epi8(_mm_cmpeq_epi32(least, _mm_setzero_si128())) != 0;
-    if (zeroMet)
-        return false;
-    cursor.in += at;
+    const uint64_t from2 = masks.high & ~masks.continuations;
+    const uint64_t takenBeyond = from2 >> 63 | masks.from3 >> 62 | masks.from4 >> 61;
+    cursor.in += 64 + _mm_popcnt_u64(takenBeyond);
     cursor.out = out;
     return true;
 }

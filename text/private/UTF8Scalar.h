@@ -2,6 +2,7 @@
 /// The conversion rules, one character at a time: what every kernel must equal, and the road they leave to it.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -64,6 +65,8 @@ inline void putCodePoint(int32_t element, char *&out)
 }
 
 using Bytes8 [[gnu::vector_size(8)]] = uint8_t;
+using Bytes16 [[gnu::vector_size(16)]] = uint8_t;
+using Words8 [[gnu::vector_size(16)]] = uint16_t;
 using Elements8 [[gnu::vector_size(32)]] = uint32_t;
 
 inline uint64_t eightBytes(const uint8_t *in)
@@ -79,11 +82,18 @@ constexpr bool allASCII(uint64_t bytes)
     return ((bytes | (bytes - 0x0101010101010101)) & 0x8080808080808080) == 0;
 }
 
-/// Writes eight bytes as eight elements.
+/// Writes eight bytes as eight elements: zeros are interleaved with the bytes, and again with the words that this gives.
 inline void widenEight(uint64_t bytes, wchar_t *out)
 {
-    const Elements8 elements = __builtin_convertvector(reinterpret_cast<const Bytes8 &>(bytes), Elements8);
-    std::memcpy(out, &elements, sizeof elements);
+    using Quads2 [[gnu::vector_size(16)]] = uint64_t;
+    static_assert(std::endian::native == std::endian::little);
+    const auto narrow = reinterpret_cast<Bytes16>(Quads2{bytes, 0});
+    const auto words = reinterpret_cast<Words8>(
+        __builtin_shufflevector(narrow, Bytes16{}, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
+    const Words8 front = __builtin_shufflevector(words, Words8{}, 0, 8, 1, 9, 2, 10, 3, 11);
+    const Words8 back = __builtin_shufflevector(words, Words8{}, 4, 8, 5, 9, 6, 10, 7, 11);
+    std::memcpy(out, &front, sizeof front);
+    std::memcpy(out + 4, &back, sizeof back);
 }
 
 }  // namespace tarvik::utf8
