@@ -7,10 +7,11 @@
 #import <Tarvik/support/Pool.h>
 #include <syslog.h>
 
+#include "core/private/VaList.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <type_traits>
 
 namespace {
 
@@ -26,15 +27,6 @@ struct Freed {
 };
 using CBuffer = std::unique_ptr<char, Freed>;
 using PascalBuffer = std::unique_ptr<unsigned char, Freed>;
-
-// A list is a pointer on some processors and a structure, never absent, on others.
-bool isAbsent(va_list arguments)
-{
-    if constexpr (std::is_pointer_v<std::decay_t<decltype(arguments)>>)
-        return arguments == nullptr;
-    else
-        return false;
-}
 
 // Length byte, then the bytes; the length wraps at 256, which readers of old alerts know.
 PascalBuffer pascalString(const char *text, size_t spare)
@@ -80,7 +72,7 @@ void SetLogPreprocess(LogPreprocessProc preprocess) { gLogPreprocess = preproces
 
 char *StringAllocWithFormatAndArguments(const char *format, va_list arguments)
 {
-    if (!format || isAbsent(arguments))
+    if (!format || tarvik::isAbsent(arguments))
         return nullptr;
     tarvik::Pool pool;
     char *out = nullptr;

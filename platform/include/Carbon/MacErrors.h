@@ -44,6 +44,7 @@ enum {
     fidExists             = -1301,
     notAFileErr           = -1302,
     diffVolErr            = -1303,
+    pathTooLongErr        = -2110,
     errFSBadFSRef         = -1401,
     errFSBadForkName      = -1402,
     errFSBadBuffer        = -1403,

@@ -1,0 +1,161 @@
+#import <Foundation/Foundation.h>
+#import <Tarvik/core/Guard.h>
+#import <Tarvik/support/Bridge.h>
+#import <Tarvik/support/Pool.h>
+#import <Tarvik/text/NSString+Editing.h>
+
+#include "text/private/Occurrence.h"
+#include "text/private/Units.h"
+
+#include <ranges>
+#include <vector>
+
+namespace {
+
+bool deleteAnchored(NSMutableString *text, NSString *what, NSStringCompareOptions end)
+{
+    bool deleted = false;
+    tarvik::attempt([&] {
+        if (const auto found = tarvik::occurrence(text, what, NSLiteralSearch | NSAnchoredSearch | end)) {
+            [text deleteCharactersInRange:*found];
+            deleted = true;
+        }
+    });
+    return deleted;
+}
+
+/// From the last to the first, as the replacing goes. Nothing is replaced meanwhile: the search never looks behind the
+/// place where it begins.
+std::vector<NSRange> occurrencesFromTheEnd(NSString *text, NSString *what)
+{
+    std::vector<NSRange> found;
+    for (NSUInteger end = [text length];;) {
+        const auto next = tarvik::occurrence(text, what, NSBackwardsSearch, NSMakeRange(0, end));
+        if (!next)
+            return found;
+        found.push_back(*next);
+        end = next->location;
+    }
+}
+
+}  // namespace
+
+@implementation NSMutableString (FoundationXEditing)
+
+- (void)empty { [self setString:@""]; }
+
+- (void)setUTF8String:(const char *)text
+{
+    NSString *contents = text ? tarvik::nsstring(text) : nil;
+    if (contents)
+        [self setString:contents];
+}
+
+- (void)setLength:(uint32_t)length withFillString:(NSString *)fill
+{
+    NSString *piece = [fill length] ? [[fill copy] autorelease] : @" ";
+    tarvik::attempt([&] {
+        while ([self length] < length)
+            [self appendString:piece];
+        if ([self length] > length)
+            [self deleteCharactersInRange:NSMakeRange(length, [self length] - length)];
+    });
+}
+
+- (BOOL)deleteIfEndWith:(NSString *)text { return deleteAnchored(self, text, NSBackwardsSearch); }
+
+- (BOOL)deleteIfStartWith:(NSString *)text { return deleteAnchored(self, text, 0); }
+
+- (NSMutableString *)deleteToSubstring:(NSString *)text
+{
+    NSMutableString *front = nil;
+    const bool ok = tarvik::attempt([&] {
+        const auto found = tarvik::occurrence(self, text, 0);
+        if (!found)
+            return;
+        front = [NSMutableString stringWithString:[self substringToIndex:found->location]];
+        [self deleteCharactersInRange:NSMakeRange(0, NSMaxRange(*found))];
+    });
+    return ok ? front : nil;
+}
+
+- (uint32_t)find:(NSString *)text andReplaceAll:(NSString *)replacement
+{
+    if (!text || !replacement)
+        return 0;
+    tarvik::Pool pool;
+    return tarvik::guarded("-[NSMutableString(FoundationX) find:andReplaceAll:]", __LINE__, uint32_t(0), [&] {
+        const auto found = occurrencesFromTheEnd(self, text);
+        if (found.empty())
+            return uint32_t(0);
+        NSString *source = [[self copy] autorelease], *with = [[replacement copy] autorelease];
+        tarvik::Splice splice(source);
+        NSUInteger at = 0;
+        for (const NSRange &range : std::views::reverse(found)) {
+            splice.keep(at, range.location);
+            splice.add(with);
+            at = NSMaxRange(range);
+        }
+        splice.keep(at, [source length]);
+        [self setString:splice.result()];
+        return uint32_t(found.size());
+    });
+}
+
+- (BOOL)filterChracters:(int (*)(int))isInClass
+{
+    const auto bytes = tarvik::utf8(self);
+    if (!isInClass || !bytes)
+        return NO;
+    const size_t length = [self length];  // never more than the bytes
+    std::vector<bool> kept(length);
+    size_t count = 0;
+    for (size_t i = length; i-- > 0;)
+        count += kept[i] = isInClass(static_cast<signed char>((*bytes)[i])) != 0;
+    if (count == length)
+        return NO;
+    tarvik::Pool pool;
+    return tarvik::attempt([&] {
+        tarvik::Splice splice([[self copy] autorelease]);
+        for (size_t from = 0, to = 0; from < length; from = to) {
+            for (to = from + 1; to < length && kept[to] == kept[from];)
+                ++to;
+            if (kept[from])
+                splice.keep(from, to);
+        }
+        [self setString:splice.result()];
+    });
+}
+
+- (void)appendPathComponent:(NSString *)component
+{
+    if ([component length])
+        tarvik::attempt([&] { [self setString:[self stringByAppendingPathComponent:component]]; });
+}
+
+@end
+
+@implementation NSString (FoundationXEditing)
+
+- (NSMutableString *)chractersFilteredString:(int (*)(int))isInClass
+{
+    NSMutableString *copy = [NSMutableString stringWithString:self];
+    [copy filterChracters:isInClass];
+    return copy;
+}
+
+- (NSMutableString *)find:(NSString *)text andReplaceAllString:(NSString *)replacement
+{
+    NSMutableString *copy = [NSMutableString stringWithString:self];
+    [copy find:text andReplaceAll:replacement];
+    return copy;
+}
+
+- (NSMutableString *)stringBySetLength:(uint32_t)length withFillString:(NSString *)fill
+{
+    NSMutableString *copy = [NSMutableString stringWithString:self];
+    [copy setLength:length withFillString:fill];
+    return copy;
+}
+
+@end
