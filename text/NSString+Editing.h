@@ -31,9 +31,9 @@
 /// Nil, and nothing removed, for nil, without an occurrence, and after an exception.
 - (NSMutableString *)deleteToSubstring:(NSString *)text;
 
-/// Replaces every occurrence and answers how many. Occurrences are found from the end, each before the one found last:
-/// overlapping ones are resolved from the right, and a replacement is never searched. 0 for nil, for an empty text to
-/// find, and after an exception, which is logged. Linear in the text.
+/// Replaces every occurrence, unit for unit, and answers how many. Occurrences are found from the end, each before the one
+/// found last: overlapping ones are resolved from the right, and a replacement is never searched. 0 for nil, for an empty
+/// text to find, and after an exception, which is logged. Linear in the text.
 - (uint32_t)find:(NSString *)text andReplaceAll:(NSString *)replacement;
 
 /// Deletes the characters outside a C character class; YES when any was deleted, NO for a null function and for text

@@ -24,18 +24,21 @@ bool deleteAnchored(NSMutableString *text, NSString *what, NSStringCompareOption
     return deleted;
 }
 
-/// From the last to the first, as the replacing goes. Nothing is replaced meanwhile: the search never looks behind the
-/// place where it begins.
-std::vector<NSRange> occurrencesFromTheEnd(NSString *text, NSString *what)
+/// Where the text stands, from the last place to the first, as the replacing goes. Nothing is replaced meanwhile: a search
+/// never looks behind the place where it begins. Unit for unit and without the platform's search, which loses its place in
+/// decomposed text when it goes backwards, and looks through the whole text each time when it goes unit for unit.
+std::vector<size_t> placesFromTheEnd(const std::u16string &text, const std::u16string &what)
 {
-    std::vector<NSRange> found;
-    for (NSUInteger end = [text length];;) {
-        const auto next = tarvik::occurrence(text, what, NSBackwardsSearch, NSMakeRange(0, end));
-        if (!next)
-            return found;
-        found.push_back(*next);
-        end = next->location;
+    std::vector<size_t> places;
+    if (what.empty())
+        return places;
+    for (size_t end = text.size(); end >= what.size();) {
+        end = text.rfind(what, end - what.size());
+        if (end == text.npos)
+            break;
+        places.push_back(end);
     }
+    return places;
 }
 
 }  // namespace
@@ -85,16 +88,17 @@ std::vector<NSRange> occurrencesFromTheEnd(NSString *text, NSString *what)
         return 0;
     tarvik::Pool pool;
     return tarvik::guarded("-[NSMutableString(FoundationX) find:andReplaceAll:]", __LINE__, uint32_t(0), [&] {
-        const auto found = occurrencesFromTheEnd(self, text);
+        const std::u16string what = tarvik::units(text);
+        const auto found = placesFromTheEnd(tarvik::units(self), what);
         if (found.empty())
             return uint32_t(0);
         NSString *source = [[self copy] autorelease], *with = [[replacement copy] autorelease];
         tarvik::Splice splice(source);
         NSUInteger at = 0;
-        for (const NSRange &range : std::views::reverse(found)) {
-            splice.keep(at, range.location);
+        for (size_t place : std::views::reverse(found)) {
+            splice.keep(at, place);
             splice.add(with);
-            at = NSMaxRange(range);
+            at = place + what.size();
         }
         splice.keep(at, [source length]);
         [self setString:splice.result()];

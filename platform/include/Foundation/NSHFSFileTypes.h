@@ -6,9 +6,10 @@
 /// gnustep-base declares these calls but answers 0 and nil. The repaired ones stand under names of their own, which a host
 /// compiled with these headers calls in whatever order it links its libraries.
 #pragma once
-#include_next <Foundation/NSHFSFileTypes.h>
 
 #ifdef __OBJC__
+#include_next <Foundation/NSHFSFileTypes.h>
+
 #ifdef __cplusplus
 extern "C" {
 #endif
