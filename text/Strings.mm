@@ -1,4 +1,5 @@
 #include <Carbon/Files.h>
+#include <CoreFoundation/CFString.h>
 #import <Foundation/Foundation.h>
 #import <Tarvik/support/Bridge.h>
 #import <Tarvik/text/Strings.h>
@@ -11,7 +12,7 @@ BOOL NSStringIsEqual(NSString *string, NSString *other) { return string && other
 
 Boolean CFStringIsVoid(CFStringRef string)
 {
-    return ![(NSObject *)string isKindOfClass:[NSString class]] || NSStringIsVoid((NSString *)string);
+    return !string || CFGetTypeID(string) != CFStringGetTypeID() || CFStringGetLength(string) == 0;
 }
 
 Boolean CFStringIsExist(CFStringRef path)

@@ -22,8 +22,16 @@
 
 namespace {
 
-// The methods that we replace on purpose. Each says in its source what was wrong.
+// The methods that we replace on purpose; each says in its source what was wrong. A new repair is added here, a method that
+// meets one of the platform's by accident gets another name.
 const std::set<std::string> kRepairs = {
+    "+[NSTask allocWithZone:]",
+    "+[NSTask initialize]",
+    "-[GSFileHandle availableData]",
+    "-[GSFileHandle readDataToEndOfFile]",
+    "-[GSFileHandle writeData:]",
+    "-[NSMutableDataMalloc setCapacity:]",
+    "-[NSPipe init]",
 };
 
 TEST(Categories, NoneReplacesAMethodOfThePlatform)
