@@ -1,10 +1,10 @@
 # The string additions on Debian's own texts.
 . "$DEMO/lib.sh"
 title 'Text: lines, numbers, codes, replacing and filling'
-licence=/usr/share/common-licenses/GPL-3
+licence=/usr/share/common-licenses/GPL-2
 [ -e $licence ] || licence=$DEMO/../../README.md
 sed 's/$/\r/' "$licence" > dos.txt
-show tarvik text lines dos.txt > unix.txt
+tarvik text lines dos.txt > unix.txt
 check 'CR LF lines become LF lines again' "$(md5sum < "$licence")" "$(md5sum < unix.txt)"
 show tarvik text replace --count the THE "$licence"
 check 'as many as grep finds' "$(grep -o the "$licence" | wc -l)" "$(tarvik text replace --count the THE "$licence")"

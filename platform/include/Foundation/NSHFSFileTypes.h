@@ -8,6 +8,7 @@
 #pragma once
 
 #ifdef __OBJC__
+#import <Foundation/NSString.h>
 #include_next <Foundation/NSHFSFileTypes.h>
 
 #ifdef __cplusplus
@@ -15,9 +16,9 @@ extern "C" {
 #endif
 
 /// The text of a code: its four characters (MacRoman) between single quotes.
-GS_EXPORT NSString *NSFileTypeForHFSTypeCode(NSUInteger hfsFileTypeCode) __asm__("TarvikFileTypeForHFSTypeCode");
+extern NSString *NSFileTypeForHFSTypeCode(NSUInteger hfsFileTypeCode) __asm__("TarvikFileTypeForHFSTypeCode");
 /// The code in a text of exactly that form, the first character in the most significant byte; 0 for nil and any other text.
-GS_EXPORT NSUInteger NSHFSTypeCodeFromFileType(NSString *fileTypeString) __asm__("TarvikHFSTypeCodeFromFileType");
+extern NSUInteger NSHFSTypeCodeFromFileType(NSString *fileTypeString) __asm__("TarvikHFSTypeCodeFromFileType");
 
 #ifdef __cplusplus
 }
