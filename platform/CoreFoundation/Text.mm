@@ -2,6 +2,8 @@
 
 #include <Tarvik/support/Pool.h>
 
+#include <vector>
+
 namespace tarvik::cf {
 namespace {
 
@@ -10,7 +12,14 @@ constexpr bool isLow(unichar unit) { return (unit & 0xFC00) == 0xDC00; }
 
 NSString *stringOf(const unichar *units, size_t count)
 {
-    return [[NSString alloc] initWithCharacters:units length:count];
+    if (count == 0 || (units[0] != 0xFEFF && units[0] != 0xFFFE))
+        return [[NSString alloc] initWithCharacters:units length:count];
+    // Foundation takes these two for a byte order mark and drops them, but only in the first place.
+    std::vector<unichar> behind(units, units + count);
+    behind.insert(behind.begin(), 'x');
+    Pool pool;
+    NSString *whole = [[[NSString alloc] initWithCharacters:behind.data() length:behind.size()] autorelease];
+    return [[whole substringFromIndex:1] copy];
 }
 
 } // namespace

@@ -1,0 +1,124 @@
+// gnustep-base's XML property lists lose text: its writer puts a character above U+FFFF down as the ten characters of an escape
+// (\UD83D\UDE00), which its reader takes for one character of the low half; text that happens to hold \U0041 comes back as A; CDATA
+// comes back empty. The reader takes what is no list for one (keys without values, two roots, bad numbers), refuses a byte order
+// mark and UTF-16, and neither is quick. The user defaults read and write through these methods, so they lost text too.
+// XML goes through the platform's own reader and writer here; the other forms stay with gnustep-base.
+#include "platform/Foundation/private/XMLPropertyList.h"
+
+#import <Tarvik/support/Bridge.h>
+#import <Tarvik/support/Guard.h>
+#import <Tarvik/support/Pool.h>
+#include <objc/runtime.h>
+
+namespace {
+
+using tarvik::plist::Mutability;
+
+Mutability mutabilityOf(NSUInteger options)
+{
+    if (options & NSPropertyListMutableContainersAndLeaves)
+        return Mutability::containersAndLeaves;
+    return options & NSPropertyListMutableContainers ? Mutability::containers : Mutability::none;
+}
+
+NSString *reason(const std::string &why) { return tarvik::nsstring("Property list: " + why); }
+
+NSError *errorOf(const std::string &why)
+{
+    NSString *text = reason(why) ? reason(why) : @"Property list";
+    NSDictionary *about = [NSDictionary dictionaryWithObjectsAndKeys:text, NSLocalizedDescriptionKey, text, @"NSDebugDescription", nil];
+    return [NSError errorWithDomain:NSCocoaErrorDomain code:0 userInfo:about];
+}
+
+id readXML(NSData *data, NSUInteger options, NSPropertyListFormat *format, std::string &why)
+{
+    id list = tarvik::plist::newFromXML(static_cast<const uint8_t *>([data bytes]), [data length], mutabilityOf(options), why);
+    if (format)
+        *format = NSPropertyListXMLFormat_v1_0;
+    return [list autorelease];
+}
+
+bool isXML(NSData *data) { return tarvik::plist::looksLikeXML(static_cast<const uint8_t *>([data bytes]), [data length]); }
+
+/// The method that a category's method of the same name hides: the class keeps both, the category's first.
+template <class Function>
+Function hidden(SEL name)
+{
+    unsigned count = 0;
+    Method *methods = class_copyMethodList(object_getClass([NSPropertyListSerialization class]), &count);
+    IMP last = nullptr;
+    for (unsigned i = 0; i < count; ++i)
+        if (sel_isEqual(method_getName(methods[i]), name))
+            last = method_getImplementation(methods[i]);
+    free(methods);
+    return reinterpret_cast<Function>(last);
+}
+
+} // namespace
+
+@implementation NSPropertyListSerialization (XML)
+
++ (NSData *)dataFromPropertyList:(id)list format:(NSPropertyListFormat)format errorDescription:(NSString **)text
+{
+    if (format != NSPropertyListXMLFormat_v1_0) {
+        static const auto original = hidden<NSData *(*)(id, SEL, id, NSPropertyListFormat, NSString **)>(_cmd);
+        return original(self, _cmd, list, format, text);
+    }
+    std::string why;
+    NSData *data = [tarvik::plist::newXML(list, why) autorelease];
+    if (text)
+        *text = data ? nil : reason(why);
+    return data;
+}
+
++ (NSData *)dataWithPropertyList:(id)list
+                          format:(NSPropertyListFormat)format
+                         options:(NSPropertyListWriteOptions)options
+                           error:(NSError **)error
+{
+    if (format != NSPropertyListXMLFormat_v1_0) {
+        static const auto original =
+            hidden<NSData *(*)(id, SEL, id, NSPropertyListFormat, NSPropertyListWriteOptions, NSError **)>(_cmd);
+        return original(self, _cmd, list, format, options, error);
+    }
+    std::string why;
+    NSData *data = [tarvik::plist::newXML(list, why) autorelease];
+    if (error)
+        *error = data ? nil : errorOf(why);
+    return data;
+}
+
++ (id)propertyListFromData:(NSData *)data
+          mutabilityOption:(NSPropertyListMutabilityOptions)options
+                    format:(NSPropertyListFormat *)format
+          errorDescription:(NSString **)text
+{
+    if (!isXML(data)) {
+        static const auto original =
+            hidden<id (*)(id, SEL, NSData *, NSPropertyListMutabilityOptions, NSPropertyListFormat *, NSString **)>(_cmd);
+        return original(self, _cmd, data, options, format, text);
+    }
+    std::string why;
+    id list = readXML(data, options, format, why);
+    if (text)
+        *text = list ? nil : reason(why);
+    return list;
+}
+
++ (id)propertyListWithData:(NSData *)data
+                   options:(NSPropertyListReadOptions)options
+                    format:(NSPropertyListFormat *)format
+                     error:(NSError **)error
+{
+    if (!isXML(data)) {
+        static const auto original = hidden<id (*)(id, SEL, NSData *, NSPropertyListReadOptions, NSPropertyListFormat *, NSError **)>(_cmd);
+        return original(self, _cmd, data, options, format, error);
+    }
+    std::string why;
+    id list = readXML(data, options, format, why);
+    if (error)
+        *error = list ? nil : errorOf(why);
+    return list;
+}
+
+@end
