@@ -1,0 +1,47 @@
+#import <Tarvik/support/ArrayRange.h>
+#import <system/private/DiskImageReport.h>
+
+namespace tarvik {
+namespace {
+
+/// The value under a key, if the container is a dictionary and the value of the class wanted; else nil.
+template <class T>
+T *value(id container, NSString *key)
+{
+    id found = [container isKindOfClass:[NSDictionary class]] ? [container objectForKey:key] : nil;
+    return [found isKindOfClass:[T class]] ? found : nil;
+}
+
+NSString *firstMountPoint(id image)
+{
+    for (NSObject *entity : each(value<NSArray>(image, @"system-entities")))
+        if (NSString *point = value<NSString>(entity, @"mount-point"))
+            return point;
+    return nil;
+}
+
+}  // namespace
+
+id diskImageReport(NSData *text)
+{
+    NSPropertyListFormat format = NSPropertyListXMLFormat_v1_0;
+    id report = [NSPropertyListSerialization propertyListFromData:text
+                                                 mutabilityOption:NSPropertyListImmutable
+                                                           format:&format
+                                                 errorDescription:NULL];
+    return format == NSPropertyListXMLFormat_v1_0 ? report : nil;
+}
+
+NSMutableDictionary *mountTable(id report)
+{
+    NSMutableDictionary *table = [NSMutableDictionary dictionary];
+    for (NSObject *image : each(value<NSArray>(report, @"images"))) {
+        NSString *path = value<NSString>(image, @"image-path");
+        NSString *point = path ? firstMountPoint(image) : nil;
+        if (point)
+            [table setObject:path forKey:point];
+    }
+    return table;
+}
+
+}  // namespace tarvik
