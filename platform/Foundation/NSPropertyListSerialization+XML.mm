@@ -3,12 +3,12 @@
 // comes back empty. The reader takes what is no list for one (keys without values, two roots, bad numbers), refuses a byte order
 // mark and UTF-16, and neither is quick. The user defaults read and write through these methods, so they lost text too.
 // XML goes through the platform's own reader and writer here; the other forms stay with gnustep-base.
+#include "platform/Foundation/private/HiddenMethod.h"
 #include "platform/Foundation/private/XMLPropertyList.h"
 
 #import <Tarvik/support/Bridge.h>
 #import <Tarvik/support/Guard.h>
 #import <Tarvik/support/Pool.h>
-#include <objc/runtime.h>
 
 namespace {
 
@@ -40,18 +40,11 @@ id readXML(NSData *data, NSUInteger options, NSPropertyListFormat *format, std::
 
 bool isXML(NSData *data) { return tarvik::plist::looksLikeXML(static_cast<const uint8_t *>([data bytes]), [data length]); }
 
-/// The method that a category's method of the same name hides: the class keeps both, the category's first.
+/// Foundation's own class method behind one of the category's.
 template <class Function>
-Function hidden(SEL name)
+Function original(SEL name)
 {
-    unsigned count = 0;
-    Method *methods = class_copyMethodList(object_getClass([NSPropertyListSerialization class]), &count);
-    IMP last = nullptr;
-    for (unsigned i = 0; i < count; ++i)
-        if (sel_isEqual(method_getName(methods[i]), name))
-            last = method_getImplementation(methods[i]);
-    free(methods);
-    return reinterpret_cast<Function>(last);
+    return tarvik::hiddenMethod<Function>(object_getClass([NSPropertyListSerialization class]), name);
 }
 
 } // namespace
@@ -61,8 +54,8 @@ Function hidden(SEL name)
 + (NSData *)dataFromPropertyList:(id)list format:(NSPropertyListFormat)format errorDescription:(NSString **)text
 {
     if (format != NSPropertyListXMLFormat_v1_0) {
-        static const auto original = hidden<NSData *(*)(id, SEL, id, NSPropertyListFormat, NSString **)>(_cmd);
-        return original(self, _cmd, list, format, text);
+        static const auto write = original<NSData *(*)(id, SEL, id, NSPropertyListFormat, NSString **)>(_cmd);
+        return write(self, _cmd, list, format, text);
     }
     std::string why;
     NSData *data = [tarvik::plist::newXML(list, why) autorelease];
@@ -77,9 +70,9 @@ Function hidden(SEL name)
                            error:(NSError **)error
 {
     if (format != NSPropertyListXMLFormat_v1_0) {
-        static const auto original =
-            hidden<NSData *(*)(id, SEL, id, NSPropertyListFormat, NSPropertyListWriteOptions, NSError **)>(_cmd);
-        return original(self, _cmd, list, format, options, error);
+        static const auto write =
+            original<NSData *(*)(id, SEL, id, NSPropertyListFormat, NSPropertyListWriteOptions, NSError **)>(_cmd);
+        return write(self, _cmd, list, format, options, error);
     }
     std::string why;
     NSData *data = [tarvik::plist::newXML(list, why) autorelease];
@@ -94,9 +87,9 @@ Function hidden(SEL name)
           errorDescription:(NSString **)text
 {
     if (!isXML(data)) {
-        static const auto original =
-            hidden<id (*)(id, SEL, NSData *, NSPropertyListMutabilityOptions, NSPropertyListFormat *, NSString **)>(_cmd);
-        return original(self, _cmd, data, options, format, text);
+        static const auto read =
+            original<id (*)(id, SEL, NSData *, NSPropertyListMutabilityOptions, NSPropertyListFormat *, NSString **)>(_cmd);
+        return read(self, _cmd, data, options, format, text);
     }
     std::string why;
     id list = readXML(data, options, format, why);
@@ -111,8 +104,8 @@ Function hidden(SEL name)
                      error:(NSError **)error
 {
     if (!isXML(data)) {
-        static const auto original = hidden<id (*)(id, SEL, NSData *, NSPropertyListReadOptions, NSPropertyListFormat *, NSError **)>(_cmd);
-        return original(self, _cmd, data, options, format, error);
+        static const auto read = original<id (*)(id, SEL, NSData *, NSPropertyListReadOptions, NSPropertyListFormat *, NSError **)>(_cmd);
+        return read(self, _cmd, data, options, format, error);
     }
     std::string why;
     id list = readXML(data, options, format, why);

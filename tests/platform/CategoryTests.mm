@@ -23,11 +23,28 @@ namespace {
 // The methods that we replace on purpose; each says in its source what was wrong. A new repair is added here, a method that
 // meets one of the platform's by accident gets another name.
 const std::set<std::string> kRepairs = {
+    "+[NSBundle allBundles]",
+    "+[NSBundle bundleWithIdentifier:]",
+    "+[NSPropertyListSerialization dataFromPropertyList:format:errorDescription:]",
+    "+[NSPropertyListSerialization dataWithPropertyList:format:options:error:]",
+    "+[NSPropertyListSerialization propertyListFromData:mutabilityOption:format:errorDescription:]",
+    "+[NSPropertyListSerialization propertyListWithData:options:format:error:]",
     "+[NSTask allocWithZone:]",
     "+[NSTask initialize]",
     "-[GSFileHandle availableData]",
     "-[GSFileHandle readDataToEndOfFile]",
     "-[GSFileHandle writeData:]",
+    "-[NSBundle bundleIdentifier]",
+    "-[NSBundle executablePath]",
+    "-[NSBundle infoDictionary]",
+    "-[NSBundle initWithPath:]",
+    "-[NSBundle localizations]",
+    "-[NSBundle pathForResource:ofType:]",
+    "-[NSBundle pathForResource:ofType:inDirectory:]",
+    "-[NSBundle pathForResource:ofType:inDirectory:forLocalization:]",
+    "-[NSBundle pathsForResourcesOfType:inDirectory:]",
+    "-[NSBundle pathsForResourcesOfType:inDirectory:forLocalization:]",
+    "-[NSBundle resourcePath]",
     "-[NSMutableDataMalloc setCapacity:]",
     "-[NSPipe init]",
 };
