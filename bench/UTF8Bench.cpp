@@ -8,6 +8,7 @@
 //   ICU         u_strFromUTF8 and u_strToUTF32, or u_strFromUTF32 and u_strToUTF8: by way of UTF-16, with the sizes given so
 //               that each runs once
 //   ICU-macros  a loop of U8_NEXT or U8_APPEND_UNSAFE compiled into the caller
+//   fill        no conversion: a result of the same size is filled with one byte, which is what memory allows
 //
 // Memory of released results stays with the process while we measure. Otherwise each round above 32 MiB would get its pages
 // from the kernel anew, which takes longer than any of these conversions, and is the same for all. The rows "fresh" show that.
@@ -159,6 +160,16 @@ void encodeMacros(const wstring &text)
     benchmark::DoNotOptimize(out.get());
 }
 
+void fillDecoded(const std::string &text)
+{
+    static std::pair<const char *, size_t> known;  // counted once for each text
+    if (known.first != text.data())
+        known = {text.data(), Utils::utf8towstring(text).size()};
+    const auto out = room<wchar_t>(known.second);
+    std::memset(out.get(), 1, known.second * sizeof(wchar_t));
+    benchmark::DoNotOptimize(out.get());
+}
+
 void keepMemory(bool keep)
 {
     mallopt(M_MMAP_MAX, keep ? 0 : 65536);
@@ -190,6 +201,8 @@ const bool kRegistered = [] {
             add("utf8-decode", script, size, name, "ICU", utf8Text, decodeICU);
             add("utf8-decode", script, size, name, "iconv-kept", utf8Text, decodeIconvKept);
             add("utf8-decode", script, size, name, "ICU-macros", utf8Text, decodeMacros);
+            if (size > 1 << 20)
+                add("utf8-decode", script, size, name, "fill", utf8Text, fillDecoded);
         }
         for (const auto &[size, name] : kSizes) {
             add("utf8-encode", script, size, name, "tarvik", wideText, encodeTarvik);

@@ -58,7 +58,7 @@ size_t estimate(const Element *in, size_t count, Measure measure)
     constexpr size_t kStride = 8 * kSample;
     if (count < kStride)
         return count * measure(Element{}) + kBlockRoom;
-    const size_t samples = std::min<size_t>(count / kStride, 1024);
+    const size_t samples = std::min<size_t>(count / kStride, 256);
     const size_t stride = count / samples;
     size_t sum = 0;
     for (size_t sample = 0; sample < samples; sample++) {

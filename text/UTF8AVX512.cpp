@@ -7,7 +7,9 @@
 #include "text/private/UTF8Kernels.h"
 
 // The compiler takes the "undefined" vectors of its own intrinsics for a mistake (https://gcc.gnu.org/PR105593).
+#ifndef __clang__
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 
 #define TARVIK_AVX512 __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,avx512vbmi2,gfni,bmi,bmi2,popcnt")))
 
@@ -31,6 +33,13 @@ template <int count, uint8_t mask>
 TARVIK_AVX512 inline __m512i shifted(__m512i bytes)
 {
     return _mm512_gf2p8affine_epi64_epi8(bytes, _mm512_set1_epi64(byteShift(count, mask)), 0);
+}
+
+/// The same for the bytes of `where`; the others become 0.
+template <int count, uint8_t mask>
+TARVIK_AVX512 inline __m512i shifted(__m512i bytes, __mmask64 where)
+{
+    return _mm512_maskz_gf2p8affine_epi64_epi8(where, bytes, _mm512_set1_epi64(byteShift(count, mask)), 0);
 }
 
 /// `a` and, below it, the low six bits of `b`.
@@ -154,7 +163,7 @@ TARVIK_AVX512 void decodeAVX512(DecodeCursor &cursor)
         const uint64_t just3 = from3 & ~from4;
         if (just2 != 0) {
             low = _mm512_mask_mov_epi8(low, just2, overLowSix(shifted<6, 0xC0>(v0), v1));
-            mid = _mm512_maskz_mov_epi8(just2, shifted<-2, 0x07>(v0));
+            mid = shifted<-2, 0x07>(v0, just2);
         }
         if (just3 != 0) {
             const __m512i v2 = bytesAt(in + at, left, 2);
@@ -166,11 +175,14 @@ TARVIK_AVX512 void decodeAVX512(DecodeCursor &cursor)
             const __m512i v3 = bytesAt(in + at, left, 3);
             low = _mm512_mask_mov_epi8(low, from4, overLowSix(shifted<6, 0xC0>(v2), v3));
             mid = _mm512_mask_mov_epi8(mid, from4, _mm512_or_si512(shifted<4, 0xF0>(v1), shifted<-2, 0x0F>(v2)));
-            top = _mm512_maskz_mov_epi8(from4, _mm512_or_si512(shifted<2, 0x1C>(v0), shifted<-4, 0x03>(v1)));
+            top = _mm512_or_si512(shifted<2, 0x1C>(v0, from4), shifted<-4, 0x03>(v1, from4));
         }
-        const __m512i any = _mm512_or_si512(_mm512_or_si512(low, mid), top);
-        if (_mm512_mask_testn_epi8_mask(leads, any, any) != 0)
-            break;
+        // A code point 0 has a low byte 0, but so have one in 256 others.
+        if (const uint64_t suspects = _mm512_mask_testn_epi8_mask(leads, low, low); suspects != 0) [[unlikely]] {
+            const __m512i above = _mm512_or_si512(mid, top);
+            if (_mm512_mask_testn_epi8_mask(suspects, above, above) != 0)
+                break;
+        }
 
         const size_t characters = static_cast<size_t>(_mm_popcnt_u64(leads));
         low = _mm512_maskz_compress_epi8(leads, low);
