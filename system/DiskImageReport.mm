@@ -1,3 +1,4 @@
+#include <CoreFoundation/CFPropertyList.h>
 #import <Tarvik/support/ArrayRange.h>
 #import <system/private/DiskImageReport.h>
 
@@ -24,12 +25,11 @@ NSString *firstMountPoint(id image)
 
 id diskImageReport(NSData *text)
 {
-    NSPropertyListFormat format = NSPropertyListXMLFormat_v1_0;
-    id report = [NSPropertyListSerialization propertyListFromData:text
-                                                 mutabilityOption:NSPropertyListImmutable
-                                                           format:&format
-                                                 errorDescription:NULL];
-    return format == NSPropertyListXMLFormat_v1_0 ? report : nil;
+    if (!text)
+        return nil;
+    const CFPropertyListRef report = CFPropertyListCreateFromXMLData(
+        kCFAllocatorDefault, reinterpret_cast<CFDataRef>(text), kCFPropertyListImmutable, nullptr);
+    return [reinterpret_cast<id>(const_cast<void *>(report)) autorelease];
 }
 
 NSMutableDictionary *mountTable(id report)

@@ -1,3 +1,4 @@
+#include "BackgroundRun.h"
 #include "Command.h"
 #include "Streams.h"
 
@@ -17,7 +18,6 @@
 @public
     Progress *mProgress;
     int mPercent;
-    BOOL mEnded;
 }
 @end
 
@@ -34,12 +34,6 @@
         mPercent = std::max(percent, mPercent);
     }
     return YES;
-}
-
-- (void)didRun:(NSNotification *)notification
-{
-    (void)notification;
-    mEnded = YES;
 }
 
 @end
@@ -174,15 +168,7 @@ int create(const Arguments &arguments)
     Progress progress(fs::path(path).filename(), 100);
     CreationProgress *watcher = [[[CreationProgress alloc] init] autorelease];
     watcher->mProgress = &progress;
-    [tool setDelegate:watcher];
-    NSNotificationCenter *centre = [NSNotificationCenter defaultCenter];
-    [centre addObserver:watcher selector:@selector(didRun:) name:CommandToolDidRunNotification object:tool];
-    [tool run:YES];
-    while (!watcher->mEnded) {
-        tarvik::Pool turn;
-        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate distantFuture]];
-    }
-    [centre removeObserver:watcher];
+    runInBackground(tool, watcher);
     struct stat after = {};
     // The tool's exit status is not to be had; a new file is there whole or not at all.
     if (![tool succeeded] || lstat(path.c_str(), &after) != 0 || (there && after.st_ino == before.st_ino))

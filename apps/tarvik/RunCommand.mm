@@ -1,3 +1,4 @@
+#include "BackgroundRun.h"
 #include "Command.h"
 #include "Streams.h"
 
@@ -11,11 +12,8 @@
 #include <cstdio>
 #include <thread>
 
-/// Shows each piece as it comes, and knows when a background run has ended.
-@interface LiveTail : NSObject {
-@public
-    BOOL mEnded;
-}
+/// Shows each piece of output as it comes.
+@interface LiveTail : NSObject
 @end
 
 @implementation LiveTail
@@ -25,12 +23,6 @@
     (void)tool;
     fwrite([piece bytes], 1, [piece length], stdout);
     return fflush(stdout) == 0;
-}
-
-- (void)didRun:(NSNotification *)notification
-{
-    (void)notification;
-    mEnded = YES;
 }
 
 @end
@@ -84,20 +76,6 @@ private:
     std::thread thread_;
 };
 
-void runLive(CommandTool *tool)
-{
-    LiveTail *tail = [[[LiveTail alloc] init] autorelease];
-    [tool setDelegate:tail];
-    NSNotificationCenter *centre = [NSNotificationCenter defaultCenter];
-    [centre addObserver:tail selector:@selector(didRun:) name:CommandToolDidRunNotification object:tool];
-    [tool run:YES];
-    while (!tail->mEnded) {
-        tarvik::Pool pool;
-        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate distantFuture]];
-    }
-    [centre removeObserver:tail];
-}
-
 void writeData(NSData *data, FILE *to, const char *name)
 {
     if (fwrite([data bytes], 1, [data length], to) != [data length] || fflush(to) != 0)
@@ -128,7 +106,7 @@ int run(const Arguments &arguments)
     {
         Overseer overseer(tool, arguments.number("timeout", 1, 1 << 30));
         if (live)
-            runLive(tool);
+            runInBackground(tool, [[[LiveTail alloc] init] autorelease]);
         else
             [tool run:NO];
         early = overseer.reason();
