@@ -82,6 +82,20 @@ TARVIK_AVX512 inline bool isPlainASCII(const uint8_t *in)
     return _mm512_cmpgt_epi8_mask(_mm512_loadu_si512(in), _mm512_setzero_si512()) == ~uint64_t{0};
 }
 
+/// The code points of up to 64 characters, taken apart into bytes.
+struct Planes {
+    __m512i low, mid, top;
+};
+
+/// Writes the sixteen elements that `group` chooses.
+TARVIK_AVX512 inline void writeSixteen(const Planes &planes, __m512i group, bool hasTops, wchar_t *out)
+{
+    __m512i elements = _mm512_maskz_permutex2var_epi8(0x3333333333333333, planes.low, group, planes.mid);
+    if (hasTops)
+        elements = _mm512_mask_permutexvar_epi8(elements, 0x4444444444444444, group, planes.top);
+    _mm512_storeu_si512(out, elements);
+}
+
 /// Decodes a long run of ASCII with stores that go around the caches. Returns how many bytes (and elements) it took.
 TARVIK_AVX512 inline size_t streamASCII(const uint8_t *in, size_t inCount, wchar_t *out, size_t room)
 {
@@ -116,8 +130,6 @@ TARVIK_AVX512 void decodeAVX512(DecodeCursor &cursor)
     const __m512i group1 = _mm512_add_epi8(group0, _mm512_set1_epi8(16));
     const __m512i group2 = _mm512_add_epi8(group0, _mm512_set1_epi8(32));
     const __m512i group3 = _mm512_add_epi8(group0, _mm512_set1_epi8(48));
-    constexpr __mmask64 kLowAndHigh = 0x3333333333333333;
-    constexpr __mmask64 kTop = 0x4444444444444444;
 
     size_t at = 0;
     size_t done = 0;
@@ -184,28 +196,17 @@ TARVIK_AVX512 void decodeAVX512(DecodeCursor &cursor)
                 break;
         }
 
+        // No store that nobody needs, since they lie across cache lines.
         const size_t characters = static_cast<size_t>(_mm_popcnt_u64(leads));
-        low = _mm512_maskz_compress_epi8(leads, low);
-        mid = _mm512_maskz_compress_epi8(leads, mid);
-        __m512i element0 = _mm512_maskz_permutex2var_epi8(kLowAndHigh, low, group0, mid);
-        __m512i element1 = _mm512_maskz_permutex2var_epi8(kLowAndHigh, low, group1, mid);
-        if (from4 != 0) {
-            top = _mm512_maskz_compress_epi8(leads, top);
-            element0 = _mm512_mask_permutexvar_epi8(element0, kTop, group0, top);
-            element1 = _mm512_mask_permutexvar_epi8(element1, kTop, group1, top);
-        }
-        _mm512_storeu_si512(out + done, element0);
-        _mm512_storeu_si512(out + done + 16, element1);
-        if (characters > 32) {
-            __m512i element2 = _mm512_maskz_permutex2var_epi8(kLowAndHigh, low, group2, mid);
-            __m512i element3 = _mm512_maskz_permutex2var_epi8(kLowAndHigh, low, group3, mid);
-            if (from4 != 0) {
-                element2 = _mm512_mask_permutexvar_epi8(element2, kTop, group2, top);
-                element3 = _mm512_mask_permutexvar_epi8(element3, kTop, group3, top);
-            }
-            _mm512_storeu_si512(out + done + 32, element2);
-            _mm512_storeu_si512(out + done + 48, element3);
-        }
+        const Planes pressed{_mm512_maskz_compress_epi8(leads, low), _mm512_maskz_compress_epi8(leads, mid),
+                             from4 != 0 ? _mm512_maskz_compress_epi8(leads, top) : top};
+        writeSixteen(pressed, group0, from4 != 0, out + done);
+        if (characters > 16)
+            writeSixteen(pressed, group1, from4 != 0, out + done + 16);
+        if (characters > 32)
+            writeSixteen(pressed, group2, from4 != 0, out + done + 32);
+        if (characters > 48)
+            writeSixteen(pressed, group3, from4 != 0, out + done + 48);
         done += characters;
         at += 64;
         taken = from2 >> 63 | from3 >> 62 | from4 >> 61;
