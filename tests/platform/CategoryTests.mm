@@ -34,6 +34,8 @@ const std::set<std::string> kRepairs = {
     "-[GSFileHandle availableData]",
     "-[GSFileHandle readDataToEndOfFile]",
     "-[GSFileHandle writeData:]",
+    "-[GSMutableArray removeObjectsFromIndices:numIndices:]",
+    "-[GSMutableArray replaceObjectsInRange:withObjectsFromArray:]",
     "-[NSBundle bundleIdentifier]",
     "-[NSBundle executablePath]",
     "-[NSBundle infoDictionary]",

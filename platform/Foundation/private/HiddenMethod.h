@@ -22,7 +22,7 @@ Function hiddenMethod(Class type, SEL name)
         if (sel_isEqual(method_getName(methods[i]), name))
             last = method_getImplementation(methods[i]);
     free(methods);
-    return reinterpret_cast<Function>(last);
+    return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(last));
 }
 
 } // namespace tarvik
