@@ -40,6 +40,11 @@ enum { kNothing, kSomething };
         mEnded = ended;
         [mLock unlockWithCondition:kSomething];
     }
+    // While this is still a thread of Foundation's: the handle asks for its thread's run loop on its way out, and the last
+    // reference to this object may fall when the thread is no longer one.
+    tarvik::Pool pool;
+    [mHandle release];
+    mHandle = nil;
 }
 
 - (NSData *)availableData
