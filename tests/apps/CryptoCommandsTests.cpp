@@ -98,9 +98,8 @@ TEST(WakeCommand, Refuses)
         EXPECT_EQ(result.out, "");
         EXPECT_NE(result.error.find("--pad"), std::string::npos) << result.error;
     }
-    EXPECT_EQ(runTarvik({"wake", "decipher", "--pad", "--key", kKey}, "not padded!!").status, 1);
-    EXPECT_EQ(runTarvik({"wake", "decipher", "--pad", "--key", kKey}).status, 1);
-
+    for (const char *unpadded : {"not padded!!", ""})
+        EXPECT_EQ(runTarvik({"wake", "decipher", "--pad", "--key", kKey}, unpadded).status, 1);
     const TemporaryFolder folder;
     const std::string shortKey = folder.write("key", "too short");
     EXPECT_EQ(runTarvik({"wake", "encipher", "-k", shortKey}, "x").status, 1);

@@ -5,6 +5,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <numeric>
 #include <random>
 #include <string>
 
@@ -53,10 +54,14 @@ void expectEveryKernelToGive(uint32_t expected, const uint8_t *data, size_t leng
 {
     for (const auto &kernel : tarvik::crc32::kernels()) {
         if (kernel.runsHere()) {
-            ASSERT_EQ(kernel.checksum(data, length), expected)
-                << kernel.name << ", " << length << " bytes at " << static_cast<const void *>(data);
+            ASSERT_EQ(kernel.checksum(data, length), expected) << kernel.name << ", " << length << " bytes";
         }
     }
+}
+
+void expectEveryKernelToGiveTheReference(const uint8_t *data, size_t length)
+{
+    expectEveryKernelToGive(~std::accumulate(data, data + length, ~0u, nextRemainder), data, length);
 }
 
 }  // namespace
@@ -66,32 +71,17 @@ TEST(CRC32, KnownValues)
     const struct {
         std::string data;
         uint32_t crc;
-    } cases[] = {
-        {"", 0},
-        {std::string(1, '\0'), 0xD202EF8D},
-        {"a", 0xE8B7BE43},
-        {"abc", 0x352441C2},
-        {"123456789", 0xCBF43926},
-        {"The quick brown fox jumps over the lazy dog", 0x414FA339},
-        {std::string(32, '\xFF'), 0xFF6CAB0B},
-    };
+    } cases[] = {{"", 0}, {{"\0", 1}, 0xD202EF8D}, {"abc", 0x352441C2}, {"123456789", 0xCBF43926}};
+    CCRC32 initialized;
+    initialized.Initialize();
     for (const auto &[data, crc] : cases) {
         const auto length = static_cast<uint32_t>(data.size());
         EXPECT_EQ(CCRC32().Calculate(data.data(), length), crc) << data;
+        EXPECT_EQ(initialized.Calculate(data.data(), length), crc) << data;
         EXPECT_TRUE(CCRC32().Verify(data.data(), length, crc)) << data;
         EXPECT_FALSE(CCRC32().Verify(data.data(), length, crc ^ 1)) << data;
     }
-    CCRC32 object;
-    object.Initialize();
-    EXPECT_EQ(object.Calculate("123456789", 9), 0xCBF43926);
-    EXPECT_EQ(object.Calculate("abc", 3), 0x352441C2);
-}
-
-TEST(CRC32, NoDataIsZero)
-{
     EXPECT_EQ(CCRC32().Calculate(nullptr, 100), 0u);
-    EXPECT_TRUE(CCRC32().Verify(nullptr, 0, 0));
-    EXPECT_FALSE(CCRC32().Verify("x", 0, 1));
 }
 
 // Lengths around every vector, stride and threshold, from each place in a cache line; the first and the last
@@ -111,26 +101,11 @@ TEST(CRC32, EveryKernelAtEveryLengthAndAlignment)
             }
         }
     }
-    for (uint32_t length = tarvik::crc32::kShortestForKernels; length <= 1100; ++length) {
-        const uint8_t *data = bytes.end() - length;
-        uint32_t remainder = ~0u;
-        for (uint32_t i = 0; i < length; ++i)
-            remainder = nextRemainder(remainder, data[i]);
-        ASSERT_NO_FATAL_FAILURE(expectEveryKernelToGive(~remainder, data, length));
-    }
-}
-
-TEST(CRC32, EveryKernelOnLongData)
-{
-    const FencedBytes bytes{80};
-    const uint8_t *data = bytes.begin();
-    uint32_t remainder = ~0u;
-    for (size_t length = 1; length <= static_cast<size_t>(bytes.end() - data); ++length) {
-        remainder = nextRemainder(remainder, data[length - 1]);
-        if (length % 4099 == 0 || length % 65536 == 0) {
-            ASSERT_NO_FATAL_FAILURE(expectEveryKernelToGive(~remainder, data, length));
-        }
-    }
+    for (size_t length = tarvik::crc32::kShortestForKernels; length <= 1100; ++length)
+        ASSERT_NO_FATAL_FAILURE(expectEveryKernelToGiveTheReference(bytes.end() - length, length));
+    const FencedBytes many{80};
+    for (size_t length : {65535, 65536, 65537, 262143, 262144, 327679, 327680})
+        ASSERT_NO_FATAL_FAILURE(expectEveryKernelToGiveTheReference(many.end() - length, length));
 }
 
 // 4 GiB - 2 zeros and a one. The zeros cost no memory: they are all the same page. The expected value is from
@@ -153,13 +128,17 @@ TEST(CRC32, Reflect)
         int8_t bits;
         uint32_t result;
     } cases[] = {
-        {1, 8, 0x80},          {0x80, 8, 1},
-        {0xFFFFFF01, 8, 0x80},  // higher bits of the value take no part
-        {0x80000000, 32, 1},   {0x12345678, 32, 0x1E6A2C48},
-        {0x12345678, 0, 0},    {0x12345678, -1, 0},
-        {0x12345678, -128, 0}, {0x12345678, 40, 0x6A2C4800},  // beyond the word
-        {0x12345678, 63, 0},   {0xFFFFFFFF, 63, 0x80000000},
-        {0xFFFFFFFF, 64, 0},   {0xFFFFFFFF, 127, 0},
+        {1, 8, 0x80},
+        {0xFFFFFF01, 8, 0x80},
+        {0x80000000, 32, 1},
+        {0x12345678, 32, 0x1E6A2C48},  // within the word
+        {0x12345678, 40, 0x6A2C4800},
+        {0xFFFFFFFF, 63, 0x80000000},
+        {0xFFFFFFFF, 64, 0},
+        {0xFFFFFFFF, 127, 0},  // beyond it
+        {0x12345678, 0, 0},
+        {0x12345678, -1, 0},
+        {0x12345678, -128, 0},
     };
     for (const auto &[value, bits, result] : cases)
         EXPECT_EQ(CCRC32::Reflect(value, bits), result) << std::hex << value << ", " << std::dec << int{bits};

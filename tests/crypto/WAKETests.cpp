@@ -6,9 +6,7 @@
 
 #include <array>
 #include <csignal>
-#include <cstring>
 #include <numeric>
-#include <string>
 #include <vector>
 
 namespace
@@ -80,7 +78,6 @@ TEST(WAKE, KeySetUp)
     const std::array<uint32_t, 4> fromKey{0x00010203, 0x04050607, 0x08090a0b, 0x0c0d0e0f};
     EXPECT_EQ(state.registers(), fromKey);
     EXPECT_EQ(state.table(0), 0xe6dcae17u);
-    EXPECT_EQ(state.table(1), 0x8ccf7b70u);
     EXPECT_EQ(state.table(255), 0xa2db7999u);
     EXPECT_EQ(state.table(256), 0x48a3c15eu);
 
@@ -100,8 +97,7 @@ TEST(WAKE, ThreeNamesOfOneStep)
         ofb.wake_OFB(in, fromOFB);
         const uint8_t lowCFB = cfb.wake_CFB(in, fromCFB), lowCTR = ctr.wake_CTR(in, fromCTR);
         ASSERT_EQ(fromOFB, in ^ before[3]);
-        ASSERT_EQ(fromCFB, fromOFB);
-        ASSERT_EQ(fromCTR, fromOFB);
+        ASSERT_TRUE(fromCFB == fromOFB && fromCTR == fromOFB);
         ASSERT_EQ(lowCFB, (before[3] + cfb.registers()[2]) & 0xFF);
         ASSERT_EQ(lowCTR, lowCFB);
         ASSERT_EQ(cfb.registers(), ofb.registers());
@@ -109,16 +105,19 @@ TEST(WAKE, ThreeNamesOfOneStep)
     }
 }
 
-TEST(WAKE, ByteOrders)
+TEST(WAKE, ByteOrdersAndTheMaskLimit)
 {
-    const uint8_t bytes[] = {0x11, 0x22, 0x33, 0x84};
+    const Bytes bytes = {0x11, 0x22, 0x33, 0x84};
     uint32_t word;
-    WAKE_Policy::copyByteEndian(bytes, word);
+    WAKE_Policy::copyByteEndian(bytes.data(), word);
     EXPECT_EQ(word, 0x11223384u);
     EXPECT_EQ(WAKE_Base::reverseByteOrder(word), 0x84332211u);
-    uint8_t back[4];
-    WAKE_Policy::copyWord32Endian(word, back);
-    EXPECT_EQ(std::memcmp(back, bytes, 4), 0);
+    Bytes back(4), out(300);
+    WAKE_Policy::copyWord32Endian(word, back.data());
+    EXPECT_EQ(back, bytes);
+    WAKE_OFB::XorBuffer(out.data(), Bytes(300, 0xF0).data(), Bytes(300, 0x3C).data(), 300);
+    EXPECT_EQ(slice(out, 0, 256), Bytes(256, 0xCC));
+    EXPECT_EQ(slice(out, 256, 44), Bytes(44));
 }
 
 TEST(WAKE, EnciphersAndDeciphers)
@@ -149,37 +148,21 @@ TEST(WAKE, EnciphersAndDeciphers)
     EXPECT_EQ(again.process(Bytes(32)), keystream(32));
 }
 
-// A mask takes 64 words of the keystream, however few of its bytes are used.
+// A mask takes 64 words of the keystream, however few of its bytes are used. After n bytes 4 - n count as
+// left of it: from 5 on that lies outside the mask, which then counts as used up, and nothing outside is
+// read.
 TEST(WAKE, WhatAShortCallLeavesOfTheMask)
 {
-    const Bytes stream = keystream(2048);
-    for (uint32_t first : {1, 2, 3}) {
-        const uint32_t left = 4 - first;
+    const Bytes stream = keystream(1024);
+    for (uint32_t first = 1; first < 256; first += first % 4 == 3 ? 2 : 1) {
+        const uint32_t left = first < 4 ? 4 - first : 0;
+        Bytes expected = slice(stream, 256 - left, left);
+        const Bytes fresh = slice(stream, 256, 9 - left);
+        expected.insert(expected.end(), fresh.begin(), fresh.end());
         Cipher cipher;
-        EXPECT_EQ(cipher.process(Bytes(first)), slice(stream, 0, first));
-        EXPECT_EQ(cipher.unused(), left);
-        EXPECT_EQ(cipher.process(Bytes(1)), slice(stream, 256 - left, 1));
-        EXPECT_EQ(cipher.unused(), left - 1);
-        Bytes expected =
-            slice(stream, 256 - (left - 1), left - 1);  // the rest of it, then the keystream's own words
-        const Bytes words = slice(stream, 256, 8);
-        expected.insert(expected.end(), words.begin(), words.end());
-        EXPECT_EQ(cipher.process(Bytes(expected.size())), expected);
-        EXPECT_EQ(cipher.unused(), 0u);
-    }
-}
-
-// From 5 bytes on the count left lies outside the mask: it counts as used up, and nothing outside is read.
-TEST(WAKE, ACountOutsideTheMaskIsUsedUp)
-{
-    const Bytes stream = keystream(2048);
-    for (uint32_t first : {5, 6, 7, 101, 255}) {
-        Cipher cipher;
-        EXPECT_EQ(cipher.process(Bytes(first)), slice(stream, 0, first));
-        EXPECT_EQ(cipher.unused(), 4 - first);
-        EXPECT_EQ(cipher.process(Bytes(9)), slice(stream, 256, 9));  // a new mask
-        EXPECT_EQ(cipher.process(Bytes(8)), slice(stream, 512, 8));  // words
-        EXPECT_EQ(cipher.unused(), 0u);
+        ASSERT_EQ(cipher.process(Bytes(first)), slice(stream, 0, first));
+        ASSERT_EQ(cipher.unused(), 4 - first);
+        ASSERT_EQ(cipher.process(Bytes(9)), expected) << first;
     }
 }
 
@@ -196,35 +179,17 @@ TEST(WAKE, NothingToDoChangesNothing)
     EXPECT_EQ(byte, 0x5A);
     EXPECT_EQ(cipher.unused(), 1u);
     EXPECT_EQ(Bytes(cipher.mask(), cipher.mask() + 256), mask);
-
-    const Cipher fresh;
-    EXPECT_EQ(fresh.mask(), nullptr);
-    EXPECT_EQ(fresh.unused(), 0u);
-}
-
-TEST(WAKE, XorBufferStopsAfter256Bytes)
-{
-    Bytes a(300, 0xF0), b(300, 0x3C), out(300);
-    WAKE_OFB::XorBuffer(out.data(), a.data(), b.data(), 300);
-    EXPECT_EQ(slice(out, 0, 256), Bytes(256, 0xCC));
-    EXPECT_EQ(slice(out, 256, 44), Bytes(44));
 }
 
 // The lengths that must not be passed: the call works on the first 256 bytes for ever and touches no others.
 TEST(WAKE, ForbiddenLengthsNeverReturn)
 {
-    for (uint32_t length : {257u, 1023u}) {
-        auto *shared = static_cast<uint8_t *>(
-            mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-        EXPECT_EXIT(
-            {
-                ualarm(200'000, 0);
-                const Bytes in(length);
-                Cipher().ProcessString(shared, in.data(), length);
-            },
-            testing::KilledBySignal(SIGALRM), "");
-        EXPECT_NE(Bytes(shared, shared + 256), Bytes(256));
-        EXPECT_EQ(Bytes(shared + 256, shared + 4096), Bytes(4096 - 256));
-        munmap(shared, 4096);
-    }
+    const Bytes in(257);
+    auto *shared = static_cast<uint8_t *>(
+        mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    EXPECT_EXIT((ualarm(200'000, 0), Cipher().ProcessString(shared, in.data(), 257)),
+                testing::KilledBySignal(SIGALRM), "");
+    EXPECT_NE(Bytes(shared, shared + 256), Bytes(256));
+    EXPECT_EQ(Bytes(shared + 256, shared + 4096), Bytes(4096 - 256));
+    munmap(shared, 4096);
 }
