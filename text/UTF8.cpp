@@ -16,14 +16,16 @@ using namespace tarvik::utf8;
 constexpr size_t kShortDecoding = 24;
 constexpr size_t kShortEncoding = 8;
 
-/// Up to so many bytes or elements are converted in a buffer on the stack, which the result is then made from.
+/// Up to so many bytes or elements are converted in a buffer on the stack, which the result is then made
+/// from.
 constexpr size_t kMedium = 8192;
 
 /// From this many bytes on, what is written will have left the caches before anybody reads it.
 constexpr size_t kStreamed = 24u << 20;
 
-/// A string that grows at the end without being filled with zeros first: C++20 opens a string's storage for plain writing
-/// nowhere but in a string buffer, whose put area is the reserved storage of the string that it was made from.
+/// A string that grows at the end without being filled with zeros first: C++20 opens a string's storage for
+/// plain writing nowhere but in a string buffer, whose put area is the reserved storage of the string that it
+/// was made from.
 template <class String>
 class Storage : std::basic_stringbuf<typename String::value_type, typename String::traits_type> {
     using Buffer = std::basic_stringbuf<typename String::value_type, typename String::traits_type>;
@@ -49,8 +51,9 @@ public:
     }
 };
 
-/// Guesses the sum of measure(element) over the input from samples evenly spread over it, with something to spare.
-/// Cheaper than counting, which would read everything twice; a guess that falls short costs one more allocation.
+/// Guesses the sum of measure(element) over the input from samples evenly spread over it, with something to
+/// spare. Cheaper than counting, which would read everything twice; a guess that falls short costs one more
+/// allocation.
 template <class Element, class Measure>
 size_t estimate(const Element *in, size_t count, Measure measure)
 {
@@ -69,10 +72,7 @@ size_t estimate(const Element *in, size_t count, Measure measure)
     return static_cast<size_t>(share * static_cast<double>(count) * (1 + 1.0 / 16)) + 4 * kBlockRoom;
 }
 
-constexpr size_t startsCharacter(uint8_t byte)
-{
-    return (byte & 0xC0) != 0x80;
-}
+constexpr size_t startsCharacter(uint8_t byte) { return (byte & 0xC0) != 0x80; }
 
 constexpr size_t encodedLength(wchar_t element)
 {
@@ -84,7 +84,8 @@ constexpr size_t encodedLength(wchar_t element)
     Utils::wstring result;
     Stop stop = Stop::OutputFull;
     while (stop == Stop::OutputFull) {
-        const size_t room = estimate(cursor.in, static_cast<size_t>(cursor.inEnd - cursor.in), startsCharacter);
+        const size_t room =
+            estimate(cursor.in, static_cast<size_t>(cursor.inEnd - cursor.in), startsCharacter);
         auto storage = Storage<Utils::wstring>::withRoom(std::move(result), room);
         cursor.out = storage.begin();
         cursor.outEnd = storage.end();

@@ -6,17 +6,21 @@
 
 #include "text/private/UTF8Kernels.h"
 
-// The compiler takes the "undefined" vectors of its own intrinsics for a mistake (https://gcc.gnu.org/PR105593).
+// The compiler takes the "undefined" vectors of its own intrinsics for a mistake
+// (https://gcc.gnu.org/PR105593).
 #ifndef __clang__
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #endif
 
-#define TARVIK_AVX512 __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,avx512vbmi2,gfni,bmi,bmi2,popcnt")))
+#define TARVIK_AVX512                                                                                        \
+    __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,avx512vbmi2,gfni,bmi,bmi2,"         \
+                          "popcnt")))
 
 namespace tarvik::utf8 {
 namespace {
 
-/// The matrix by which an affine transformation shifts every byte left by `count` (right when negative) and masks it.
+/// The matrix by which an affine transformation shifts every byte left by `count` (right when negative) and
+/// masks it.
 constexpr int64_t byteShift(int count, uint8_t mask)
 {
     uint64_t matrix = 0;
@@ -48,16 +52,15 @@ TARVIK_AVX512 inline __m512i overLowSix(__m512i a, __m512i b)
     return _mm512_ternarylogic_epi64(a, b, _mm512_set1_epi8(0x3F), 0xF8);
 }
 
-constexpr uint64_t lowBits(size_t count)
-{
-    return count >= 64 ? ~uint64_t{0} : (uint64_t{1} << count) - 1;
-}
+constexpr uint64_t lowBits(size_t count) { return count >= 64 ? ~uint64_t{0} : (uint64_t{1} << count) - 1; }
 
-/// Indexes that place byte k of one vector and byte k of another in element k, for the first sixteen elements.
+/// Indexes that place byte k of one vector and byte k of another in element k, for the first sixteen
+/// elements.
 TARVIK_AVX512 inline __m512i elementIndexes()
 {
     const __m512i k = _mm512_set_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
-    return _mm512_add_epi32(_mm512_mullo_epi32(k, _mm512_set1_epi32(0x00010101)), _mm512_set1_epi32(0x00004000));
+    return _mm512_add_epi32(_mm512_mullo_epi32(k, _mm512_set1_epi32(0x00010101)),
+                            _mm512_set1_epi32(0x00004000));
 }
 
 /// The 64 bytes from in[skip] on, of which `left` - `skip` can be read; the others are zeros.
@@ -96,11 +99,13 @@ TARVIK_AVX512 inline void writeSixteen(const Planes &planes, __m512i group, bool
     _mm512_storeu_si512(out, elements);
 }
 
-/// Decodes a long run of ASCII with stores that go around the caches. Returns how many bytes (and elements) it took.
+/// Decodes a long run of ASCII with stores that go around the caches. Returns how many bytes (and elements)
+/// it took.
 TARVIK_AVX512 inline size_t streamASCII(const uint8_t *in, size_t inCount, wchar_t *out, size_t room)
 {
     const size_t usable = std::min(inCount, room);
-    // Only a run that fills several cache lines is worth it: a line that is written in part costs more than it saves.
+    // Only a run that fills several cache lines is worth it: a line that is written in part costs more than
+    // it saves.
     if (usable < 320 || !isPlainASCII(in) || !isPlainASCII(in + 64) || !isPlainASCII(in + 128) ||
         !isPlainASCII(in + 192))
         return 0;
@@ -117,9 +122,10 @@ TARVIK_AVX512 inline size_t streamASCII(const uint8_t *in, size_t inCount, wchar
 
 }  // namespace
 
-// Each block of 64 bytes is decoded where it stands: for every byte position, as if a character began there, the low,
-// high and top byte of its code point are formed from the four bytes from there on, in the way that the lead byte asks for.
-// The positions where characters really begin are then pressed together, and low, high and top bytes merged to elements.
+// Each block of 64 bytes is decoded where it stands: for every byte position, as if a character began there,
+// the low, high and top byte of its code point are formed from the four bytes from there on, in the way that
+// the lead byte asks for. The positions where characters really begin are then pressed together, and low,
+// high and top bytes merged to elements.
 TARVIK_AVX512 void decodeAVX512(DecodeCursor &cursor)
 {
     const uint8_t *const in = cursor.in;
@@ -133,7 +139,7 @@ TARVIK_AVX512 void decodeAVX512(DecodeCursor &cursor)
 
     size_t at = 0;
     size_t done = 0;
-    uint64_t taken = 0;  // bytes at the head of the block that belong to the last character of the block before
+    uint64_t taken = 0;  // bytes at the head of the block that belong to a character of the one before
     bool streamed = false;
     while (at < count && room - done >= kBlockRoom) {
         const size_t left = count - at;
@@ -180,17 +186,20 @@ TARVIK_AVX512 void decodeAVX512(DecodeCursor &cursor)
         if (just3 != 0) {
             const __m512i v2 = bytesAt(in + at, left, 2);
             low = _mm512_mask_mov_epi8(low, just3, overLowSix(shifted<6, 0xC0>(v1), v2));
-            mid = _mm512_mask_mov_epi8(mid, just3, _mm512_or_si512(shifted<4, 0xF0>(v0), shifted<-2, 0x0F>(v1)));
+            mid = _mm512_mask_mov_epi8(mid, just3,
+                                       _mm512_or_si512(shifted<4, 0xF0>(v0), shifted<-2, 0x0F>(v1)));
         }
         if (from4 != 0) {
             const __m512i v2 = bytesAt(in + at, left, 2);
             const __m512i v3 = bytesAt(in + at, left, 3);
             low = _mm512_mask_mov_epi8(low, from4, overLowSix(shifted<6, 0xC0>(v2), v3));
-            mid = _mm512_mask_mov_epi8(mid, from4, _mm512_or_si512(shifted<4, 0xF0>(v1), shifted<-2, 0x0F>(v2)));
+            mid = _mm512_mask_mov_epi8(mid, from4,
+                                       _mm512_or_si512(shifted<4, 0xF0>(v1), shifted<-2, 0x0F>(v2)));
             top = _mm512_or_si512(shifted<2, 0x1C>(v0, from4), shifted<-4, 0x03>(v1, from4));
         }
         // A code point 0 has a low byte 0, but so have one in 256 others.
-        if (const uint64_t suspects = _mm512_mask_testn_epi8_mask(leads, low, low); suspects != 0) [[unlikely]] {
+        const uint64_t suspects = _mm512_mask_testn_epi8_mask(leads, low, low);
+        if (suspects != 0) [[unlikely]] {
             const __m512i above = _mm512_or_si512(mid, top);
             if (_mm512_mask_testn_epi8_mask(suspects, above, above) != 0)
                 break;
@@ -233,7 +242,8 @@ TARVIK_AVX512 inline char *encodeWords(__m512i words, char *out)
     return out + _mm_popcnt_u64(kept);
 }
 
-/// Encodes the elements of `inside`, whatever they are. Writes 64 bytes, of which those before the result count.
+/// Encodes the elements of `inside`, whatever they are. Writes 64 bytes, of which those before the result
+/// count.
 TARVIK_AVX512 inline char *encodeAny(__m512i elements, __mmask16 inside, char *out)
 {
     // In every element: bits 12-19, 6-13 and 0-7.
@@ -241,7 +251,8 @@ TARVIK_AVX512 inline char *encodeAny(__m512i elements, __mmask16 inside, char *o
     const __mmask16 one = _mm512_cmplt_epi32_mask(elements, _mm512_set1_epi32(0x80));
     const __mmask16 two = _mm512_cmplt_epi32_mask(elements, _mm512_set1_epi32(0x800));
     const __mmask16 written = _mm512_mask_cmple_epi32_mask(inside, elements, _mm512_set1_epi32(0xFFFF));
-    const __m512i masks = _mm512_mask_mov_epi32(_mm512_set1_epi32(0x003F3F0F), one, _mm512_set1_epi32(0x007F0000));
+    const __m512i masks =
+        _mm512_mask_mov_epi32(_mm512_set1_epi32(0x003F3F0F), one, _mm512_set1_epi32(0x007F0000));
     __m512i marks = _mm512_mask_mov_epi32(_mm512_set1_epi32(0x008080E0), two, _mm512_set1_epi32(0x0080C000));
     marks = _mm512_mask_mov_epi32(marks, one, _mm512_setzero_si512());
     const __m512i bytes = _mm512_ternarylogic_epi32(marks, parts, masks, 0xF8);
@@ -256,14 +267,16 @@ TARVIK_AVX512 inline char *encodeAny(__m512i elements, __mmask16 inside, char *o
 TARVIK_AVX512 inline __m512i lowByteIndexes()
 {
     const __m512i k = _mm512_set_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
-    return _mm512_add_epi32(_mm512_mullo_epi32(k, _mm512_set1_epi32(0x10101010)), _mm512_set1_epi32(0x0C080400));
+    return _mm512_add_epi32(_mm512_mullo_epi32(k, _mm512_set1_epi32(0x10101010)),
+                            _mm512_set1_epi32(0x0C080400));
 }
 
 /// Indexes of the low word of every element of two vectors side by side.
 TARVIK_AVX512 inline __m512i lowWordIndexes()
 {
     const __m512i k = _mm512_set_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
-    return _mm512_add_epi32(_mm512_mullo_epi32(k, _mm512_set1_epi32(0x00040004)), _mm512_set1_epi32(0x00020000));
+    return _mm512_add_epi32(_mm512_mullo_epi32(k, _mm512_set1_epi32(0x00040004)),
+                            _mm512_set1_epi32(0x00020000));
 }
 
 }  // namespace
@@ -274,7 +287,9 @@ TARVIK_AVX512 void encodeAVX512(EncodeCursor &cursor)
     char *out = cursor.out;
     const __m512i lowBytes = lowByteIndexes();
     const __m512i lowWords = lowWordIndexes();
-    const auto hasRoom = [&](size_t blocks) { return cursor.outEnd - out >= static_cast<ptrdiff_t>(blocks * kBlockRoom); };
+    const auto hasRoom = [&](size_t blocks) {
+        return cursor.outEnd - out >= static_cast<ptrdiff_t>(blocks * kBlockRoom);
+    };
 
     while (cursor.inEnd - in >= 64 && hasRoom(4)) {
         const __m512i e0 = _mm512_loadu_si512(in);

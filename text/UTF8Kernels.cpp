@@ -11,27 +11,23 @@ namespace {
 /// Input bytes or elements that are taken one by one where a kernel has stopped before it is asked again.
 constexpr ptrdiff_t kStretch = 64;
 
-bool always()
-{
-    return true;
-}
+bool always() { return true; }
 
 #if defined(__x86_64__)
-bool hasSSE4()
-{
-    return __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt");
-}
+bool hasSSE4() { return __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt"); }
 
 bool hasAVX2()
 {
-    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
+    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") &&
+           __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
 }
 
 bool hasAVX512()
 {
-    return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
-           __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("gfni") && __builtin_cpu_supports("bmi2") &&
-           __builtin_cpu_supports("popcnt");
+    return hasAVX2() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+           __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
+           __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2") &&
+           __builtin_cpu_supports("gfni");
 }
 #endif
 
@@ -47,7 +43,8 @@ constexpr Kernel kKernels[] = {
 /// Decodes the characters that begin before `limit`, one by one; true when one of them is 0.
 bool decodeStretch(DecodeCursor &cursor, const uint8_t *limit)
 {
-    // Locals, since the elements that are written could be any of the cursor's members for all the compiler knows.
+    // Locals, since the elements that are written could be any of the cursor's members for all the compiler
+    // knows.
     const uint8_t *in = cursor.in;
     const uint8_t *const end = cursor.inEnd;
     wchar_t *out = cursor.out;
@@ -61,14 +58,12 @@ bool decodeStretch(DecodeCursor &cursor, const uint8_t *limit)
 
 }  // namespace
 
-std::span<const Kernel> kernels()
-{
-    return kKernels;
-}
+std::span<const Kernel> kernels() { return kKernels; }
 
 const Kernel &bestKernel()
 {
-    // Filled at the first call and not by a constructor, since other constructors may convert text before ours has run.
+    // Filled at the first call and not by a constructor, since other constructors may convert text before
+    // ours has run.
     static constinit std::atomic<const Kernel *> best = nullptr;
     const Kernel *kernel = best.load(std::memory_order_relaxed);
     if (kernel == nullptr) {
@@ -100,7 +95,8 @@ Stop encode(const Kernel &kernel, EncodeCursor &cursor)
         kernel.encode(cursor);
         if (cursor.in == cursor.inEnd)
             return Stop::InputEnd;
-        const ptrdiff_t stretch = std::min({kStretch, cursor.inEnd - cursor.in, (cursor.outEnd - cursor.out) / 3});
+        const ptrdiff_t stretch =
+            std::min({kStretch, cursor.inEnd - cursor.in, (cursor.outEnd - cursor.out) / 3});
         if (stretch == 0)
             return Stop::OutputFull;
         for (const wchar_t *limit = cursor.in + stretch; cursor.in < limit; cursor.in++)

@@ -33,8 +33,8 @@ constexpr auto kFront = [] {
     return table;
 }();
 
-/// Shuffles that press together the UTF-8 of four elements of zero to three bytes: bit k of the index is bit 0 of the
-/// length of element k, bit k + 4 its bit 1.
+/// Shuffles that press together the UTF-8 of four elements of zero to three bytes: bit k of the index is bit
+/// 0 of the length of element k, bit k + 4 its bit 1.
 constexpr auto kPress = [] {
     std::array<Shuffle, 256> table{};
     for (size_t key = 0; key < 256; key++) {
@@ -53,7 +53,8 @@ constexpr auto kPressedLength = [] {
     std::array<uint8_t, 256> table{};
     for (size_t key = 0; key < 256; key++) {
         for (size_t element = 0; element < 4; element++)
-            table[key] = static_cast<uint8_t>(table[key] + ((key >> element & 1) | (key >> (element + 4) & 1) << 1));
+            table[key] =
+                static_cast<uint8_t>(table[key] + ((key >> element & 1) | (key >> (element + 4) & 1) << 1));
     }
     return table;
 }();
@@ -77,27 +78,22 @@ struct BlockMasks {
     uint64_t zeros;          ///< bytes 0
 };
 
-/// True when every continuation byte belongs to a lead and every lead has all of its own; those beyond the block don't count.
+/// True when every continuation byte belongs to a lead and every lead has all of its own; those beyond the
+/// block don't count.
 inline bool isRegular(const BlockMasks &masks)
 {
     const uint64_t from2 = masks.high & ~masks.continuations;
     return (from2 << 1 | masks.from3 << 2 | masks.from4 << 3) == masks.continuations;
 }
 
-TARVIK_SSE4_PART uint64_t signs(__m128i bytes)
-{
-    return static_cast<uint32_t>(_mm_movemask_epi8(bytes));
-}
+TARVIK_SSE4_PART uint64_t signs(__m128i bytes) { return static_cast<uint32_t>(_mm_movemask_epi8(bytes)); }
 
 TARVIK_SSE4_PART __m128i isFrom(uint8_t limit, __m128i bytes)
 {
     return _mm_cmpeq_epi8(_mm_max_epu8(bytes, _mm_set1_epi8(static_cast<char>(limit))), bytes);
 }
 
-TARVIK_SSE4_PART uint64_t bytesFrom(uint8_t limit, __m128i bytes)
-{
-    return signs(isFrom(limit, bytes));
-}
+TARVIK_SSE4_PART uint64_t bytesFrom(uint8_t limit, __m128i bytes) { return signs(isFrom(limit, bytes)); }
 
 TARVIK_SSE4_PART BlockMasks masksSSE4(const uint8_t *block)
 {
@@ -113,14 +109,12 @@ TARVIK_SSE4_PART BlockMasks masksSSE4(const uint8_t *block)
     return masks;
 }
 
-TARVIK_AVX2_PART uint64_t signs(__m256i bytes)
-{
-    return static_cast<uint32_t>(_mm256_movemask_epi8(bytes));
-}
+TARVIK_AVX2_PART uint64_t signs(__m256i bytes) { return static_cast<uint32_t>(_mm256_movemask_epi8(bytes)); }
 
 TARVIK_AVX2_PART uint64_t bytesFrom(uint8_t limit, __m256i bytes)
 {
-    return signs(_mm256_cmpeq_epi8(_mm256_max_epu8(bytes, _mm256_set1_epi8(static_cast<char>(limit))), bytes));
+    return signs(
+        _mm256_cmpeq_epi8(_mm256_max_epu8(bytes, _mm256_set1_epi8(static_cast<char>(limit))), bytes));
 }
 
 TARVIK_AVX2_PART BlockMasks masksAVX2(const uint8_t *block)
@@ -159,12 +153,10 @@ TARVIK_SSE4_PART __m128i shiftedRight(__m128i bytes, uint8_t mask)
     return _mm_and_si128(_mm_srli_epi16(bytes, count), _mm_set1_epi8(static_cast<char>(mask)));
 }
 
-TARVIK_SSE4_PART __m128i lowSix(__m128i bytes)
-{
-    return _mm_and_si128(bytes, _mm_set1_epi8(0x3F));
-}
+TARVIK_SSE4_PART __m128i lowSix(__m128i bytes) { return _mm_and_si128(bytes, _mm_set1_epi8(0x3F)); }
 
-/// Writes the elements of eight positions, of which those with a bit in `leads` count; `words` are their low halves.
+/// Writes the elements of eight positions, of which those with a bit in `leads` count; `words` are their low
+/// halves.
 TARVIK_SSE4_PART wchar_t *writeFront(__m128i words, __m128i tops, uint64_t leads, wchar_t *out)
 {
     const __m128i front = load16(kFront[leads & 0xFF].data());
@@ -175,9 +167,10 @@ TARVIK_SSE4_PART wchar_t *writeFront(__m128i words, __m128i tops, uint64_t leads
     return out + _mm_popcnt_u32(static_cast<uint32_t>(leads & 0xFF));
 }
 
-/// Decodes the characters that begin in a regular block, which is done where they stand: for every byte position, as if a
-/// character began there, the low, middle and top byte of its code point are formed; the positions where characters really
-/// begin are then brought to the front. Reads up to 67 bytes. Answers false, with the cursor as it was, when a code point is 0.
+/// Decodes the characters that begin in a regular block, which is done where they stand: for every byte
+/// position, as if a character began there, the low, middle and top byte of its code point are formed; the
+/// positions where characters really begin are then brought to the front. Reads up to 67 bytes. Answers
+/// false, with the cursor as it was, when a code point is 0.
 TARVIK_SSE4_PART bool decodeRegular(const BlockMasks &masks, DecodeCursor &cursor)
 {
     const uint64_t leads = ~masks.continuations;
@@ -194,12 +187,14 @@ TARVIK_SSE4_PART bool decodeRegular(const BlockMasks &masks, DecodeCursor &curso
             const __m128i v2 = load16(in + 2);
             const __m128i from3 = isFrom(0xE0, v0);
             low = _mm_blendv_epi8(low, _mm_or_si128(shiftedLeft<6>(v1, 0xC0), lowSix(v2)), from3);
-            mid = _mm_blendv_epi8(mid, _mm_or_si128(shiftedLeft<4>(v0, 0xF0), shiftedRight<2>(v1, 0x0F)), from3);
+            mid = _mm_blendv_epi8(mid, _mm_or_si128(shiftedLeft<4>(v0, 0xF0), shiftedRight<2>(v1, 0x0F)),
+                                  from3);
             if (masks.from4 != 0) {
                 const __m128i v3 = load16(in + 3);
                 const __m128i from4 = isFrom(0xF0, v0);
                 low = _mm_blendv_epi8(low, _mm_or_si128(shiftedLeft<6>(v2, 0xC0), lowSix(v3)), from4);
-                mid = _mm_blendv_epi8(mid, _mm_or_si128(shiftedLeft<4>(v1, 0xF0), shiftedRight<2>(v2, 0x0F)), from4);
+                mid = _mm_blendv_epi8(mid, _mm_or_si128(shiftedLeft<4>(v1, 0xF0), shiftedRight<2>(v2, 0x0F)),
+                                      from4);
                 top = _mm_and_si128(from4, _mm_or_si128(shiftedLeft<2>(v0, 0x1C), shiftedRight<4>(v1, 0x03)));
             }
         }
@@ -236,7 +231,8 @@ TARVIK_SSE4_PART char *encodeFour(__m128i elements, char *out)
     const __m128i plain = _mm_and_si128(_mm_slli_epi32(elements, 16), _mm_set1_epi32(0x7F0000));
     const __m128i bytes = _mm_blendv_epi8(plain, _mm_or_si128(parts, marks), above1);
     // Lengths: 1, 2, 3 and, for what is dropped, 0.
-    const __m128i bit0 = _mm_or_si128(_mm_andnot_si128(above1, _mm_set1_epi32(-1)), _mm_andnot_si128(above3, above2));
+    const __m128i bit0 =
+        _mm_or_si128(_mm_andnot_si128(above1, _mm_set1_epi32(-1)), _mm_andnot_si128(above3, above2));
     const __m128i bit1 = _mm_andnot_si128(above3, above1);
     const int key = _mm_movemask_ps(_mm_castsi128_ps(bit0)) | _mm_movemask_ps(_mm_castsi128_ps(bit1)) << 4;
     store16(out, _mm_shuffle_epi8(bytes, load16(kPress[static_cast<size_t>(key)].data())));
@@ -267,7 +263,8 @@ TARVIK_AVX2 void decodeAVX2(DecodeCursor &cursor)
         if ((masks.high | masks.zeros) == 0) {
             for (int at = 0; at < 64; at += 8) {
                 const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(cursor.in + at));
-                _mm256_storeu_si256(reinterpret_cast<__m256i *>(cursor.out + at), _mm256_cvtepu8_epi32(bytes));
+                _mm256_storeu_si256(reinterpret_cast<__m256i *>(cursor.out + at),
+                                    _mm256_cvtepu8_epi32(bytes));
             }
             cursor.in += 64;
             cursor.out += 64;
@@ -312,7 +309,8 @@ TARVIK_AVX2 void encodeAVX2(EncodeCursor &cursor)
         const __m256i all = _mm256_or_si256(_mm256_or_si256(e0, e1), _mm256_or_si256(e2, e3));
         if (_mm256_testz_si256(all, _mm256_set1_epi32(~0x7F)) != 0) {
             // Packing works on each half of a register by itself: put the fours back in order afterwards.
-            const __m256i packed = _mm256_packus_epi16(_mm256_packus_epi32(e0, e1), _mm256_packus_epi32(e2, e3));
+            const __m256i packed =
+                _mm256_packus_epi16(_mm256_packus_epi32(e0, e1), _mm256_packus_epi32(e2, e3));
             const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
             _mm256_storeu_si256(reinterpret_cast<__m256i *>(out), _mm256_permutevar8x32_epi32(packed, order));
             out += 32;

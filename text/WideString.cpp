@@ -20,10 +20,7 @@ wstring string2wstring(const std::string &text)
     return wstring(bytes, bytes + text.size());
 }
 
-std::string wstring2string(const wstring &text)
-{
-    return std::string(text.begin(), text.end());
-}
+std::string wstring2string(const wstring &text) { return std::string(text.begin(), text.end()); }
 
 wchar_t *wshort2wchar(const unsigned short *text)
 {
@@ -34,9 +31,6 @@ wchar_t *wshort2wchar(const unsigned short *text)
     return copy;
 }
 
-wstring wshort2wstring(const unsigned short *text)
-{
-    return wstring(text, text + unitCount(text));
-}
+wstring wshort2wstring(const unsigned short *text) { return wstring(text, text + unitCount(text)); }
 
 }  // namespace Utils
