@@ -23,12 +23,12 @@ public:
         if (counts_)
             return;
         std::string text;
-        for (const wchar_t point : points) {
-            char form[16];
-            text.append(form, size_t(std::snprintf(form, sizeof form, "%sU+%04X", text.empty() ? "" : " ", unsigned(point))));
+        for (const wchar_t point : points)
+            appendForm(text, uint32_t(point));
+        if (!text.empty()) {
+            text.back() = '\n';
+            writeOutput(text);
         }
-        if (!text.empty())
-            writeOutput(text + "\n");
     }
 
     void file(const std::string &path)
@@ -38,9 +38,10 @@ public:
         std::string rest;
         for (size_t count = sizeof buffer_; count == sizeof buffer_;) {
             count = input.read(buffer_, sizeof buffer_);
-            rest.append(buffer_, count);
             size_t begin = 0;
-            for (size_t end; (end = rest.find('\n', begin)) != rest.npos; begin = end + 1)
+            size_t searched = rest.size();  // a line may be as long as the file: look at nothing twice
+            rest.append(buffer_, count);
+            for (size_t end; (end = rest.find('\n', searched)) != rest.npos; begin = searched = end + 1)
                 line(std::string_view(rest).substr(begin, end + 1 - begin));
             rest.erase(0, begin);
             progress.advance(count);
@@ -59,6 +60,15 @@ public:
     }
 
 private:
+    /// "U+20AC ", with four digits or more.
+    static void appendForm(std::string &text, uint32_t point)
+    {
+        text += "U+";
+        for (int shift = point > 0xFFFFF ? 20 : point > 0xFFFF ? 16 : 12; shift >= 0; shift -= 4)
+            text += "0123456789ABCDEF"[point >> shift & 0xF];
+        text += ' ';
+    }
+
     bool counts_;
     bool cut_ = false;
     uint64_t count_ = 0;
