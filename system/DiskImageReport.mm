@@ -2,6 +2,9 @@
 #import <Tarvik/support/ArrayRange.h>
 #import <system/private/DiskImageReport.h>
 
+#include <algorithm>
+#include <string_view>
+
 namespace tarvik {
 namespace {
 
@@ -21,11 +24,19 @@ NSString *firstMountPoint(id image)
     return nil;
 }
 
+/// Property lists have other forms too, which no tool prints as its report.
+bool beginsAsXML(NSData *text)
+{
+    std::string_view bytes(static_cast<const char *>([text bytes]), [text length]);
+    bytes.remove_prefix(std::min(bytes.find_first_not_of("\xEF\xBB\xBF \t\r\n"), bytes.size()));
+    return bytes.starts_with("<?xml") || bytes.starts_with("<!DOCTYPE") || bytes.starts_with("<plist");
+}
+
 }  // namespace
 
 id diskImageReport(NSData *text)
 {
-    if (!text)
+    if (!beginsAsXML(text))
         return nil;
     const CFPropertyListRef report = CFPropertyListCreateFromXMLData(
         kCFAllocatorDefault, reinterpret_cast<CFDataRef>(text), kCFPropertyListImmutable, nullptr);

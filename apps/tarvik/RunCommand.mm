@@ -78,7 +78,8 @@ private:
 
 void writeData(NSData *data, FILE *to, const char *name)
 {
-    if (fwrite([data bytes], 1, [data length], to) != [data length] || fflush(to) != 0)
+    const std::string bytes = tarvik::bytes(data).value_or("");
+    if (fwrite(bytes.data(), 1, bytes.size(), to) != bytes.size() || fflush(to) != 0)
         throw systemFailure(name, errno);
 }
 

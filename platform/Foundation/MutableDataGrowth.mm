@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-#include "OverriddenMethod.h"
+#include "private/HiddenMethod.h"
 
 @interface NSMutableDataMalloc : NSMutableData  // the concrete class
 @end
@@ -32,8 +32,7 @@ T *variable(id object, const char *name)
 - (id)setCapacity:(NSUInteger)size
 {
     using SetCapacity = id (*)(id, SEL, NSUInteger);
-    static const auto sOriginal = tarvik::platform::overriddenMethod<SetCapacity>(
-        [NSMutableDataMalloc class], _cmd, class_getMethodImplementation([NSMutableDataMalloc class], _cmd));
+    static const auto sOriginal = tarvik::hiddenMethod<SetCapacity>([NSMutableDataMalloc class], _cmd);
     auto **const bytes = variable<void *>(self, "bytes");
     auto **const zone = variable<NSZone *>(self, "zone");
     auto **const deallocator = variable<id>(self, "deallocator");

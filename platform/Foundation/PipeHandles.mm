@@ -27,7 +27,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "OverriddenMethod.h"
+#include "private/HiddenMethod.h"
 
 // The concrete class, and what it keeps to itself: both methods raise when the handle can't be read or
 // written now.
@@ -68,8 +68,7 @@ template <class Function>
 Function original(SEL name)
 {
     const Class handle = objc_getClass("GSFileHandle");
-    return tarvik::platform::overriddenMethod<Function>(handle, name,
-                                                        class_getMethodImplementation(handle, name));
+    return tarvik::hiddenMethod<Function>(handle, name);
 }
 using Read = NSData *(*)(id, SEL);
 using Write = void (*)(id, SEL, NSData *);

@@ -31,11 +31,11 @@
 #include <unistd.h>
 
 #include "ChildProcess.h"
-#include "OverriddenMethod.h"
 #include "ToolPath.h"
+#include "private/HiddenMethod.h"
 
 using tarvik::platform::ChildProcess;
-using tarvik::platform::overriddenMethod;
+using tarvik::hiddenMethod;
 using tarvik::platform::SpawnPlan;
 
 /// A running task is watched by the run loop of the thread that launched it, which posts its notification.
@@ -358,11 +358,7 @@ int streamDescriptor(id stream, SEL end, NSMutableSet *ends)
         return;
     struct sigaction hosts;
     sigaction(SIGCHLD, nullptr, &hosts);
-    const Class meta = object_getClass(self);
-    const auto own =
-        overriddenMethod<void (*)(Class, SEL)>(meta, _cmd, class_getMethodImplementation(meta, _cmd));
-    if (own)
-        own(self, _cmd);
+    hiddenMethod<void (*)(Class, SEL)>(object_getClass(self), _cmd)(self, _cmd);
     sigaction(SIGCHLD, &hosts, nullptr);
 }
 

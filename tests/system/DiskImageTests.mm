@@ -10,8 +10,8 @@
 #include <tests/support/Program.h>
 #include <tests/support/TemporaryFolder.h>
 
-#include <fcntl.h>
 #include <cstring>
+#include <fcntl.h>
 #include <fstream>
 #include <random>
 #include <sys/mount.h>
@@ -360,6 +360,7 @@ TEST(DiskImage, AReportIsReadWithoutTrust)
     EXPECT_EQ(table(images(image("<array><dict/>" + point("/p") + point("/q") + "</array>"))),
               text([two description]))
         << "the first mount point only";
+    EXPECT_EQ(tarvik::diskImageReport(tarvik::nsdata("{ images = (); }")), nil) << "XML it must be";
     EXPECT_EQ(tarvik::diskImageReport([NSData data]), nil);
 }
 
