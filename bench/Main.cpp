@@ -43,8 +43,11 @@ public:
                 continue;
             }
             Result result{.who = name.substr(colon + 1)};
-            // real_accumulated_time is a sum over iterations for runs, a plain statistic for aggregates.
-            result.seconds = run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+            // Processor time, which other work on the machine disturbs least, unless the benchmark asks for the clock's
+            // (UseRealTime: work of other threads, processes, the kernel). The rates that it counts go by the same.
+            const bool clockTime = run.run_name.time_type.find("real_time") != std::string::npos;
+            result.seconds = (clockTime ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime()) /
+                             benchmark::GetTimeUnitMultiplier(run.time_unit);
             if (auto rate = run.counters.find("bytes_per_second"); rate != run.counters.end())
                 result.bytesPerSecond = rate->second;
             name.resize(colon);
