@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <numeric>
 #include <vector>
 
 namespace {
@@ -41,28 +42,84 @@ uint32_t moveStepByStep(NSMutableArray *array, const Indexes &indexes, uint32_t 
     return destination;
 }
 
-/// The same for an ascending list, in three strokes: what lies between the objects moves once, and what lies behind them once more.
+/// Changes places within an array. No object is retained, released or looked at: that alone would cost more than the move.
+class Places
+{
+public:
+    explicit Places(NSMutableArray *array) : array_(array)
+    {
+        exchange_ = reinterpret_cast<Exchange>(reinterpret_cast<void (*)()>([array methodForSelector:name_]));
+    }
+    void exchange(size_t one, size_t other) const { exchange_(array_, name_, one, other); }
+
+private:
+    using Exchange = void (*)(id, SEL, NSUInteger, NSUInteger);
+    NSMutableArray *array_;
+    SEL name_ = @selector(exchangeObjectAtIndex:withObjectAtIndex:);
+    Exchange exchange_;
+};
+
+/// Brings the listed places together, next to where the walk ends, and keeps the others in their order. The walk goes from the first
+/// place of the list, `length` places on, up or down. What has been gathered stands in a window right behind the walk: each other
+/// object on the way changes places with the one at the window's start, which so comes to its end.
+/// Answers which entry of the list stands at each place of the window, in the order of the walk.
+template <class Position>
+std::vector<uint32_t> gather(const Places &places, const std::vector<uint32_t> &list, uint32_t length, Position &&position)
+{
+    if (list.empty())
+        return {};
+    const uint32_t first = list[0];
+    std::vector<uint32_t> entries(length - first); // which entry stands at each place of the walk, within the window
+    uint32_t at = first, start = first, next = 0;
+    for (;;) {
+        entries[at++ - first] = next++;
+        const uint32_t end = next < list.size() ? list[next] : length;
+        for (; at < end; ++at, ++start) {
+            places.exchange(position(start), position(at));
+            entries[at - first] = entries[start - first];
+        }
+        if (next == list.size())
+            return {entries.begin() + (start - first), entries.end()};
+    }
+}
+
+/// The same for an ascending list, in one walk from each side towards the destination.
 uint32_t moveAscending(NSMutableArray *array, const Indexes &indexes, uint32_t destination)
 {
-    const NSUInteger count = [array count];
+    const auto count = uint32_t([array count]), moved = uint32_t(indexes.size());
     if (indexes.back() >= count)
-        [NSException raise:NSRangeException format:@"Index %u is beyond the end of %lu objects", indexes.back(), (unsigned long)count];
-    const auto before = std::lower_bound(indexes.begin(), indexes.end(), destination) - indexes.begin();
-    const uint32_t adjusted = destination - uint32_t(before);
+        [NSException raise:NSRangeException format:@"Index %u is beyond the end of %u objects", indexes.back(), count];
+    const auto behind = std::lower_bound(indexes.begin(), indexes.end(), destination);
+    const auto before = uint32_t(behind - indexes.begin());
+    const uint32_t adjusted = destination - before, left = count - moved, split = std::min(destination, count), place = split - before;
 
-    std::vector<NSUInteger> places(indexes.begin(), indexes.end());
-    std::vector<id> moved(places.size());
-    std::transform(places.begin(), places.end(), moved.begin(), [&](NSUInteger place) { return [array objectAtIndex:place]; });
-    // Put in one by one, from the last, each is appended as long as the end lies before the destination: those end up in reverse.
-    const size_t left = count - moved.size();
+    const Places places(array);
+    std::vector<uint32_t> fromBelow(indexes.begin(), behind), fromAbove;
+    for (auto index = indexes.rbegin(); index.base() != behind; ++index)
+        fromAbove.push_back(count - 1 - *index);
+    const auto below = gather(places, fromBelow, split, [](uint32_t at) { return at; });
+    const auto above = gather(places, fromAbove, count - split, [&](uint32_t at) { return count - 1 - at; });
+
+    std::vector<uint32_t> standing(below), wanted(moved), where(moved);
+    for (auto entry = above.rbegin(); entry != above.rend(); ++entry)
+        standing.push_back(moved - 1 - *entry);
+    std::iota(wanted.begin(), wanted.end(), 0);
+    // Put in one by one, from the last, each is appended as long as the end lies before the destination: those stand in reverse.
     if (adjusted > left) {
-        const size_t appended = std::min<size_t>(moved.size(), adjusted - left + 1);
-        std::rotate(moved.begin(), moved.end() - ptrdiff_t(appended) + 1, moved.end());
-        std::reverse(moved.begin(), moved.begin() + ptrdiff_t(appended) - 1);
+        const uint32_t appended = std::min(moved, adjusted - left + 1);
+        std::rotate(wanted.begin(), wanted.end() - appended + 1, wanted.end());
+        std::reverse(wanted.begin(), wanted.begin() + appended - 1);
     }
-    auto held = tarvik::adopt([[NSArray alloc] initWithObjects:moved.data() count:moved.size()]);
-    [array removeObjectsFromIndices:places.data() numIndices:places.size()];
-    [array replaceObjectsInRange:NSMakeRange(std::min<size_t>(adjusted, left), 0) withObjectsFromArray:held.get()];
+    for (uint32_t i = 0; i < moved; ++i)
+        where[standing[i]] = i;
+    for (uint32_t i = 0; i < moved; ++i) {
+        const uint32_t from = where[wanted[i]];
+        if (from == i)
+            continue;
+        places.exchange(place + i, place + from);
+        where[standing[i]] = from;
+        std::swap(standing[i], standing[from]);
+    }
     return adjusted;
 }
 

@@ -1,5 +1,5 @@
-// gnustep-base's arrays remove a list of indexes, and replace a range, one object at a time: each step moves all that stands behind
-// it, so that taking 100,000 objects out of 1,000,000, or putting them in, takes minutes. Here both move the memory once.
+// gnustep-base's arrays replace a range one object at a time: each one that is put in moves all that stands behind it, so that putting
+// 100,000 objects into 1,000,000 takes minutes. Here the memory moves once.
 #import <Foundation/Foundation.h>
 
 #include "platform/Foundation/private/HiddenMethod.h"
@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
-#include <functional>
 #include <new>
 #include <vector>
 
@@ -56,29 +55,6 @@ void releaseAll(const std::vector<id> &objects)
 } // namespace
 
 @implementation GSMutableArray (Ranges)
-
-- (void)removeObjectsFromIndices:(NSUInteger *)indices numIndices:(NSUInteger)count
-{
-    const bool isAscending = std::adjacent_find(indices, indices + count, std::greater_equal<>()) == indices + count;
-    if (!isAsDeclared() || !isAscending || (count > 0 && indices[count - 1] >= _count)) {
-        static const auto remove = original<void (*)(id, SEL, NSUInteger *, NSUInteger)>(_cmd);
-        return remove(self, _cmd, indices, count);
-    }
-    if (count == 0)
-        return;
-    ++_version;
-    std::vector<id> removed(count);
-    id *out = _contents_array + indices[0];
-    for (NSUInteger i = 0; i < count; ++i) {
-        removed[i] = _contents_array[indices[i]];
-        const NSUInteger next = i + 1 < count ? indices[i + 1] : _count, length = next - indices[i] - 1;
-        memmove(out, _contents_array + indices[i] + 1, length * sizeof(id));
-        out += length;
-    }
-    _count -= unsigned(count);
-    ++_version;
-    releaseAll(removed);
-}
 
 - (void)replaceObjectsInRange:(NSRange)range withObjectsFromArray:(NSArray *)objects
 {

@@ -34,7 +34,6 @@ const std::set<std::string> kRepairs = {
     "-[GSFileHandle availableData]",
     "-[GSFileHandle readDataToEndOfFile]",
     "-[GSFileHandle writeData:]",
-    "-[GSMutableArray removeObjectsFromIndices:numIndices:]",
     "-[GSMutableArray replaceObjectsInRange:withObjectsFromArray:]",
     "-[NSBundle bundleIdentifier]",
     "-[NSBundle executablePath]",
