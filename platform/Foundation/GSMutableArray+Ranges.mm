@@ -8,6 +8,7 @@
 #include <climits>
 #include <cstring>
 #include <new>
+#include <utility>
 #include <vector>
 
 /// Foundation's own mutable array, as its library lays it out.
@@ -55,6 +56,17 @@ void releaseAll(const std::vector<id> &objects)
 } // namespace
 
 @implementation GSMutableArray (Ranges)
+
+// An exchange counts as two changes there, each of which waits for the one before: moving rows takes a million of them.
+- (void)exchangeObjectAtIndex:(NSUInteger)one withObjectAtIndex:(NSUInteger)other
+{
+    if (one >= _count || other >= _count || !isAsDeclared()) {
+        static const auto exchange = tarvik::hiddenMethod<void (*)(id, SEL, NSUInteger, NSUInteger)>(objc_getClass("GSMutableArray"), _cmd);
+        return exchange(self, _cmd, one, other);
+    }
+    ++_version;
+    std::swap(_contents_array[one], _contents_array[other]);
+}
 
 - (void)replaceObjectsInRange:(NSRange)range withObjectsFromArray:(NSArray *)objects
 {

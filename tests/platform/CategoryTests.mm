@@ -34,6 +34,7 @@ const std::set<std::string> kRepairs = {
     "-[GSFileHandle availableData]",
     "-[GSFileHandle readDataToEndOfFile]",
     "-[GSFileHandle writeData:]",
+    "-[GSMutableArray exchangeObjectAtIndex:withObjectAtIndex:]",
     "-[GSMutableArray replaceObjectsInRange:withObjectsFromArray:]",
     "-[NSBundle bundleIdentifier]",
     "-[NSBundle executablePath]",
