@@ -9,7 +9,7 @@ check 'CR LF lines become LF lines again' "$(md5sum < "$licence")" "$(md5sum < u
 show tarvik text replace --count the THE "$licence"
 check 'as many as grep finds' "$(grep -o the "$licence" | wc -l)" "$(tarvik text replace --count the THE "$licence")"
 check 'the text that sed makes' "$(sed 's/the/THE/g' "$licence" | md5sum)" "$(tarvik text replace the THE "$licence" | md5sum)"
-check 'od's digits become the bytes again' "$(head -c 4000 "$licence" | md5sum)" "$(tarvik text hex "$(head -c 4000 "$licence" | od -An -v -tx1 | tr -d ' \n')" | md5sum)"
+check 'the digits of od become the bytes again' "$(head -c 4000 "$licence" | md5sum)" "$(tarvik text hex "$(head -c 4000 "$licence" | od -An -v -tx1 | tr -d ' \n')" | md5sum)"
 show tarvik text ostype TEXT appl 0x3F3F3F3F
 show tarvik text int 'page 12 of 40' 99999999999
 for entry in Introduction Usage Index; do printf '   %s\n' "$(tarvik text pad --length=30 --fill=' .' "$entry")"; done

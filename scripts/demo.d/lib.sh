@@ -8,7 +8,9 @@ title() { printf '\n%s== %s%s\n' "$bold" "$1" "$plain"; }
 # show WORD...: prints the command and runs it
 show() {
     printf '%s$' "$bold"
-    printf ' %q' "$@"
+    for word; do
+        case $word in *[!A-Za-z0-9_./:=,+@%-]* | '') printf " %s" "${word@Q}" ;; *) printf ' %s' "$word" ;; esac
+    done
     printf '%s\n' "$plain"
     "$@"
 }
