@@ -64,16 +64,24 @@ public:
                 number_ = number_ % 1000 * 10 + (c - '0');
                 continue;
             }
-            if (c == '%' && number_ > last_ && number_ <= 100) {
-                last_ = number_;
-                std::printf("PERCENT:%d.000000\n", last_);
-                std::fflush(stdout);
-            }
+            if (c == '%')
+                reach(number_);
             number_ = 0;
         }
     }
+    /// The bar of a small folder may never have been drawn to its end.
+    void finish() { reach(100); }
 
 private:
+    void reach(int percent)
+    {
+        if (percent <= last_ || percent > 100)
+            return;
+        last_ = percent;
+        std::printf("PERCENT:%d.000000\n", percent);
+        std::fflush(stdout);
+    }
+
     int number_ = 0, last_ = -1;
 };
 
@@ -110,6 +118,8 @@ void create(const std::string &givenFolder, const std::string &givenImage, const
     if (status != 0)
         throw Failure(givenImage + ": mksquashfs ended with status " + std::to_string(status));
     draft.become(image, options.overwrite);
+    if (options.progress)
+        percentage.finish();
     if (!options.quiet && !options.progress)
         std::printf("created: %s\n", image.c_str());
 }
