@@ -10,16 +10,20 @@ using namespace cssm;
 namespace
 {
 
-/// A digest of the algorithm just begun, or null.
-const EVP_MD_CTX *startedDigest(CSSM_ALGORITHMS algorithm)
+struct Algorithm {
+    const EVP_MD_CTX *started = nullptr;  // just begun; null: not ours
+    size_t size = 0;
+};
+
+Algorithm find(CSSM_ALGORITHMS algorithm)
 {
     switch (algorithm) {
     case CSSM_ALGID_MD5:
-        return library::startedMD5();
+        return {library::startedMD5(), 16};
     case CSSM_ALGID_SHA1:
-        return library::startedSHA1();
+        return {library::startedSHA1(), 20};
     default:
-        return nullptr;
+        return {};
     }
 }
 
@@ -27,8 +31,8 @@ CSSM_RETURN begin(Context &context)
 {
     if (!context.digest && !(context.digest = EVP_MD_CTX_new()))
         return CSSMERR_CSP_MEMORY_ERROR;
-    const EVP_MD_CTX *started = startedDigest(context.algorithm);
-    return started && EVP_MD_CTX_copy_ex(context.digest, started) ? CSSM_OK : CSSMERR_CSP_INTERNAL_ERROR;
+    return EVP_MD_CTX_copy_ex(context.digest, find(context.algorithm).started) ? CSSM_OK
+                                                                               : CSSMERR_CSP_INTERNAL_ERROR;
 }
 
 CSSM_RETURN feed(Context &context, const CSSM_DATA *buffers, uint32 count)
@@ -42,7 +46,7 @@ CSSM_RETURN feed(Context &context, const CSSM_DATA *buffers, uint32 count)
 CSSM_RETURN deliver(Context &context, CSSM_DATA &digest)
 {
     Output output(digest, context.memory);
-    const auto size = static_cast<size_t>(EVP_MD_CTX_get_size(context.digest));
+    const size_t size = find(context.algorithm).size;
     if (const CSSM_RETURN status = output.reserve(size))
         return status;
     if (!EVP_DigestFinal_ex(context.digest, output.bytes(), nullptr))
@@ -66,7 +70,7 @@ CSSM_RETURN CSSM_CSP_CreateDigestContext(CSSM_CSP_HANDLE CSPHandle, CSSM_ALGORIT
     if (!NewContextHandle)
         return CSSMERR_CSSM_INVALID_POINTER;
     return answering(CSSMERR_CSSM_MEMORY_ERROR, [&]() -> CSSM_RETURN {
-        if (!startedDigest(AlgorithmID))
+        if (!find(AlgorithmID).started)
             return CSSMERR_CSP_INVALID_ALGORITHM;
         return Registry::shared().open(CSPHandle, Kind::digest, AlgorithmID, nullptr, *NewContextHandle);
     });

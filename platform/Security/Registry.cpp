@@ -16,11 +16,16 @@ uint64 makeHandle(uint64 generation, size_t slot)
 
 size_t slotOf(uint64 handle) { return static_cast<size_t>(handle & kSlotMask) - 1; }
 
-/// A free slot's number, or that of the one to be appended.
-size_t takeSlot(std::vector<uint32> &free, size_t next)
+/// A free slot's number, or that of one appended by `append`. There is always room to give it back: closing
+/// must not need memory.
+template <class Slots, class Append>
+size_t takeSlot(std::vector<uint32> &free, Slots &slots, Append append)
 {
-    if (free.empty())
-        return next;
+    if (free.empty()) {
+        free.reserve(slots.size() + 1);
+        append();
+        return slots.size() - 1;
+    }
     const size_t slot = free.back();
     free.pop_back();
     return slot;
@@ -36,14 +41,14 @@ Registry &Registry::shared()
 
 CSSM_RETURN Registry::init()
 {
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(lock_);
     ++initialised_;
     return CSSM_OK;
 }
 
 CSSM_RETURN Registry::terminate()
 {
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(lock_);
     if (initialised_ == 0)
         return CSSMERR_CSSM_NOT_INITIALIZED;
     --initialised_;
@@ -52,7 +57,7 @@ CSSM_RETURN Registry::terminate()
 
 CSSM_RETURN Registry::load()
 {
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(lock_);
     if (initialised_ == 0)
         return CSSMERR_CSSM_NOT_INITIALIZED;
     ++loaded_;
@@ -61,7 +66,7 @@ CSSM_RETURN Registry::load()
 
 CSSM_RETURN Registry::unload()
 {
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(lock_);
     if (loaded_ == 0)
         return CSSMERR_CSSM_MODULE_NOT_LOADED;
     --loaded_;
@@ -70,13 +75,10 @@ CSSM_RETURN Registry::unload()
 
 CSSM_RETURN Registry::attach(const CSSM_API_MEMORY_FUNCS &memory, CSSM_MODULE_HANDLE &handle)
 {
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(lock_);
     if (loaded_ == 0)
         return CSSMERR_CSSM_MODULE_NOT_LOADED;
-    freeAttachments_.reserve(attachments_.size() + 1);  // closing must not need memory
-    const size_t slot = takeSlot(freeAttachments_, attachments_.size());
-    if (slot == attachments_.size())
-        attachments_.emplace_back();
+    const size_t slot = takeSlot(freeAttachments_, attachments_, [&] { attachments_.emplace_back(); });
     Attachment &made = attachments_[slot];
     made.handle = static_cast<CSSM_MODULE_HANDLE>(makeHandle(++generation_, slot));
     made.memory = memory;
@@ -88,7 +90,7 @@ CSSM_RETURN Registry::attach(const CSSM_API_MEMORY_FUNCS &memory, CSSM_MODULE_HA
 CSSM_RETURN Registry::detach(CSSM_MODULE_HANDLE handle)
 {
     std::vector<Remains> remains;  // destroyed after the lock is given back
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(lock_);
     Attachment *attachment = findAttachment(handle);
     if (!attachment)
         return CSSMERR_CSSM_INVALID_ADDIN_HANDLE;
@@ -113,7 +115,7 @@ CSSM_RETURN Registry::detach(CSSM_MODULE_HANDLE handle)
 
 CSSM_RETURN Registry::memoryOf(CSSM_MODULE_HANDLE handle, CSSM_API_MEMORY_FUNCS &memory)
 {
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(lock_);
     const Attachment *attachment = findAttachment(handle);
     if (!attachment)
         return CSSMERR_CSSM_INVALID_ADDIN_HANDLE;
@@ -124,17 +126,15 @@ CSSM_RETURN Registry::memoryOf(CSSM_MODULE_HANDLE handle, CSSM_API_MEMORY_FUNCS 
 CSSM_RETURN Registry::open(CSSM_MODULE_HANDLE module, Kind kind, CSSM_ALGORITHMS algorithm,
                            std::unique_ptr<Attributes> attributes, CSSM_CC_HANDLE &handle)
 {
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(lock_);
     Attachment *attachment = findAttachment(module);
     if (!attachment)
         return CSSMERR_CSSM_INVALID_ADDIN_HANDLE;
     if (freeContexts_.empty() && contexts_.size() == kSlotMask)
         return CSSMERR_CSSM_MEMORY_ERROR;
 
-    freeContexts_.reserve(contexts_.size() + 1);  // closing must not need memory
-    const size_t slot = takeSlot(freeContexts_, contexts_.size());
-    if (slot == contexts_.size())
-        contexts_.push_back(std::make_unique<Context>());
+    const size_t slot =
+        takeSlot(freeContexts_, contexts_, [&] { contexts_.push_back(std::make_unique<Context>()); });
     Context &made = *contexts_[slot];
     made.kind = kind;
     made.algorithm = algorithm;
@@ -150,7 +150,7 @@ CSSM_RETURN Registry::open(CSSM_MODULE_HANDLE module, Kind kind, CSSM_ALGORITHMS
 CSSM_RETURN Registry::close(CSSM_CC_HANDLE handle)
 {
     Remains remains;  // destroyed after the lock is given back
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(lock_);
     Context *context = findContext(handle);
     if (!context)
         return CSSMERR_CSSM_INVALID_CONTEXT_HANDLE;
@@ -162,7 +162,7 @@ CSSM_RETURN Registry::close(CSSM_CC_HANDLE handle)
 
 CSSM_RETURN Registry::lease(CSSM_CC_HANDLE handle, Context *&context)
 {
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(lock_);
     Context *found = findContext(handle);
     if (!found)
         return CSSMERR_CSSM_INVALID_CONTEXT_HANDLE;
