@@ -72,8 +72,9 @@ int decrypt(const Arguments &arguments)
     const Algorithm *algorithm = findAlgorithm(name);
     if (!algorithm || vector.size() != 2 * kVectorSize || !isHexadecimal(vector) || secret.size() % 2 != 0 ||
         !isHexadecimal(secret) || words >> more)
-        throw Failure(input.name() + ": not what 'tarvik cipher encrypt' writes: an algorithm, 32 digits and the "
-                             "cipher text's digits");
+        throw Failure(input.name() +
+                      ": not what 'tarvik cipher encrypt' writes: an algorithm, 32 digits and the "
+                      "cipher text's digits");
     const std::string password = passwordFrom(arguments, false);
     std::string plain;
     if (const CSSM_RETURN status =

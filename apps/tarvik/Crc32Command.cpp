@@ -1,13 +1,10 @@
+#include "CheckList.h"
 #include "Command.h"
 #include "Streams.h"
 
 #include <Tarvik/Tarvik.h>
 
-#include <algorithm>
-#include <bit>
 #include <cstdio>
-#include <optional>
-#include <sstream>
 #include <vector>
 
 namespace
@@ -71,109 +68,18 @@ uint32_t checkOf(const std::string &path)
     return check.value();
 }
 
-// One file that can't be read doesn't keep the others from being read.
-void complain(const std::exception &failure)
-{
-    std::fflush(stdout);
-    std::fprintf(stderr, "tarvik crc32: %s\n", failure.what());
-}
-
-// A name stands in one line: a backslash before the check says that those in the name are doubled and line
-// ends written \n.
-std::string lineOf(uint32_t check, const std::string &name)
-{
-    std::string escaped;
-    for (char c : name)
-        escaped += c == '\\' ? "\\\\" : c == '\n' ? "\\n" : std::string(1, c);
-    char digits[16];
-    std::snprintf(digits, sizeof digits, "%s%08x  ", escaped == name ? "" : "\\", check);
-    return digits + escaped + "\n";
-}
-
-struct Entry {
-    uint32_t check;
-    std::string name;
-};
-
-std::optional<Entry> entryOf(std::string_view line)
-{
-    const bool escaped = line.starts_with('\\');
-    line.remove_prefix(escaped);
-    constexpr size_t kDigits = 8, kName = 10;
-    if (line.size() <= kName || line[kDigits] != ' ' ||
-        (line[kDigits + 1] != ' ' && line[kDigits + 1] != '*'))
-        return std::nullopt;
-    const std::string digits(line.substr(0, kDigits));
-    if (digits.find_first_not_of("0123456789abcdefABCDEF") != digits.npos)
-        return std::nullopt;
-    Entry entry{static_cast<uint32_t>(std::stoul(digits, nullptr, 16)), {}};
-    for (size_t i = kName; i < line.size(); ++i) {
-        if (!escaped || line[i] != '\\') {
-            entry.name += line[i];
-            continue;
-        }
-        if (++i == line.size() || (line[i] != '\\' && line[i] != 'n'))
-            return std::nullopt;
-        entry.name += line[i] == 'n' ? '\n' : '\\';
-    }
-    return entry;
-}
-
-int print(const std::vector<std::string> &names)
-{
-    int status = kSuccess;
-    for (const std::string &name : names) {
-        try {
-            writeOutput(lineOf(checkOf(name), name));
-        } catch (const Failure &failure) {
-            complain(failure);
-            status = kFailure;
-        }
-    }
-    return status;
-}
-
-void compare(const std::string &list, bool quiet, size_t &good, size_t &bad)
-{
-    std::istringstream lines(readInput(list));
-    std::string line;
-    for (size_t number = 1; std::getline(lines, line); ++number) {
-        if (line.empty())
-            continue;
-        try {
-            const auto entry = entryOf(line);
-            if (!entry)
-                throw Failure(list + ", line " + std::to_string(number) +
-                              ": not of the form 'CHECK  NAME' (a check has eight hexadecimal digits)");
-            const bool same = checkOf(entry->name) == entry->check;
-            ++(same ? good : bad);
-            if (!same || !quiet)
-                writeOutput(entry->name + (same ? ": OK\n" : ": FAILED\n"));
-        } catch (const Failure &failure) {
-            complain(failure);
-            ++bad;
-        }
-    }
-}
-
 int run(const Arguments &arguments)
 {
-    std::vector<std::string> names = arguments.rest();
-    if (names.empty())
-        names.push_back("-");
-    if (arguments.has("quiet") && !arguments.has("check"))
-        throw UsageError("--quiet goes with --check");
-    if (!arguments.has("check"))
-        return print(names);
-
-    size_t good = 0, bad = 0;
-    for (const std::string &list : names)
-        compare(list, arguments.has("quiet"), good, bad);
-    if (bad > 0)
-        throw Failure(std::to_string(bad) + " of " + std::to_string(good + bad) + " not verified");
-    if (good == 0)
-        throw Failure("nothing to verify: the list has no line");
-    return kSuccess;
+    constexpr size_t kDigits = 8;
+    return printOrVerify(arguments, {.command = "crc32",
+                                     .form = "a check has eight hexadecimal digits",
+                                     .takes = [](size_t digits) { return digits == kDigits; },
+                                     .compute =
+                                         [](const std::string &path, size_t) {
+                                             char digits[kDigits + 1];
+                                             std::snprintf(digits, sizeof digits, "%08x", checkOf(path));
+                                             return std::string(digits);
+                                         }});
 }
 
 const Registration registration({
@@ -188,9 +94,7 @@ const Registration registration({
                "  tarvik crc32 *.iso > checks\n"
                "  tarvik crc32 --check checks\n"
                "  printf 123456789 | tarvik crc32        prints cbf43926  -",
-    .options = {{'c', "check", nullptr,
-                 "verify the files that a list names; exit status 1 when one differs or is missing"},
-                {'q', "quiet", nullptr, "with --check, print only what differs"}},
+    .options = checkOptions(),
     .run = run,
 });
 

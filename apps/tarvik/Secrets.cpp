@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <deque>
 #include <fcntl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -98,8 +99,7 @@ std::string passwordFrom(const Arguments &arguments, bool confirm)
 std::vector<Option> keyOptions(size_t length)
 {
     // The help's texts live as long as the command.
-    static std::vector<std::string> texts;
-    texts.reserve(16);
+    static std::deque<std::string> texts;
     const char *file = texts.emplace_back("the key: a file of " + std::to_string(length) + " bytes").c_str();
     const char *digits = texts
                              .emplace_back("the key as " + std::to_string(2 * length) +

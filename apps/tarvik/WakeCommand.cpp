@@ -1,4 +1,5 @@
 #include "Command.h"
+#include "Secrets.h"
 #include "Streams.h"
 
 #include <Tarvik/Tarvik.h>
@@ -12,26 +13,6 @@ namespace
 {
 
 constexpr size_t kKeyLength = 32, kWord = 4, kMask = 256;
-
-std::vector<uint8_t> keyOf(const Arguments &arguments)
-{
-    const auto digits = arguments.value("key"), file = arguments.value("key-file");
-    if (digits.has_value() == file.has_value())
-        throw UsageError("give the key, by --key-file or by --key");
-    if (file) {
-        const std::string bytes = readInput(*file);
-        if (bytes.size() != kKeyLength)
-            throw Failure(*file + ": a key has 32 bytes, this file " + std::to_string(bytes.size()));
-        return {bytes.begin(), bytes.end()};
-    }
-    if (digits->size() != 2 * kKeyLength ||
-        digits->find_first_not_of("0123456789abcdefABCDEF") != digits->npos)
-        throw UsageError("--key takes 64 hexadecimal digits");
-    std::vector<uint8_t> key;
-    for (size_t i = 0; i < digits->size(); i += 2)
-        key.push_back(static_cast<uint8_t>(std::stoul(digits->substr(i, 2), nullptr, 16)));
-    return key;
-}
 
 // 1 to 4 bytes, each of which says how many they are.
 void pad(std::string &message)
@@ -74,7 +55,7 @@ int run(const Arguments &arguments, bool encipher)
     const std::string path = files.empty() ? "-" : files[0];
     if (path == "-" && arguments.value("key-file") == "-")
         throw UsageError("key and message can't both come from standard input");
-    const std::vector<uint8_t> key = keyOf(arguments);
+    const std::vector<uint8_t> key = keyFrom(arguments, kKeyLength);
     Input input(path);
     std::string message = input.readAll();
     if (encipher && arguments.has("pad"))
@@ -86,11 +67,13 @@ int run(const Arguments &arguments, bool encipher)
     return kSuccess;
 }
 
-const std::vector<Option> kOptions = {
-    {'k', "key-file", "FILE", "the key: a file of 32 bytes"},
-    {'K', "key", "DIGITS", "the key as 64 hexadecimal digits; other users see it in the list of processes"},
-    {'p', "pad", nullptr,
-     "fill the message up to a multiple of 4 bytes when enciphering, cut it back when deciphering"}};
+std::vector<Option> options()
+{
+    std::vector<Option> all = keyOptions(kKeyLength);
+    all.push_back({'p', "pad", nullptr,
+                   "fill the message up to a multiple of 4 bytes when enciphering, cut it back when deciphering"});
+    return all;
+}
 
 constexpr const char *kDetails =
     "The message is FILE, or standard input; the result goes to standard output. The two directions are one "
@@ -111,13 +94,13 @@ const Registration registration({
                      .summary = "encipher a message",
                      .usage = "--key-file=FILE [--pad] [FILE]",
                      .details = kDetails,
-                     .options = kOptions,
+                     .options = options(),
                      .run = [](const Arguments &arguments) { return run(arguments, true); }},
                     {.name = "decipher",
                      .summary = "decipher a message",
                      .usage = "--key-file=FILE [--pad] [FILE]",
                      .details = kDetails,
-                     .options = kOptions,
+                     .options = options(),
                      .run = [](const Arguments &arguments) { return run(arguments, false); }}},
 });
 
