@@ -53,7 +53,7 @@ public:
     {
         for (id object : objects_)
             [object release];
-        for (const auto &[text, key] : keys_)
+        for (id key : keys_)
             [key release];
     }
     Reader(const Reader &) = delete;
@@ -63,7 +63,8 @@ public:
 private:
     struct Open {
         Element element;
-        size_t first;  ///< where its contents begin on the stack
+        size_t first;  ///< where its contents begin on the stack of objects
+        size_t firstKey;
         bool keyIsDue; ///< in a dictionary: whether a key comes next
     };
 
@@ -75,10 +76,11 @@ private:
 
     bool isLeaf() const { return !open_.empty() && open_.back().element >= Element::key; }
     void push(id object) { objects_.push_back(object); }
-    void close(Element element, size_t first);
+    void close(const Open &open);
     void pushKey();
-    void pushDictionary(size_t first);
+    void pushDictionary(const Open &open);
     void pushArray(size_t first);
+    void replace(size_t first, id container);
     id newString(bool isMutable);
     id newNumber(Element element);
 
@@ -89,9 +91,10 @@ private:
     xmlParserCtxtPtr parser_ = nullptr;
     const xmlChar *names_[int(Element::count)] = {};
     std::vector<Open> open_;
-    std::vector<id> objects_;
-    std::vector<id> dictionaryKeys_, dictionaryValues_;
-    std::unordered_map<std::string, id> keys_; ///< the same few keys come again and again
+    std::vector<id> objects_;        ///< owned
+    std::vector<id> dictionaryKeys_; ///< of the dictionaries that are open; borrowed from keys_
+    std::unordered_map<std::string, id> known_; ///< the same few keys come again and again
+    std::vector<id> keys_;                      ///< all keys, owned
     std::string text_;
     std::u16string units_;     ///< text_ so far, where an instruction put in what UTF-8 can't hold
     bool hasUnits_ = false;
@@ -109,12 +112,14 @@ void Reader::start(const xmlChar *name)
 {
     // Names are kept once in the parser's dictionary, so that pointers compare.
     const auto *found = std::find(std::begin(names_), std::end(names_), name);
-    const std::string shown(reinterpret_cast<const char *>(name), std::min(strlen(reinterpret_cast<const char *>(name)), size_t(40)));
-    if (found == std::end(names_))
-        return fail("<" + shown + "> is no element of a property list");
+    if (found == std::end(names_)) {
+        const std::string_view unknown = reinterpret_cast<const char *>(name);
+        return fail(std::string("<").append(unknown.substr(0, 40)).append("> is no element of a property list"));
+    }
     const auto element = Element(found - names_);
+    const auto shown = [&] { return std::string("<").append(kNames[int(element)]).append(">"); };
     if (isLeaf())
-        return fail("<" + shown + "> within <" + kNames[int(open_.back().element)] + ">");
+        return fail(shown().append(" within <").append(kNames[int(open_.back().element)]).append(">"));
     if (open_.size() > size_t(kDeepest))
         return fail("nested deeper than " + std::to_string(kDeepest) + " levels");
     if (element == Element::plist) {
@@ -127,12 +132,12 @@ void Reader::start(const xmlChar *name)
             return fail("more than one object");
     } else if (open_.back().element == Element::dict) {
         if ((element == Element::key) != open_.back().keyIsDue)
-            return fail(open_.back().keyIsDue ? "<" + shown + "> where a key belongs" : "a key without a value");
+            return fail(open_.back().keyIsDue ? shown().append(" where a key belongs") : "a key without a value");
         open_.back().keyIsDue = !open_.back().keyIsDue;
     } else if (element == Element::key) {
         return fail("<key> outside a dictionary");
     }
-    open_.push_back({element, objects_.size(), true});
+    open_.push_back({element, objects_.size(), dictionaryKeys_.size(), true});
     text_.clear();
     units_.clear();
     hasUnits_ = false;
@@ -168,16 +173,17 @@ void Reader::instruction(const char *target, const char *data)
 
 id Reader::newString(bool isMutable)
 {
-    NSString *string = nil;
     const auto *bytes = reinterpret_cast<const uint8_t *>(text_.data());
-    const bool isASCII = std::all_of(bytes, bytes + text_.size(), [](uint8_t byte) { return byte < 0x80; });
-    if (isASCII && !hasUnits_) {
+    uint8_t all = 0;
+    for (size_t i = 0; i < text_.size(); ++i)
+        all |= bytes[i];
+    if (all < 0x80 && !hasUnits_) {
         Class type = isMutable ? classes().mutableString : classes().string;
         return [[type alloc] initWithBytes:bytes length:text_.size() encoding:NSASCIIStringEncoding];
     }
     static const auto &utf8 = *encodings::find(0x08000100);
     units_ += encodings::decode(utf8, bytes, text_.size(), false).value_or(u"");
-    string = cf::newString(units_);
+    NSString *string = cf::newString(units_);
     if (!isMutable)
         return string;
     NSMutableString *copy = [string mutableCopy];
@@ -219,53 +225,53 @@ id Reader::newNumber(Element element)
 void Reader::pushKey()
 {
     constexpr size_t kShort = 64, kMost = 4096; // what is worth remembering
-    if (hasUnits_ || text_.size() > kShort)
-        return push(newString(false));
-    if (const auto found = keys_.find(text_); found != keys_.end())
-        return push([found->second retain]);
-    id key = newString(false);
-    if (keys_.size() < kMost)
-        keys_.emplace(text_, [key retain]);
-    push(key);
+    const bool isShort = !hasUnits_ && text_.size() <= kShort;
+    if (isShort)
+        if (const auto found = known_.find(text_); found != known_.end())
+            return dictionaryKeys_.push_back(found->second);
+    keys_.push_back(newString(false));
+    if (isShort && known_.size() < kMost)
+        known_.emplace(text_, keys_.back());
+    dictionaryKeys_.push_back(keys_.back());
 }
 
-void Reader::pushDictionary(size_t first)
+void Reader::pushDictionary(const Open &open)
 {
-    dictionaryKeys_.clear();
-    dictionaryValues_.clear();
-    for (size_t i = first; i + 1 < objects_.size(); i += 2) {
-        dictionaryKeys_.push_back(objects_[i]);
-        dictionaryValues_.push_back(objects_[i + 1]);
-    }
     Class type = mutability_ == Mutability::none ? classes().dictionary : classes().mutableDictionary;
-    id dictionary = [[type alloc] initWithObjects:dictionaryValues_.data() forKeys:dictionaryKeys_.data() count:dictionaryKeys_.size()];
-    for (size_t i = first; i < objects_.size(); ++i)
-        [objects_[i] release];
-    objects_.resize(first);
-    push(dictionary);
+    id dictionary = [[type alloc] initWithObjects:objects_.data() + open.first
+                                          forKeys:dictionaryKeys_.data() + open.firstKey
+                                            count:objects_.size() - open.first];
+    dictionaryKeys_.resize(open.firstKey);
+    replace(open.first, dictionary);
 }
 
 void Reader::pushArray(size_t first)
 {
     Class type = mutability_ == Mutability::none ? classes().array : classes().mutableArray;
-    id array = [[type alloc] initWithObjects:objects_.data() + first count:objects_.size() - first];
+    replace(first, [[type alloc] initWithObjects:objects_.data() + first count:objects_.size() - first]);
+}
+
+/// Puts a container in the place of what it has taken.
+void Reader::replace(size_t first, id container)
+{
     for (size_t i = first; i < objects_.size(); ++i)
         [objects_[i] release];
     objects_.resize(first);
-    push(array);
+    push(container);
 }
 
-void Reader::close(Element element, size_t first)
+void Reader::close(const Open &open)
 {
+    const Element element = open.element;
     const bool leavesAreMutable = mutability_ == Mutability::containersAndLeaves;
     switch (element) {
     case Element::plist:
     case Element::count:
         return;
     case Element::dict:
-        return pushDictionary(first);
+        return pushDictionary(open);
     case Element::array:
-        return pushArray(first);
+        return pushArray(open.first);
     case Element::key:
         return pushKey();
     case Element::string:
@@ -299,7 +305,7 @@ void Reader::end()
     if (closed.element == Element::dict && !closed.keyIsDue)
         return fail("a key without a value");
     open_.pop_back();
-    close(closed.element, closed.first);
+    close(closed);
 }
 
 xmlSAXHandler Reader::handler()
