@@ -2,9 +2,10 @@
 // (\UD83D\UDE00), which its reader takes for one character of the low half; text that happens to hold \U0041 comes back as A; CDATA
 // comes back empty. The reader takes what is no list for one (keys without values, two roots, bad numbers), refuses a byte order
 // mark and UTF-16, and neither is quick. The user defaults read and write through these methods, so they lost text too.
-// XML goes through the platform's own reader and writer here; the other forms stay with gnustep-base.
+// XML goes through the platform's own reader and writer here; the other forms stay with gnustep-base, whose reader of text ends the
+// process with a stack that is full when brackets are nested 100,000 deep: such text is refused.
 #include "platform/Foundation/private/HiddenMethod.h"
-#include "platform/Foundation/private/XMLPropertyList.h"
+#include "platform/Foundation/private/PropertyLists.h"
 
 #import <Tarvik/support/Bridge.h>
 #import <Tarvik/support/Guard.h>
@@ -13,6 +14,8 @@
 namespace {
 
 using tarvik::plist::Mutability;
+
+constexpr char kTooDeep[] = "nested too deeply";
 
 Mutability mutabilityOf(NSUInteger options)
 {
@@ -87,6 +90,11 @@ Function original(SEL name)
           errorDescription:(NSString **)text
 {
     if (!isXML(data)) {
+        if (tarvik::plist::isTextTooDeep(data)) {
+            if (text)
+                *text = reason(kTooDeep);
+            return nil;
+        }
         static const auto read =
             original<id (*)(id, SEL, NSData *, NSPropertyListMutabilityOptions, NSPropertyListFormat *, NSString **)>(_cmd);
         return read(self, _cmd, data, options, format, text);
@@ -104,6 +112,11 @@ Function original(SEL name)
                      error:(NSError **)error
 {
     if (!isXML(data)) {
+        if (tarvik::plist::isTextTooDeep(data)) {
+            if (error)
+                *error = errorOf(kTooDeep);
+            return nil;
+        }
         static const auto read = original<id (*)(id, SEL, NSData *, NSPropertyListReadOptions, NSPropertyListFormat *, NSError **)>(_cmd);
         return read(self, _cmd, data, options, format, error);
     }

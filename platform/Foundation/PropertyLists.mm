@@ -12,7 +12,7 @@
 namespace tarvik::plist {
 namespace {
 
-/// How deep the brackets of the older text form are nested. Foundation's reader of it recurses, so that it must be known before.
+/// How deep the brackets of the older text form are nested.
 int depthOf(NSString *text)
 {
     const cf::Units units(text);
@@ -62,6 +62,15 @@ NSString *newText(const uint8_t *bytes, size_t count)
 }
 
 } // namespace
+
+bool isTextTooDeep(NSData *data)
+{
+    constexpr NSUInteger kHarmless = kDeepest; // so many bytes hold no more brackets
+    if ([data length] <= kHarmless)
+        return false;
+    auto text = adopt<NSString>(newText(static_cast<const uint8_t *>([data bytes]), [data length]));
+    return text && depthOf(text.get()) > kDeepest;
+}
 
 id newFromData(NSData *data, Mutability mutability, std::string &why)
 {

@@ -5,6 +5,7 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 #import <Tarvik/support/Bridge.h>
+#import <Tarvik/support/Guard.h>
 #include <Tarvik/support/Pool.h>
 #include <gtest/gtest.h>
 
@@ -210,6 +211,9 @@ TEST_F(PropertyList, FoundationUsesTheSameReaderAndWriter)
     NSString *path = tarvik::nsstring((folder / "list.plist").native());
     [xml writeToFile:path atomically:NO];
     EXPECT_TRUE([[NSDictionary dictionaryWithContentsOfFile:path] isEqual:list]);
+    const std::string deep(200000, '(');
+    EXPECT_EQ([NSPropertyListSerialization propertyListWithData:dataOf(deep) options:0 format:NULL error:&error], nil);
+    EXPECT_FALSE(tarvik::attempt([&] { [tarvik::nsstring(deep) propertyList]; })) << "raises";
     // The other forms are still Foundation's.
     NSData *old = [NSPropertyListSerialization dataFromPropertyList:list format:NSPropertyListOpenStepFormat errorDescription:NULL];
     EXPECT_TRUE([[NSPropertyListSerialization propertyListWithData:old options:0 format:&format error:NULL] isEqual:list]);
