@@ -136,8 +136,9 @@ void addLoopDevices(std::vector<AttachedImage> &images, const std::vector<Mount>
         image.readOnly = attribute(folder / "ro") == "1";
         addDevice(image, folder, mounts);
         std::set<fs::path> partitions;
+        const std::string prefix = folder.filename().native() + 'p';  // loop3p1
         for (const auto &entry : fs::directory_iterator(folder, failed))
-            if (fs::exists(entry.path() / "partition", failed))
+            if (entry.path().filename().native().starts_with(prefix))
                 partitions.insert(entry.path());
         for (const fs::path &partition : partitions)
             addDevice(image, partition, mounts);
