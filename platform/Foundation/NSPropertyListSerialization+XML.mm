@@ -2,10 +2,9 @@
 // (\UD83D\UDE00), which its reader takes for one character of the low half; text that happens to hold \U0041 comes back as A; CDATA
 // comes back empty. The reader takes what is no list for one (keys without values, two roots, bad numbers), refuses a byte order
 // mark and UTF-16, and neither is quick. The user defaults read and write through these methods, so they lost text too.
-// XML goes through the platform's own reader and writer here; the other forms stay with gnustep-base, whose reader of text ends the
-// process with a stack that is full when brackets are nested 100,000 deep: such text is refused.
+// XML goes through the platform's own reader and writer here; the other forms stay with gnustep-base.
 #include "platform/Foundation/private/HiddenMethod.h"
-#include "platform/Foundation/private/PropertyLists.h"
+#include "platform/Foundation/private/XMLPropertyList.h"
 
 #import <Tarvik/support/Bridge.h>
 #import <Tarvik/support/Guard.h>
@@ -14,8 +13,6 @@
 namespace {
 
 using tarvik::plist::Mutability;
-
-constexpr char kTooDeep[] = "nested too deeply";
 
 Mutability mutabilityOf(NSUInteger options)
 {
@@ -90,11 +87,6 @@ Function original(SEL name)
           errorDescription:(NSString **)text
 {
     if (!isXML(data)) {
-        if (tarvik::plist::isTextTooDeep(data)) {
-            if (text)
-                *text = reason(kTooDeep);
-            return nil;
-        }
         static const auto read =
             original<id (*)(id, SEL, NSData *, NSPropertyListMutabilityOptions, NSPropertyListFormat *, NSString **)>(_cmd);
         return read(self, _cmd, data, options, format, text);
@@ -112,11 +104,6 @@ Function original(SEL name)
                      error:(NSError **)error
 {
     if (!isXML(data)) {
-        if (tarvik::plist::isTextTooDeep(data)) {
-            if (error)
-                *error = errorOf(kTooDeep);
-            return nil;
-        }
         static const auto read = original<id (*)(id, SEL, NSData *, NSPropertyListReadOptions, NSPropertyListFormat *, NSError **)>(_cmd);
         return read(self, _cmd, data, options, format, error);
     }

@@ -44,19 +44,6 @@ std::string_view trimmed(std::string_view text)
     return first == text.npos ? std::string_view() : text.substr(first, text.find_last_not_of(white) - first + 1);
 }
 
-/// Keeps libxml2's conversion of encodings, which knows no parser to tell of an error, from writing to standard error.
-class Quiet
-{
-public:
-    Quiet() { xmlSetStructuredErrorFunc(nullptr, [](void *, xmlErrorPtr) {}); }
-    ~Quiet() { xmlSetStructuredErrorFunc(oldContext_, oldFunction_); }
-    Quiet(const Quiet &) = delete;
-
-private:
-    xmlStructuredErrorFunc oldFunction_ = xmlStructuredError; // the thread's
-    void *oldContext_ = xmlStructuredErrorContext;
-};
-
 /// Builds the objects while libxml2 reads. Everything made stands, owned, on one stack, so that a failure anywhere releases it.
 class Reader
 {
@@ -375,10 +362,7 @@ id Reader::read(const uint8_t *bytes, size_t count, std::string &why)
     xmlCtxtUseOptions(parser_, XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOWARNING);
     for (size_t i = 0; i < std::size(names_); ++i)
         names_[i] = xmlDictLookup(parser_->dict, reinterpret_cast<const xmlChar *>(kNames[i]), -1);
-    {
-        const Quiet quiet;
-        xmlParseDocument(parser_);
-    }
+    xmlParseDocument(parser_);
     const bool isWhole = parser_->wellFormed && why_.empty();
     xmlDocPtr document = parser_->myDoc;
     parser_->myDoc = nullptr;

@@ -20,6 +20,19 @@ Selectors &selectors()
              *response = kSystemVersion;
              return noErr;
          }},
+        {gestaltSysArchitecture,
+         [](OSType, SInt32 *response) -> OSErr {
+#if defined(__i386__) || defined(__x86_64__)
+             *response = gestaltIntel;
+#elif defined(__powerpc__)
+             *response = gestaltPowerPC;
+#elif defined(__m68k__)
+             *response = gestalt68k;
+#else
+             return gestaltUnknownErr;
+#endif
+             return noErr;
+         }},
     };
     return all;
 }

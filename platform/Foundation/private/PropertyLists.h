@@ -9,7 +9,4 @@ namespace tarvik::plist {
 /// with a byte order mark. Owned by the caller; nil with a reason.
 id newFromData(NSData *data, Mutability mutability, std::string &why);
 
-/// Whether the older text form is nested deeper than kDeepest levels: Foundation's reader of it recurses, and would end the process.
-bool isTextTooDeep(NSData *data);
-
 } // namespace tarvik::plist

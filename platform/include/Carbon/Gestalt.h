@@ -8,6 +8,7 @@
 /// | selector | answer |
 /// |---|---|
 /// | 'sysv' | the packed version (BCD 0xMMmb) of the system whose calls the platform floor gives |
+/// | 'sysa' | the processor's architecture: gestaltIntel, gestaltPowerPC, gestalt68k; gestaltUnknownErr on others |
 ///
 /// Thread: any; the selectors are to be replaced before other threads ask.
 #pragma once
@@ -19,7 +20,15 @@ extern "C" {
 #endif
 
 enum {
-    gestaltSystemVersion = 0x73797376,  ///< 'sysv'
+    gestaltSystemVersion = 0x73797376,    ///< 'sysv'
+    gestaltSysArchitecture = 0x73797361,  ///< 'sysa'
+};
+
+/// Responses to gestaltSysArchitecture.
+enum {
+    gestalt68k = 1,
+    gestaltPowerPC = 2,
+    gestaltIntel = 10,
 };
 
 enum {

@@ -1,0 +1,49 @@
+/// \file
+/// The Folder Manager: well-known folders by four-character type and domain.
+///
+///     char path[512];
+///     FSFindFolderPath(kUserDomain, kTemporaryFolderType, true, path, sizeof path);   // "/tmp"
+///
+/// | type | user domain | local domain |
+/// |---|---|---|
+/// | 'temp' temporary items | TMPDIR, else /tmp | /tmp |
+/// | 'docs' documents | the DOCUMENTS folder of user-dirs.dirs, else Documents in the home | none |
+/// | 'asup' application support | XDG_DATA_HOME, else .local/share in the home | /usr/local/share |
+/// | 'cusr' current user | the home | none |
+/// | 'pref' preferences | XDG_CONFIG_HOME, else .config in the home | /etc/xdg |
+/// | 'desk' desktop | the DESKTOP folder of user-dirs.dirs, else Desktop in the home | none |
+///
+/// Folders are those of the XDG Base Directory Specification and of xdg-user-dirs; the home is HOME, else the account's.
+/// Variables that are not absolute paths count as unset. Thread: any.
+#pragma once
+#include <Carbon/MacErrors.h>
+#include <Carbon/MacTypes.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+enum {
+    kOnSystemDisk = -32768,  ///< the domains below, in this order of preference: user, local
+    kLocalDomain = -32765,
+    kUserDomain = -32763,
+};
+
+enum {
+    kTemporaryFolderType = 0x74656D70,           ///< 'temp'
+    kDocumentsFolderType = 0x646F6373,           ///< 'docs'
+    kApplicationSupportFolderType = 0x61737570,  ///< 'asup'
+    kCurrentUserFolderType = 0x63757372,         ///< 'cusr'
+    kPreferencesFolderType = 0x70726566,         ///< 'pref'
+    kDesktopFolderType = 0x6465736B,             ///< 'desk'
+};
+
+/// The POSIX path of a folder, zero-terminated, without a slash at its end. With `createFolder` a missing folder is made,
+/// parents included (for its owner only in the user domain).
+/// fnfErr: no such type in this domain, or the folder is missing and not to be made; bdNamErr: the path does not fit;
+/// paramErr: a null or empty buffer; permErr, ioErr: it can't be made. The buffer holds an empty text after a failure.
+OSErr FSFindFolderPath(SInt16 domain, OSType folderType, Boolean createFolder, char *path, UInt32 size);
+
+#ifdef __cplusplus
+}
+#endif
