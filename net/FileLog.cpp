@@ -1,0 +1,91 @@
+#include <Tarvik/net/FileLog.h>
+#include <Tarvik/support/Handle.h>
+#include <Tarvik/system/FileFunctions.h>
+#include <Tarvik/system/FilePaths.h>
+#include <Tarvik/system/SpecialFolders.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <ctime>
+
+namespace Utils
+{
+
+namespace
+{
+
+constexpr size_t kLongestWideMessage = 1023;
+
+void append(const char *message, const std::string &rest)
+{
+    const tarvik::FileDescriptor file(
+        open(GetLogFilename().c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
+    if (!file)
+        return;
+    const time_t now = time(nullptr);
+    tm broken;
+    char stamp[32] = "";
+    if (!gmtime_r(&now, &broken) || !asctime_r(&broken, stamp))
+        return;
+    std::string line(stamp, 24);
+    line += "  Message: ";
+    line += message;
+    line += rest;
+    line += '\n';
+    // One write, so that the line stays whole. A rest that a full disk refuses is lost.
+    [[maybe_unused]] const ssize_t written = write(file.get(), line.data(), line.size());
+}
+
+std::string codeText(int32_t code) { return " ErrorCode: " + std::to_string(code); }
+
+/// UTF-8 of all of Unicode, cut between two characters. (`wstring2utf8` ends at U+FFFF.)
+std::string narrow(const wstring &message)
+{
+    std::string text;
+    for (const wchar_t element : message) {
+        const auto c = uint32_t(element);
+        char bytes[4];
+        size_t count = 0;
+        if (c == 0)
+            break;
+        if (c < 0x80 || c > 0x10FFFF) {  // beyond Unicode: a sign-extended byte
+            bytes[count++] = char(c & 0x7F);
+        } else if (c < 0x800) {
+            bytes[count++] = char(0xC0 | c >> 6);
+        } else if (c < 0x10000) {
+            bytes[count++] = char(0xE0 | c >> 12);
+            bytes[count++] = char(0x80 | (c >> 6 & 0x3F));
+        } else {
+            bytes[count++] = char(0xF0 | c >> 18);
+            bytes[count++] = char(0x80 | (c >> 12 & 0x3F));
+            bytes[count++] = char(0x80 | (c >> 6 & 0x3F));
+        }
+        if (c >= 0x80 && c <= 0x10FFFF)
+            bytes[count++] = char(0x80 | (c & 0x3F));
+        if (text.size() + count > kLongestWideMessage)
+            break;
+        text.append(bytes, count);
+    }
+    return text;
+}
+
+}  // namespace
+
+std::string GetLogFilename() { return GetTempDirName() + "/tarvik-logs/log.txt"; }
+
+bool IsLoggingOn() { return DirExists(GetDirFromPath(GetLogFilename())); }
+
+void LogMessage(const std::string &message) { append(message.c_str(), {}); }
+
+void LogMessage(const std::string &message, int32_t code) { append(message.c_str(), codeText(code)); }
+
+void LogMessage(const wstring &message) { append(narrow(message).c_str(), {}); }
+
+void LogMessage(const wstring &message, int32_t code) { append(narrow(message).c_str(), codeText(code)); }
+
+}  // namespace Utils
+
+void InitializeLogWriter(void) {}
+void CreateLogFolder(void) {}
+void WriteMessageLog(const char *) {}
+void WriteMessageLogStr(const char *, const char *) {}
