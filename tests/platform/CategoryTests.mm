@@ -25,6 +25,8 @@ namespace {
 const std::set<std::string> kRepairs = {
     "+[NSBundle allBundles]",
     "+[NSBundle bundleWithIdentifier:]",
+    "+[NSHost hostWithAddress:]",
+    "+[NSHost hostWithName:]",
     "+[NSPropertyListSerialization dataFromPropertyList:format:errorDescription:]",
     "+[NSPropertyListSerialization dataWithPropertyList:format:options:error:]",
     "+[NSPropertyListSerialization propertyListFromData:mutabilityOption:format:errorDescription:]",
