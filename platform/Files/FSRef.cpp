@@ -70,13 +70,30 @@ const Contents *contents(const FSRef *ref, Contents &copy)
 
 OSStatus FSPathMakeRef(const UInt8 *path, FSRef *ref, Boolean *isDirectory)
 {
+    return FSPathMakeRefWithOptions(path, kFSPathMakeRefDefaultOptions, ref, isDirectory);
+}
+
+OSStatus FSPathMakeRefWithOptions(const UInt8 *path, OptionBits options, FSRef *ref, Boolean *isDirectory)
+{
     if (!path || !ref)
         return paramErr;
-    std::unique_ptr<char, Freed> real(realpath(reinterpret_cast<const char *>(path), nullptr));
+    const auto *given = reinterpret_cast<const char *>(path);
     struct stat status;
-    if (!real || stat(real.get(), &status) != 0)
+    std::string real;
+    if (options & kFSPathMakeRefDoNotFollowLeafSymlink && lstat(given, &status) == 0 && S_ISLNK(status.st_mode)) {
+        const std::string whole = given;
+        const size_t slash = whole.rfind('/');
+        const std::string folder = slash == whole.npos ? "." : whole.substr(0, slash + 1);
+        if (const std::unique_ptr<char, Freed> found(realpath(folder.c_str(), nullptr)); found)
+            real.append(found.get()).append("/").append(whole, slash + 1);
+        if (real.starts_with("//"))
+            real.erase(0, 1);
+    } else if (const std::unique_ptr<char, Freed> found(realpath(given, nullptr)); found) {
+        real = found.get();
+    }
+    if (real.empty() || lstat(real.c_str(), &status) != 0)
         return tarvik::files::fileError(errno);
-    const Contents made{kSignature, paths().add(real.get()), status.st_dev, status.st_ino};
+    const Contents made{kSignature, paths().add(real), status.st_dev, status.st_ino};
     std::memset(ref, 0, sizeof *ref);
     std::memcpy(ref, &made, sizeof made);
     if (isDirectory)

@@ -24,6 +24,8 @@ typedef const FSRef *ConstFSRefPtr;
 /// \return fnfErr when nothing is there, dirNFErr when a folder on the way is missing or is none, errFSNameTooLong for a name that
 ///         is too long, afpAccessDenied for a folder that may not be searched, paramErr for null
 OSStatus FSPathMakeRef(const UInt8 *path, FSRef *ref, Boolean *isDirectory);
+enum { kFSPathMakeRefDefaultOptions = 0, kFSPathMakeRefDoNotFollowLeafSymlink = 1 };
+OSStatus FSPathMakeRefWithOptions(const UInt8 *path, OptionBits options, FSRef *ref, Boolean *isDirectory);
 /// The item's path, absolute and without links, ended by a zero.
 /// \return errFSBadFSRef for what is no reference, fnfErr when the item is gone, pathTooLongErr when it does not fit
 OSStatus FSRefMakePath(const FSRef *ref, UInt8 *path, UInt32 maxPathSize);
