@@ -118,8 +118,7 @@ void readLoop(benchmark::State &state)
 BENCHMARK(readLoop)->Name("command/read 1GiB:read loop")->UseRealTime();
 
 /// Fifty mounted images, for as long as the process lives.
-class MountedImages
-{
+class MountedImages {
 public:
     static constexpr int kCount = 50;
     static const MountedImages &get()

@@ -31,8 +31,7 @@ namespace {
 
 /// Ends the tool when we are asked to end (it has a session of its own, a terminal's Ctrl-C does not reach
 /// it), and when its time is up.
-class Overseer
-{
+class Overseer {
 public:
     Overseer(CommandTool *tool, std::optional<int64_t> seconds)
     {

@@ -31,8 +31,7 @@ struct SpawnPlan {
 ///
 /// Every member may be called from any thread. A child that still runs when its object goes is collected when
 /// it ends.
-class ChildProcess
-{
+class ChildProcess {
 public:
     struct Exit {
         int status = 0;         ///< exit status, or the signal's number

@@ -96,8 +96,7 @@ NSData *owned(Buffer &buffer, size_t length)
 
 /// SIGPIPE is held back on this thread for the scope, and taken off it if it came: the caller hears of EPIPE
 /// instead.
-class PipeSignalHeld
-{
+class PipeSignalHeld {
 public:
     PipeSignalHeld()
     {

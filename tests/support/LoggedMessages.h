@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-class LoggedMessages
-{
+class LoggedMessages {
 public:
     LoggedMessages() { SetLogPreprocess(&keep); }
     ~LoggedMessages()

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstring>
 #include <functional>
+#include <sys/time.h>
 #include <thread>
 
 namespace {
@@ -214,6 +215,26 @@ TEST(CommandTool, OneGibibyteToBothStreamsAtOnce)
     EXPECT_TRUE([tool run:NO]);
     EXPECT_EQ([[tool standardOutputData] length], 1u << 30);
     EXPECT_EQ([[tool standardErrorData] length], 1u << 30);
+}
+
+// A host's interval timer interrupts every system call that can be.
+TEST(CommandTool, InterruptedCallsChangeNothing)
+{
+    struct sigaction action = {};
+    action.sa_handler = [](int) {};  // and no SA_RESTART
+    sigaction(SIGALRM, &action, nullptr);
+    constexpr itimerval kEveryMillisecond{{0, 1000}, {0, 1000}};
+    setitimer(ITIMER_REAL, &kEveryMillisecond, nullptr);
+    const std::string data(1 << 20, 'x');
+    for (int i = 0; i < 20; ++i) {
+        tarvik::Pool pool;
+        CommandTool *tool = shell("sleep 0.01; wc -c; echo end >&2");
+        [tool setInputData:tarvik::nsdata(data)];
+        [tool setReadStandardOutput:YES];
+        [tool setReadStandardError:i % 2];
+        EXPECT_TRUE([tool run:NO]);
+        EXPECT_EQ(tarvik::bytes([tool standardOutputData]), "1048576\n");
+    }
 }
 
 TEST(CommandTool, AThousandRunsLeaveNothing)

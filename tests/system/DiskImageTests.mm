@@ -35,8 +35,7 @@ DiskImage *imageAt(const std::string &path)
 }
 std::string text(NSString *string) { return tarvik::utf8(string).value_or("nil"); }
 
-class DiskImages : public testing::Test
-{
+class DiskImages : public testing::Test {
 protected:
     void SetUp() override
     {

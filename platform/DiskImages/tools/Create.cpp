@@ -16,8 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// A file beside the image that becomes the image, or goes.
-class Draft
-{
+class Draft {
 public:
     explicit Draft(const fs::path &image)
         : path_(image.parent_path() / ('.' + image.filename().native() + ".XXXXXX"))
@@ -54,8 +53,7 @@ private:
 };
 
 /// Reads the packer's progress bar: "[====   ] 12/345  3%".
-class Percentage
-{
+class Percentage {
 public:
     void operator()(std::string_view text)
     {

@@ -4,8 +4,7 @@
 namespace diskimages {
 
 /// A folder that is removed at the end of the scope unless kept.
-class MountFolder
-{
+class MountFolder {
 public:
     /// A fresh folder in the user's media folder (/media/USER or /run/media/USER; for somebody who may not
     /// make those, in the run-time folder or the home), called as the image without its ending, with a number
