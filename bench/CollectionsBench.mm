@@ -91,4 +91,4 @@ void insertInVector(benchmark::State &state)
 }
 BENCHMARK(insertInVector)->Name("insertrows/100000 into 1000000:vector")->Unit(benchmark::kMillisecond);
 
-} // namespace
+}  // namespace

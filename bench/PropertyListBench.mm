@@ -1,7 +1,7 @@
 // XML property lists of 10 MB, read and written, beside libplist.
+#include <CoreFoundation/CFPropertyList.h>
 #import <Foundation/Foundation.h>
 #import <Tarvik/support/Pool.h>
-#include <CoreFoundation/CFPropertyList.h>
 #include <benchmark/benchmark.h>
 #include <plist/plist.h>
 
@@ -14,10 +14,13 @@ CFPropertyListRef table()
         tarvik::Pool pool;
         NSMutableArray *rows = [NSMutableArray array];
         for (int i = 0; i < 38000; ++i)
-            [rows addObject:[NSDictionary dictionaryWithObjectsAndKeys:[NSString stringWithFormat:@"Row number %d of the table", i], @"Name",
-                                          [NSString stringWithFormat:@"/Users/someone/Gr\u00f6\u00dfe/%d.txt", i], @"Path",
-                                          [NSNumber numberWithInt:i], @"Index", [NSNumber numberWithBool:i & 1], @"Flag",
-                                          [NSNumber numberWithDouble:i / 7.0], @"Ratio", nil]];
+            [rows addObject:[NSDictionary
+                                dictionaryWithObjectsAndKeys:
+                                    [NSString stringWithFormat:@"Row number %d of the table", i], @"Name",
+                                    [NSString stringWithFormat:@"/Users/someone/Gr\u00f6\u00dfe/%d.txt", i],
+                                    @"Path", [NSNumber numberWithInt:i], @"Index",
+                                    [NSNumber numberWithBool:i & 1], @"Flag",
+                                    [NSNumber numberWithDouble:i / 7.0], @"Ratio", nil]];
         return CFPropertyListRef([rows retain]);
     }();
     return list;
@@ -29,7 +32,10 @@ CFDataRef xml()
     return data;
 }
 
-void bytes(benchmark::State &state) { state.SetBytesProcessed(int64_t(state.iterations()) * CFDataGetLength(xml())); }
+void bytes(benchmark::State &state)
+{
+    state.SetBytesProcessed(int64_t(state.iterations()) * CFDataGetLength(xml()));
+}
 
 void read(benchmark::State &state)
 {
@@ -43,7 +49,8 @@ void readByPeer(benchmark::State &state)
 {
     for (auto _ : state) {
         plist_t list = nullptr;
-        plist_from_xml(reinterpret_cast<const char *>(CFDataGetBytePtr(xml())), uint32_t(CFDataGetLength(xml())), &list);
+        plist_from_xml(reinterpret_cast<const char *>(CFDataGetBytePtr(xml())),
+                       uint32_t(CFDataGetLength(xml())), &list);
         plist_free(list);
     }
     bytes(state);
@@ -61,7 +68,8 @@ BENCHMARK(write)->Name("plistwrite/10MB:tarvik")->Unit(benchmark::kMillisecond);
 void writeByPeer(benchmark::State &state)
 {
     plist_t list = nullptr;
-    plist_from_xml(reinterpret_cast<const char *>(CFDataGetBytePtr(xml())), uint32_t(CFDataGetLength(xml())), &list);
+    plist_from_xml(reinterpret_cast<const char *>(CFDataGetBytePtr(xml())), uint32_t(CFDataGetLength(xml())),
+                   &list);
     for (auto _ : state) {
         char *text = nullptr;
         uint32_t length = 0;
@@ -73,4 +81,4 @@ void writeByPeer(benchmark::State &state)
 }
 BENCHMARK(writeByPeer)->Name("plistwrite/10MB:libplist")->Unit(benchmark::kMillisecond);
 
-} // namespace
+}  // namespace

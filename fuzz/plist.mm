@@ -15,7 +15,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size)
         abort();
     if (list) {
         CFDataRef xml = CFPropertyListCreateXMLData(nullptr, list);
-        CFPropertyListRef again = xml ? CFPropertyListCreateFromXMLData(nullptr, xml, kCFPropertyListImmutable, nullptr) : nullptr;
+        CFPropertyListRef again =
+            xml ? CFPropertyListCreateFromXMLData(nullptr, xml, kCFPropertyListImmutable, nullptr) : nullptr;
         CFDataRef xmlAgain = again ? CFPropertyListCreateXMLData(nullptr, again) : nullptr;
         if (!xmlAgain || !CFEqual(xml, xmlAgain))
             abort();

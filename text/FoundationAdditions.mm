@@ -14,10 +14,13 @@ NSNumber *shared(BOOL value)
     return number;
 }
 
-} // namespace
+}  // namespace
 
 @implementation NSObject (FoundationXAdditions)
-- (NSNumber *)hashNumber { return [NSNumber numberWithUnsignedLong:[self hash]]; }
+- (NSNumber *)hashNumber
+{
+    return [NSNumber numberWithUnsignedLong:[self hash]];
+}
 @end
 
 @implementation NSNumber (FoundationXAdditions)
@@ -38,7 +41,9 @@ NSNumber *shared(BOOL value)
 
 @implementation NSFileManager (FoundationXAdditions)
 
-- (int)enumerateSubpathsAtPath:(NSString *)path withFunction:(SubpathFunction)function userdata:(void *)userdata
+- (int)enumerateSubpathsAtPath:(NSString *)path
+                  withFunction:(SubpathFunction)function
+                      userdata:(void *)userdata
 {
     if (!path || !function)
         return 0;

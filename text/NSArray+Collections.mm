@@ -14,11 +14,13 @@ namespace {
 
 using Indexes = std::vector<uint32_t>;
 
-/// What a comparison selector answers. Read as an int, which holds a method that is declared to answer one too.
+/// What a comparison selector answers. Read as an int, which holds a method that is declared to answer one
+/// too.
 int compare(id one, SEL selector, id other)
 {
     using Compare = int (*)(id, SEL, id);
-    return reinterpret_cast<Compare>(reinterpret_cast<void (*)()>([one methodForSelector:selector]))(one, selector, other);
+    return reinterpret_cast<Compare>(reinterpret_cast<void (*)()>([one methodForSelector:selector]))(
+        one, selector, other);
 }
 
 bool isAscending(const Indexes &indexes)
@@ -42,9 +44,9 @@ uint32_t moveStepByStep(NSMutableArray *array, const Indexes &indexes, uint32_t 
     return destination;
 }
 
-/// Changes places within an array. No object is retained, released or looked at: that alone would cost more than the move.
-class Places
-{
+/// Changes places within an array. No object is retained, released or looked at: that alone would cost more
+/// than the move.
+class Places {
 public:
     explicit Places(NSMutableArray *array) : array_(array)
     {
@@ -59,17 +61,20 @@ private:
     Exchange exchange_;
 };
 
-/// Brings the listed places together, next to where the walk ends, and keeps the others in their order. The walk goes from the first
-/// place of the list, `length` places on, up or down. What has been gathered stands in a window right behind the walk: each other
-/// object on the way changes places with the one at the window's start, which so comes to its end.
-/// Answers which entry of the list stands at each place of the window, in the order of the walk.
+/// Brings the listed places together, next to where the walk ends, and keeps the others in their order. The
+/// walk goes from the first place of the list, `length` places on, up or down. What has been gathered stands
+/// in a window right behind the walk: each other object on the way changes places with the one at the
+/// window's start, which so comes to its end. Answers which entry of the list stands at each place of the
+/// window, in the order of the walk.
 template <class Position>
-std::vector<uint32_t> gather(const Places &places, const std::vector<uint32_t> &list, uint32_t length, Position &&position)
+std::vector<uint32_t> gather(const Places &places, const std::vector<uint32_t> &list, uint32_t length,
+                             Position &&position)
 {
     if (list.empty())
         return {};
     const uint32_t first = list[0];
-    std::vector<uint32_t> entries(length - first); // which entry stands at each place of the walk, within the window
+    std::vector<uint32_t> entries(length -
+                                  first);  // which entry stands at each place of the walk, within the window
     uint32_t at = first, start = first, next = 0;
     for (;;) {
         entries[at++ - first] = next++;
@@ -88,10 +93,12 @@ uint32_t moveAscending(NSMutableArray *array, const Indexes &indexes, uint32_t d
 {
     const auto count = uint32_t([array count]), moved = uint32_t(indexes.size());
     if (indexes.back() >= count)
-        [NSException raise:NSRangeException format:@"Index %u is beyond the end of %u objects", indexes.back(), count];
+        [NSException raise:NSRangeException
+                    format:@"Index %u is beyond the end of %u objects", indexes.back(), count];
     const auto behind = std::lower_bound(indexes.begin(), indexes.end(), destination);
     const auto before = uint32_t(behind - indexes.begin());
-    const uint32_t adjusted = destination - before, left = count - moved, split = std::min(destination, count), place = split - before;
+    const uint32_t adjusted = destination - before, left = count - moved,
+                   split = std::min(destination, count), place = split - before;
 
     const Places places(array);
     std::vector<uint32_t> fromBelow(indexes.begin(), behind), fromAbove;
@@ -104,7 +111,8 @@ uint32_t moveAscending(NSMutableArray *array, const Indexes &indexes, uint32_t d
     for (auto entry = above.rbegin(); entry != above.rend(); ++entry)
         standing.push_back(moved - 1 - *entry);
     std::iota(wanted.begin(), wanted.end(), 0);
-    // Put in one by one, from the last, each is appended as long as the end lies before the destination: those stand in reverse.
+    // Put in one by one, from the last, each is appended as long as the end lies before the destination:
+    // those stand in reverse.
     if (adjusted > left) {
         const uint32_t appended = std::min(moved, adjusted - left + 1);
         std::rotate(wanted.begin(), wanted.end() - appended + 1, wanted.end());
@@ -123,7 +131,7 @@ uint32_t moveAscending(NSMutableArray *array, const Indexes &indexes, uint32_t d
     return adjusted;
 }
 
-} // namespace
+}  // namespace
 
 @implementation NSArray (FoundationXCollections)
 
@@ -150,11 +158,13 @@ uint32_t moveAscending(NSMutableArray *array, const Indexes &indexes, uint32_t d
     if (count == 0 || ![list bytes])
         return kTarvikNotFound;
     tarvik::Pool pool;
-    return tarvik::guarded("-[NSMutableArray(FoundationX) moveObjects:toIndex:]", __LINE__, uint32_t{kTarvikNotFound}, [&] {
-        Indexes indexes(count);
-        memcpy(indexes.data(), [list bytes], count * sizeof(uint32_t));
-        return isAscending(indexes) ? moveAscending(self, indexes, index) : moveStepByStep(self, indexes, index);
-    });
+    return tarvik::guarded("-[NSMutableArray(FoundationX) moveObjects:toIndex:]", __LINE__,
+                           uint32_t{kTarvikNotFound}, [&] {
+                               Indexes indexes(count);
+                               memcpy(indexes.data(), [list bytes], count * sizeof(uint32_t));
+                               return isAscending(indexes) ? moveAscending(self, indexes, index)
+                                                           : moveStepByStep(self, indexes, index);
+                           });
 }
 
 - (uint32_t)insertObject:(id)object atIndexUsingSelector:(SEL)selector
@@ -165,7 +175,8 @@ uint32_t moveAscending(NSMutableArray *array, const Indexes &indexes, uint32_t d
     NSUInteger index = 0;
     for (; index < count; ++index) {
         id element = [self objectAtIndex:index];
-        if (element && compare(object, selector ? selector : @selector(compare:), element) != NSOrderedDescending)
+        if (element &&
+            compare(object, selector ? selector : @selector(compare:), element) != NSOrderedDescending)
             break;
     }
     [self insertObject:object atIndex:index];

@@ -9,15 +9,19 @@ namespace {
 NSString *keyOf(long number) { return [NSString stringWithFormat:@"%ld", number]; }
 
 /// One step of a nested lookup; nil where there is no dictionary.
-id step(id from, id key) { return [from respondsToSelector:@selector(objectForKey:)] ? [from objectForKey:key] : nil; }
+id step(id from, id key)
+{
+    return [from respondsToSelector:@selector(objectForKey:)] ? [from objectForKey:key] : nil;
+}
 
-} // namespace
+}  // namespace
 
 @implementation NSDictionary (FoundationXKeys)
 
 - (id)objectForNumber:(long)number
 {
-    return tarvik::guarded("-[NSDictionary(FoundationX) objectForNumber:]", __LINE__, id(nil), [&] { return [self objectForKey:keyOf(number)]; });
+    return tarvik::guarded("-[NSDictionary(FoundationX) objectForNumber:]", __LINE__, id(nil),
+                           [&] { return [self objectForKey:keyOf(number)]; });
 }
 
 - (id)objectForKeys:(id)firstKey, ...
@@ -62,7 +66,7 @@ id step(id from, id key) { return [from respondsToSelector:@selector(objectForKe
         if (!object)
             [NSException raise:NSInvalidArgumentException format:@"No object under the key %@", key];
         [self removeObjectForKey:key];
-        [self setObject:object.get() forKey:newKey]; // last: onto itself the entry stays
+        [self setObject:object.get() forKey:newKey];  // last: onto itself the entry stays
     }
     return NO;
 }

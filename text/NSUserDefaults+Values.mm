@@ -12,11 +12,14 @@ id mutableCopyOf(id stored, Class kind)
     return copy ? copy : [[kind new] autorelease];
 }
 
-} // namespace
+}  // namespace
 
 @implementation NSUserDefaults (FoundationXValues)
 
-- (int)cellStateForBoolKey:(NSString *)key { return [self boolForKey:key] ? 1 : 0; }
+- (int)cellStateForBoolKey:(NSString *)key
+{
+    return [self boolForKey:key] ? 1 : 0;
+}
 
 - (NSMutableArray *)mutableArrayForKey:(NSString *)key
 {

@@ -13,15 +13,16 @@ namespace {
 id newParsed(NSData *data, const char *method)
 {
     CFStringRef error = nullptr;
-    id list = (id)CFPropertyListCreateFromXMLData(kCFAllocatorDefault, CFDataRef(data), kCFPropertyListImmutable, &error);
+    id list = (id)CFPropertyListCreateFromXMLData(kCFAllocatorDefault, CFDataRef(data),
+                                                  kCFPropertyListImmutable, &error);
     if (error)
         NSLog(@"%s error:%@", method, (NSString *)error);
     CFRelease(error);
     return list;
 }
 
-/// What the initialisers from data of both classes do. `take` makes the receiver of a list of its kind. The receiver is
-/// released where there is none.
+/// What the initialisers from data of both classes do. `take` makes the receiver of a list of its kind. The
+/// receiver is released where there is none.
 template <class Take>
 id fromXML(id receiver, NSData *data, Class kind, const char *method, unsigned long line, Take &&take)
 {
@@ -45,7 +46,7 @@ NSData *resource(NSString *name, NSBundle *bundle)
     return path ? [NSData dataWithContentsOfFile:path] : nil;
 }
 
-} // namespace
+}  // namespace
 
 @implementation NSArray (FoundationXPropertyLists)
 
@@ -55,9 +56,15 @@ NSData *resource(NSString *name, NSBundle *bundle)
                    [&](id list) { return [self initWithArray:list]; });
 }
 
-+ (id)arrayWithXMLData:(NSData *)data { return [[[self alloc] initWithXMLData:data] autorelease]; }
++ (id)arrayWithXMLData:(NSData *)data
+{
+    return [[[self alloc] initWithXMLData:data] autorelease];
+}
 
-- (id)initWithResource:(NSString *)name ofBundle:(NSBundle *)bundle { return [self initWithXMLData:resource(name, bundle)]; }
+- (id)initWithResource:(NSString *)name ofBundle:(NSBundle *)bundle
+{
+    return [self initWithXMLData:resource(name, bundle)];
+}
 
 + (id)arrayWithResource:(NSString *)name ofBundle:(NSBundle *)bundle
 {
@@ -70,13 +77,19 @@ NSData *resource(NSString *name, NSBundle *bundle)
 
 - (id)initWithXMLData:(NSData *)data
 {
-    return fromXML(self, data, [NSDictionary class], "-[NSDictionary(FoundationX) initWithXMLData:]", __LINE__,
-                   [&](id list) { return [self initWithDictionary:list]; });
+    return fromXML(self, data, [NSDictionary class], "-[NSDictionary(FoundationX) initWithXMLData:]",
+                   __LINE__, [&](id list) { return [self initWithDictionary:list]; });
 }
 
-+ (id)dictionaryWithXMLData:(NSData *)data { return [[[self alloc] initWithXMLData:data] autorelease]; }
++ (id)dictionaryWithXMLData:(NSData *)data
+{
+    return [[[self alloc] initWithXMLData:data] autorelease];
+}
 
-- (id)initWithResource:(NSString *)name ofBundle:(NSBundle *)bundle { return [self initWithXMLData:resource(name, bundle)]; }
+- (id)initWithResource:(NSString *)name ofBundle:(NSBundle *)bundle
+{
+    return [self initWithXMLData:resource(name, bundle)];
+}
 
 + (id)dictionaryWithResource:(NSString *)name ofBundle:(NSBundle *)bundle
 {
@@ -97,15 +110,24 @@ NSData *resource(NSString *name, NSBundle *bundle)
     return [self initWithData:xml.get()];
 }
 
-+ (id)dataWithPropertyList:(id)list { return [[[self alloc] initWithPropertyList:list] autorelease]; }
++ (id)dataWithPropertyList:(id)list
+{
+    return [[[self alloc] initWithPropertyList:list] autorelease];
+}
 
 @end
 
 @implementation NSObject (FoundationXPropertyLists)
 
-- (id)propertyListDeepCopy:(unsigned)mutability { return (id)CFPropertyListCreateDeepCopy(kCFAllocatorDefault, self, mutability); }
+- (id)propertyListDeepCopy:(unsigned)mutability
+{
+    return (id)CFPropertyListCreateDeepCopy(kCFAllocatorDefault, self, mutability);
+}
 
-- (id)propertyListMutableCopy { return [self propertyListDeepCopy:kCFPropertyListMutableContainersAndLeaves]; }
+- (id)propertyListMutableCopy
+{
+    return [self propertyListDeepCopy:kCFPropertyListMutableContainersAndLeaves];
+}
 
 @end
 
@@ -113,15 +135,19 @@ CFMutableDictionaryRef CFDictionaryCreateMutableWithContentsOfURL(CFURLRef url)
 {
     CFDataRef data = nullptr;
     SInt32 code = 0;
-    if (!url || !CFURLCreateDataAndPropertiesFromResource(kCFAllocatorDefault, url, &data, nullptr, nullptr, &code) || code != 0)
+    if (!url ||
+        !CFURLCreateDataAndPropertiesFromResource(kCFAllocatorDefault, url, &data, nullptr, nullptr, &code) ||
+        code != 0)
         return nullptr;
     CFStringRef error = nullptr;
     CFPropertyListRef list = nullptr;
     if (CFDataGetLength(data) > 0)
-        list = CFPropertyListCreateFromXMLData(kCFAllocatorDefault, data, kCFPropertyListMutableContainersAndLeaves, &error);
+        list = CFPropertyListCreateFromXMLData(kCFAllocatorDefault, data,
+                                               kCFPropertyListMutableContainersAndLeaves, &error);
     CFRelease(data);
     if (error) {
-        CFStringRef message = CFStringCreateWithFormat(kCFAllocatorDefault, nullptr, CFSTR("CFPropertyListCreateFromXMLData:%@"), error);
+        CFStringRef message = CFStringCreateWithFormat(kCFAllocatorDefault, nullptr,
+                                                       CFSTR("CFPropertyListCreateFromXMLData:%@"), error);
         CFShow(message);
         CFRelease(message);
         CFRelease(error);
@@ -133,7 +159,8 @@ CFMutableDictionaryRef CFDictionaryCreateMutableWithContentsOfURL(CFURLRef url)
     return CFMutableDictionaryRef(list);
 }
 
-CFMutableDictionaryRef CFDictionaryCreateMutableWithResource(CFStringRef name, CFStringRef type, CFStringRef subDirectory, CFBundleRef bundle)
+CFMutableDictionaryRef CFDictionaryCreateMutableWithResource(CFStringRef name, CFStringRef type,
+                                                             CFStringRef subDirectory, CFBundleRef bundle)
 {
     CFBundleRef of = bundle ? bundle : CFBundleGetMainBundle();
     CFURLRef url = of ? CFBundleCopyResourceURL(of, name, type, subDirectory) : nullptr;

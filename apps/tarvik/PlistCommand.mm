@@ -37,7 +37,10 @@ id follow(id list, const std::vector<std::string> &words, size_t first)
     return list;
 }
 
-void print(const Arguments &arguments, id list) { writeOutput(arguments.has("xml") ? xmlOfList(list) : showList(list)); }
+void print(const Arguments &arguments, id list)
+{
+    writeOutput(arguments.has("xml") ? xmlOfList(list) : showList(list));
+}
 
 int show(const Arguments &arguments)
 {
@@ -60,7 +63,9 @@ std::string inForm(id list, const std::string &form)
     if (form != "text")
         throw UsageError("--form=" + form + ": xml or text");
     NSString *why = nil;
-    NSData *data = [NSPropertyListSerialization dataFromPropertyList:list format:NSPropertyListOpenStepFormat errorDescription:&why];
+    NSData *data = [NSPropertyListSerialization dataFromPropertyList:list
+                                                              format:NSPropertyListOpenStepFormat
+                                                    errorDescription:&why];
     if (!data)
         throw Failure("can't be written as text: " + utf8Of(why));
     return std::string(static_cast<const char *>([data bytes]), [data length]);
@@ -69,13 +74,16 @@ std::string inForm(id list, const std::string &form)
 int convert(const Arguments &arguments)
 {
     const auto &words = arguments.rest(0, 2);
-    const std::string text = inForm(readList(words.empty() ? "-" : words[0]), arguments.value("form").value_or("xml"));
+    const std::string text =
+        inForm(readList(words.empty() ? "-" : words[0]), arguments.value("form").value_or("xml"));
     if (words.size() < 2 || words[1] == "-") {
         writeOutput(text);
         return kSuccess;
     }
-    CFURLRef url = CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(words[1].data()), CFIndex(words[1].size()), false);
-    CFDataRef data = CFDataCreate(nullptr, reinterpret_cast<const UInt8 *>(text.data()), CFIndex(text.size()));
+    CFURLRef url = CFURLCreateFromFileSystemRepresentation(
+        nullptr, reinterpret_cast<const UInt8 *>(words[1].data()), CFIndex(words[1].size()), false);
+    CFDataRef data =
+        CFDataCreate(nullptr, reinterpret_cast<const UInt8 *>(text.data()), CFIndex(text.size()));
     const bool written = url && CFURLWriteDataAndPropertiesToResource(url, data, nullptr, nullptr);
     const int why = errno;
     CFRelease(data);
@@ -107,22 +115,38 @@ const Option kXML = {'x', "xml", nullptr, "print XML instead of a tree"};
 const Registration registration({
     .name = "plist",
     .summary = "property lists: show, get by key path, convert, check",
-    .details = "A list is XML, or the older text form: {key = (1, \"two\");}, or a strings table (\"key\" = \"value\";).\n"
+    .details = "A list is XML, or the older text form: {key = (1, \"two\");}, or a strings table (\"key\" = "
+               "\"value\";).\n"
                "FILE '-', or none, is standard input.\n\n"
                "Examples:\n"
                "  tarvik plist show Info.plist\n"
                "  tarvik plist get report.plist images 0 image-path\n"
                "  tarvik plist convert --form=text Info.plist Info-gnustep.plist",
-    .subcommands = {{.name = "show", .summary = "print a list as a tree", .usage = "[OPTION]... [FILE]", .options = {kXML}, .run = inPool(show)},
-                    {.name = "get", .summary = "print what stands at a path of keys and array indexes",
-                     .usage = "[OPTION]... FILE KEY...",
-                     .details = "A text is printed as it is; a dictionary or an array as a tree. Exit status 1 when nothing stands there.",
-                     .options = {kXML}, .run = inPool(get)},
-                    {.name = "convert", .summary = "write a list in another form", .usage = "[OPTION]... [FILE [RESULT]]",
-                     .details = "RESULT is replaced whole, or left as it was. Without one the list goes to standard output.",
-                     .options = {{'f', "form", "FORM", "xml (the default) or text"}}, .run = inPool(convert)},
-                    {.name = "check", .summary = "say of each file whether it is a property list", .usage = "[OPTION]... FILE...",
-                     .options = {{'q', "quiet", nullptr, "say nothing of those that are"}}, .run = inPool(check)}},
+    .subcommands =
+        {{.name = "show",
+          .summary = "print a list as a tree",
+          .usage = "[OPTION]... [FILE]",
+          .options = {kXML},
+          .run = inPool(show)},
+         {.name = "get",
+          .summary = "print what stands at a path of keys and array indexes",
+          .usage = "[OPTION]... FILE KEY...",
+          .details = "A text is printed as it is; a dictionary or an array as a tree. Exit status 1 when "
+                     "nothing stands there.",
+          .options = {kXML},
+          .run = inPool(get)},
+         {.name = "convert",
+          .summary = "write a list in another form",
+          .usage = "[OPTION]... [FILE [RESULT]]",
+          .details =
+              "RESULT is replaced whole, or left as it was. Without one the list goes to standard output.",
+          .options = {{'f', "form", "FORM", "xml (the default) or text"}},
+          .run = inPool(convert)},
+         {.name = "check",
+          .summary = "say of each file whether it is a property list",
+          .usage = "[OPTION]... FILE...",
+          .options = {{'q', "quiet", nullptr, "say nothing of those that are"}},
+          .run = inPool(check)}},
 });
 
-} // namespace
+}  // namespace

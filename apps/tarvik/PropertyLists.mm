@@ -39,8 +39,10 @@ std::string quoted(const std::string &text)
 std::string textOfString(NSString *string)
 {
     const auto text = tarvik::utf8(string);
-    return text ? *text : utf8Of([[[NSString alloc] initWithData:[string dataUsingEncoding:NSASCIIStringEncoding allowLossyConversion:YES]
-                                                        encoding:NSASCIIStringEncoding] autorelease]);
+    return text ? *text
+                : utf8Of([[[NSString alloc] initWithData:[string dataUsingEncoding:NSASCIIStringEncoding
+                                                              allowLossyConversion:YES]
+                                                encoding:NSASCIIStringEncoding] autorelease]);
 }
 
 /// Data, dates, numbers and booleans as one word.
@@ -82,7 +84,8 @@ void append(std::string &out, id object, const std::string &indent)
         }
     } else if (type == CFDictionaryGetTypeID()) {
         out += [object count] ? "\n" : " (empty dictionary)\n";
-        for (NSString *key : tarvik::each<NSString>([[object allKeys] sortedArrayUsingSelector:@selector(compare:)])) {
+        for (NSString *key :
+             tarvik::each<NSString>([[object allKeys] sortedArrayUsingSelector:@selector(compare:)])) {
             out.append(indent).append(textOfString(key)).append(":");
             append(out, [object objectForKey:key], indent + "  ");
         }
@@ -91,12 +94,13 @@ void append(std::string &out, id object, const std::string &indent)
     }
 }
 
-} // namespace
+}  // namespace
 
 id parseList(const std::string &bytes, const std::string &name)
 {
     CFStringRef error = nullptr;
-    id list = (id)CFPropertyListCreateFromXMLData(nullptr, CFDataRef(tarvik::nsdata(bytes)), kCFPropertyListImmutable, &error);
+    id list = (id)CFPropertyListCreateFromXMLData(nullptr, CFDataRef(tarvik::nsdata(bytes)),
+                                                  kCFPropertyListImmutable, &error);
     const std::string why = utf8Of((NSString *)error);
     CFRelease(error);
     if (!list)
@@ -104,7 +108,10 @@ id parseList(const std::string &bytes, const std::string &name)
     return [list autorelease];
 }
 
-id readList(const std::string &path) { return parseList(readInput(path), path == "-" ? "standard input" : path); }
+id readList(const std::string &path)
+{
+    return parseList(readInput(path), path == "-" ? "standard input" : path);
+}
 
 std::string showList(id list)
 {

@@ -10,11 +10,12 @@ namespace {
 const void *retainObject(CFAllocatorRef, const void *value) { return CFRetain(value); }
 void releaseObject(CFAllocatorRef, const void *value) { CFRelease(value); }
 
-} // namespace
+}  // namespace
 
 const CFArrayCallBacks kCFTypeArrayCallBacks = {0, retainObject, releaseObject, CFCopyDescription, CFEqual};
 
-/// An array of plain pointers, kept as the callbacks say. It is an NSArray, so that one function serves every array.
+/// An array of plain pointers, kept as the callbacks say. It is an NSArray, so that one function serves every
+/// array.
 @interface TarvikPointerArray : NSMutableArray {
     std::vector<const void *> values;
     CFArrayCallBacks callBacks;
@@ -36,24 +37,32 @@ const CFArrayCallBacks kCFTypeArrayCallBacks = {0, retainObject, releaseObject, 
     [super dealloc];
 }
 
-- (NSUInteger)count { return values.size(); }
+- (NSUInteger)count
+{
+    return values.size();
+}
 
 - (id)objectAtIndex:(NSUInteger)index
 {
     if (index >= values.size())
-        [NSException raise:NSRangeException format:@"Index %lu beyond %lu", (unsigned long)index, (unsigned long)values.size()];
+        [NSException raise:NSRangeException
+                    format:@"Index %lu beyond %lu", (unsigned long)index, (unsigned long)values.size()];
     return ns(CFTypeRef(values[index]));
 }
 
 - (void)insertObject:(id)object atIndex:(NSUInteger)index
 {
     if (index > values.size())
-        [NSException raise:NSRangeException format:@"Index %lu beyond %lu", (unsigned long)index, (unsigned long)values.size()];
+        [NSException raise:NSRangeException
+                    format:@"Index %lu beyond %lu", (unsigned long)index, (unsigned long)values.size()];
     const void *value = callBacks.retain ? callBacks.retain(nullptr, object) : object;
     values.insert(values.begin() + ptrdiff_t(index), value);
 }
 
-- (void)addObject:(id)object { [self insertObject:object atIndex:values.size()]; }
+- (void)addObject:(id)object
+{
+    [self insertObject:object atIndex:values.size()];
+}
 
 - (void)replaceObjectAtIndex:(NSUInteger)index withObject:(id)object
 {
@@ -71,7 +80,10 @@ const CFArrayCallBacks kCFTypeArrayCallBacks = {0, retainObject, releaseObject, 
         callBacks.release(nullptr, old);
 }
 
-- (void)removeLastObject { [self removeObjectAtIndex:values.size() - 1]; }
+- (void)removeLastObject
+{
+    [self removeObjectAtIndex:values.size() - 1];
+}
 
 - (void)removeAllObjects
 {
@@ -101,10 +113,19 @@ const CFArrayCallBacks kCFTypeArrayCallBacks = {0, retainObject, releaseObject, 
     return YES;
 }
 
-- (BOOL)isEqualToArray:(NSArray *)other { return [self isEqual:other]; }
-- (NSUInteger)hash { return values.size(); }
+- (BOOL)isEqualToArray:(NSArray *)other
+{
+    return [self isEqual:other];
+}
+- (NSUInteger)hash
+{
+    return values.size();
+}
 
-- (id)copyWithZone:(NSZone *)zone { return [self mutableCopyWithZone:zone]; }
+- (id)copyWithZone:(NSZone *)zone
+{
+    return [self mutableCopyWithZone:zone];
+}
 
 - (id)mutableCopyWithZone:(NSZone *)zone
 {
@@ -129,8 +150,12 @@ const CFArrayCallBacks kCFTypeArrayCallBacks = {0, retainObject, releaseObject, 
     return text;
 }
 
-- (NSString *)descriptionWithLocale:(id)__attribute__((unused)) locale { return [self description]; }
-- (NSString *)descriptionWithLocale:(id)__attribute__((unused)) locale indent:(NSUInteger)__attribute__((unused)) level
+- (NSString *)descriptionWithLocale:(id)__attribute__((unused))locale
+{
+    return [self description];
+}
+- (NSString *)descriptionWithLocale:(id)__attribute__((unused))locale
+                             indent:(NSUInteger)__attribute__((unused))level
 {
     return [self description];
 }
@@ -141,7 +166,8 @@ namespace {
 /// Whether elements are objects, so that Foundation's own array holds them.
 bool holdsObjects(const CFArrayCallBacks *callBacks)
 {
-    return callBacks && callBacks->retain == retainObject && callBacks->release == releaseObject && callBacks->equal == CFEqual;
+    return callBacks && callBacks->retain == retainObject && callBacks->release == releaseObject &&
+           callBacks->equal == CFEqual;
 }
 
 NSMutableArray *newArray(const CFArrayCallBacks *callBacks, CFIndex capacity = 0)
@@ -160,9 +186,10 @@ bool equalIn(CFArrayRef array, const void *value, const void *other)
     return CFEqual(value, other);
 }
 
-} // namespace
+}  // namespace
 
-CFArrayRef CFArrayCreate(CFAllocatorRef, const void **values, CFIndex count, const CFArrayCallBacks *callBacks)
+CFArrayRef CFArrayCreate(CFAllocatorRef, const void **values, CFIndex count,
+                         const CFArrayCallBacks *callBacks)
 {
     if (count < 0 || (!values && count > 0))
         return nullptr;
@@ -287,7 +314,8 @@ void CFArrayExchangeValuesAtIndices(CFMutableArrayRef array, CFIndex index1, CFI
     const CFIndex count = CFArrayGetCount(array);
     if (index1 < 0 || index2 < 0 || index1 >= count || index2 >= count)
         return;
-    perform([&] { [ns(array) exchangeObjectAtIndex:NSUInteger(index1) withObjectAtIndex:NSUInteger(index2)]; });
+    perform(
+        [&] { [ns(array) exchangeObjectAtIndex:NSUInteger(index1) withObjectAtIndex:NSUInteger(index2)]; });
 }
 
 void CFArraySortValues(CFMutableArrayRef array, CFRange range, CFComparatorFunction comparator, void *context)
@@ -298,8 +326,9 @@ void CFArraySortValues(CFMutableArrayRef array, CFRange range, CFComparatorFunct
         std::vector<const void *> values(size_t(range.length));
         CFArrayGetValues(array, range, values.data());
         auto sorted = values;
-        std::stable_sort(sorted.begin(), sorted.end(),
-                         [&](const void *a, const void *b) { return comparator(a, b, context) == kCFCompareLessThan; });
+        std::stable_sort(sorted.begin(), sorted.end(), [&](const void *a, const void *b) {
+            return comparator(a, b, context) == kCFCompareLessThan;
+        });
         // The elements are all there already: held once more while they change places.
         auto keep = tarvik::adopt([ns(array) copy]);
         for (size_t i = 0; i < sorted.size(); ++i)

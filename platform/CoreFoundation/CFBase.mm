@@ -54,7 +54,7 @@ enum : CFTypeID {
     nullType,
     pastTypes
 };
-} // namespace
+}  // namespace
 
 const CFAllocatorRef kCFAllocatorDefault = nullptr;
 const CFAllocatorRef kCFAllocatorSystemDefault = &systemAllocator;
@@ -72,14 +72,14 @@ void deallocate(CFAllocatorRef deallocator, const void *buffer)
     if (!deallocator || deallocator->frees)
         free(const_cast<void *>(buffer));
 }
-} // namespace tarvik::cf
+}  // namespace tarvik::cf
 
 CFTypeRef CFRetain(CFTypeRef object) { return [ns(object) retain]; }
 
 void CFRelease(CFTypeRef object)
 {
     if ([ns(object) retainCount] == 1)
-        perform([&] { [ns(object) release]; }); // the last one: deallocation may autorelease
+        perform([&] { [ns(object) release]; });  // the last one: deallocation may autorelease
     else
         [ns(object) release];
 }
@@ -133,8 +133,10 @@ void CFShow(CFTypeRef object)
         NSString *text = object ? [ns(object) description] : @"(null)";
         if (auto utf8 = tarvik::utf8(text))
             fprintf(stderr, "%s\n", utf8->c_str());
-        else // half a surrogate pair: what ASCII can say of it
-            fprintf(stderr, "%.*s\n", int([text length]), (const char *)[[text dataUsingEncoding:NSASCIIStringEncoding allowLossyConversion:YES] bytes]);
+        else  // half a surrogate pair: what ASCII can say of it
+            fprintf(stderr, "%.*s\n", int([text length]),
+                    (const char *)[[text dataUsingEncoding:NSASCIIStringEncoding
+                                      allowLossyConversion:YES] bytes]);
     });
 }
 

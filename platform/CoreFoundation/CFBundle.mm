@@ -24,13 +24,15 @@ bool exists(NSString *path, bool mustBeFolder = false)
 {
     struct stat about;
     const auto bytes = tarvik::utf8(path);
-    return bytes && !bytes->empty() && stat(bytes->c_str(), &about) == 0 && (!mustBeFolder || S_ISDIR(about.st_mode));
+    return bytes && !bytes->empty() && stat(bytes->c_str(), &about) == 0 &&
+           (!mustBeFolder || S_ISDIR(about.st_mode));
 }
 
 /// An owned URL; null for nil.
 CFURLRef copyURL(NSString *path, bool isDirectory)
 {
-    return path ? CFURLCreateWithFileSystemPath(nullptr, CFStringRef(path), kCFURLPOSIXPathStyle, isDirectory) : nullptr;
+    return path ? CFURLCreateWithFileSystemPath(nullptr, CFStringRef(path), kCFURLPOSIXPathStyle, isDirectory)
+                : nullptr;
 }
 
 NSArray *urls(NSArray *paths)
@@ -60,11 +62,14 @@ NSString *executablePath(CFBundleRef bundle)
     return exists(path) && !exists(path, true) ? path : nil;
 }
 
-/// The bundle's folder. A plain program has none of its own: it is taken to be the folder that the program stands in.
+/// The bundle's folder. A plain program has none of its own: it is taken to be the folder that the program
+/// stands in.
 NSString *bundlePath(CFBundleRef bundle)
 {
     NSString *path = [ns(bundle) bundlePath];
-    return !exists(path, true) && ns(bundle) == [NSBundle mainBundle] ? [processPath() stringByDeletingLastPathComponent] : path;
+    return !exists(path, true) && ns(bundle) == [NSBundle mainBundle]
+               ? [processPath() stringByDeletingLastPathComponent]
+               : path;
 }
 
 /// Where resources stand: the folder itself in the flat layout.
@@ -78,10 +83,11 @@ NSString *resourcesPath(CFBundleRef bundle)
 NSString *otherName(NSString *language)
 {
     static NSString *const names[][2] = {
-        {@"English", @"en"},    {@"French", @"fr"},    {@"German", @"de"},  {@"Italian", @"it"}, {@"Dutch", @"nl"},  {@"Swedish", @"sv"},
-        {@"Spanish", @"es"},    {@"Danish", @"da"},    {@"Portuguese", @"pt"}, {@"Norwegian", @"no"}, {@"Japanese", @"ja"}, {@"Korean", @"ko"},
-        {@"Chinese", @"zh"},    {@"Finnish", @"fi"},   {@"Greek", @"el"},   {@"Polish", @"pl"},  {@"Russian", @"ru"}, {@"Turkish", @"tr"},
-        {@"Hungarian", @"hu"},  {@"Czech", @"cs"},
+        {@"English", @"en"},    {@"French", @"fr"},    {@"German", @"de"},    {@"Italian", @"it"},
+        {@"Dutch", @"nl"},      {@"Swedish", @"sv"},   {@"Spanish", @"es"},   {@"Danish", @"da"},
+        {@"Portuguese", @"pt"}, {@"Norwegian", @"no"}, {@"Japanese", @"ja"},  {@"Korean", @"ko"},
+        {@"Chinese", @"zh"},    {@"Finnish", @"fi"},   {@"Greek", @"el"},     {@"Polish", @"pl"},
+        {@"Russian", @"ru"},    {@"Turkish", @"tr"},   {@"Hungarian", @"hu"}, {@"Czech", @"cs"},
     };
     for (const auto &pair : names)
         for (const int i : {0, 1})
@@ -94,14 +100,16 @@ NSString *otherName(NSString *language)
 NSArray *localizedFolders(CFBundleRef bundle, NSString *subDirectory, NSString *localization)
 {
     NSString *resources = resourcesPath(bundle);
-    NSString *below = [subDirectory length] > 0 ? [resources stringByAppendingPathComponent:subDirectory] : resources;
+    NSString *below =
+        [subDirectory length] > 0 ? [resources stringByAppendingPathComponent:subDirectory] : resources;
     NSMutableArray *folders = [NSMutableArray array];
     for (NSString *name : {localization, otherName(localization)})
         if ([name length] > 0) {
             NSString *folder = [name stringByAppendingPathExtension:@"lproj"];
             [folders addObject:[below stringByAppendingPathComponent:folder]];
             if (below != resources)
-                [folders addObject:[[resources stringByAppendingPathComponent:folder] stringByAppendingPathComponent:subDirectory]];
+                [folders addObject:[[resources stringByAppendingPathComponent:folder]
+                                       stringByAppendingPathComponent:subDirectory]];
         }
     [folders addObject:below];
     return folders;
@@ -139,10 +147,12 @@ UInt32 versionNumber(const std::string &text)
         if (!number(revision, 255))
             return 0;
     }
-    return *at ? 0 : (major / 10 << 4 | major % 10) << 24 | parts[0] << 20 | parts[1] << 16 | stage << 8 | revision;
+    return *at ? 0
+               : (major / 10 << 4 | major % 10) << 24 | parts[0] << 20 | parts[1] << 16 | stage << 8 |
+                     revision;
 }
 
-} // namespace
+}  // namespace
 
 CFBundleRef CFBundleGetMainBundle(void)
 {
@@ -153,7 +163,8 @@ CFBundleRef CFBundleGetBundleWithIdentifier(CFStringRef identifier)
 {
     if (!identifier)
         return nullptr;
-    return answer<CFBundleRef>(nullptr, [&] { return cf<CFBundleRef>([NSBundle bundleWithIdentifier:ns(identifier)]); });
+    return answer<CFBundleRef>(
+        nullptr, [&] { return cf<CFBundleRef>([NSBundle bundleWithIdentifier:ns(identifier)]); });
 }
 
 CFArrayRef CFBundleGetAllBundles(void)
@@ -177,7 +188,8 @@ CFBundleRef CFBundleCreate(CFAllocatorRef, CFURLRef bundleURL)
 CFArrayRef CFBundleCreateBundlesFromDirectory(CFAllocatorRef, CFURLRef directoryURL, CFStringRef bundleType)
 {
     SInt32 error = 0;
-    CFTypeRef contents = CFURLCreatePropertyFromResource(nullptr, directoryURL, kCFURLFileDirectoryContents, &error);
+    CFTypeRef contents =
+        CFURLCreatePropertyFromResource(nullptr, directoryURL, kCFURLFileDirectoryContents, &error);
     if (!contents)
         return nullptr;
     auto bundles = owned<CFArrayRef>([&] {
@@ -186,7 +198,9 @@ CFArrayRef CFBundleCreateBundlesFromDirectory(CFAllocatorRef, CFURLRef directory
             CFStringRef extension = CFURLCopyPathExtension(CFURLRef(url));
             const bool isWanted = !bundleType || (extension && CFEqual(extension, bundleType));
             CFRelease(extension);
-            CFBundleRef bundle = isWanted && CFURLHasDirectoryPath(CFURLRef(url)) ? CFBundleCreate(nullptr, CFURLRef(url)) : nullptr;
+            CFBundleRef bundle = isWanted && CFURLHasDirectoryPath(CFURLRef(url))
+                                     ? CFBundleCreate(nullptr, CFURLRef(url))
+                                     : nullptr;
             if (bundle)
                 [found addObject:ns(bundle)];
             CFRelease(bundle);
@@ -206,7 +220,8 @@ CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle)
 
 CFURLRef CFBundleCopyExecutableURL(CFBundleRef bundle)
 {
-    return answer<CFURLRef>(nullptr, [&] { return bundle ? copyURL(executablePath(bundle), false) : nullptr; });
+    return answer<CFURLRef>(nullptr,
+                            [&] { return bundle ? copyURL(executablePath(bundle), false) : nullptr; });
 }
 
 CFURLRef CFBundleCopyAuxiliaryExecutableURL(CFBundleRef bundle, CFStringRef executableName)
@@ -275,12 +290,15 @@ CFTypeRef CFBundleGetValueForInfoDictionaryKey(CFBundleRef bundle, CFStringRef k
 
 // --- resources -----------------------------------------------------------------------------------------
 
-CFURLRef CFBundleCopyResourceURL(CFBundleRef bundle, CFStringRef name, CFStringRef type, CFStringRef subDirName)
+CFURLRef CFBundleCopyResourceURL(CFBundleRef bundle, CFStringRef name, CFStringRef type,
+                                 CFStringRef subDirName)
 {
     if (!bundle || !name)
         return nullptr;
     return answer<CFURLRef>(nullptr, [&] {
-        NSString *path = [ns(bundle) pathForResource:fileName(name, type) ofType:nil inDirectory:ns(subDirName)];
+        NSString *path = [ns(bundle) pathForResource:fileName(name, type)
+                                              ofType:nil
+                                         inDirectory:ns(subDirName)];
         return copyURL(path, exists(path, true));
     });
 }
@@ -289,16 +307,18 @@ CFArrayRef CFBundleCopyResourceURLsOfType(CFBundleRef bundle, CFStringRef type, 
 {
     if (!bundle)
         return nullptr;
-    return owned<CFArrayRef>([&] { return urls([ns(bundle) pathsForResourcesOfType:ns(type) inDirectory:ns(subDirName)]); });
+    return owned<CFArrayRef>(
+        [&] { return urls([ns(bundle) pathsForResourcesOfType:ns(type) inDirectory:ns(subDirName)]); });
 }
 
-CFURLRef CFBundleCopyResourceURLForLocalization(CFBundleRef bundle, CFStringRef name, CFStringRef type, CFStringRef subDirName,
-                                                CFStringRef localization)
+CFURLRef CFBundleCopyResourceURLForLocalization(CFBundleRef bundle, CFStringRef name, CFStringRef type,
+                                                CFStringRef subDirName, CFStringRef localization)
 {
     if (!bundle || !name || CFStringGetLength(name) == 0)
         return nullptr;
     return answer<CFURLRef>(nullptr, [&]() -> CFURLRef {
-        for (NSString *folder : tarvik::each<NSString>(localizedFolders(bundle, ns(subDirName), ns(localization)))) {
+        for (NSString *folder :
+             tarvik::each<NSString>(localizedFolders(bundle, ns(subDirName), ns(localization)))) {
             NSString *path = [folder stringByAppendingPathComponent:fileName(name, type)];
             if (exists(path))
                 return copyURL(path, exists(path, true));
@@ -307,16 +327,18 @@ CFURLRef CFBundleCopyResourceURLForLocalization(CFBundleRef bundle, CFStringRef 
     });
 }
 
-CFArrayRef CFBundleCopyResourceURLsOfTypeForLocalization(CFBundleRef bundle, CFStringRef type, CFStringRef subDirName,
-                                                         CFStringRef localization)
+CFArrayRef CFBundleCopyResourceURLsOfTypeForLocalization(CFBundleRef bundle, CFStringRef type,
+                                                         CFStringRef subDirName, CFStringRef localization)
 {
     if (!bundle)
         return nullptr;
     return owned<CFArrayRef>([&] {
         NSMutableArray *paths = [NSMutableArray array];
-        for (NSString *folder : tarvik::each<NSString>(localizedFolders(bundle, ns(subDirName), ns(localization)))) {
+        for (NSString *folder :
+             tarvik::each<NSString>(localizedFolders(bundle, ns(subDirName), ns(localization)))) {
             NSArray *names = [[NSFileManager defaultManager] directoryContentsAtPath:folder];
-            for (NSString *name : tarvik::each<NSString>([names sortedArrayUsingSelector:@selector(compare:)]))
+            for (NSString *name :
+                 tarvik::each<NSString>([names sortedArrayUsingSelector:@selector(compare:)]))
                 if (!type || [[name pathExtension] isEqualToString:ns(type)])
                     [paths addObject:[folder stringByAppendingPathComponent:name]];
         }
@@ -344,9 +366,11 @@ CFArrayRef CFBundleCopyPreferredLocalizationsFromArray(CFArrayRef localizations)
     });
 }
 
-CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value, CFStringRef tableName)
+CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value,
+                                        CFStringRef tableName)
 {
     if (!bundle || !key)
         return CFStringRef(CFRetain(value));
-    return owned<CFStringRef>([&] { return [ns(bundle) localizedStringForKey:ns(key) value:ns(value) table:ns(tableName)]; });
+    return owned<CFStringRef>(
+        [&] { return [ns(bundle) localizedStringForKey:ns(key) value:ns(value) table:ns(tableName)]; });
 }

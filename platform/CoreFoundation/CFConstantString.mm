@@ -22,8 +22,7 @@ struct ConstantString {
 };
 
 /// The constants made at run time, by their text. They live as long as the process.
-class Constants
-{
+class Constants {
 public:
     const ConstantString *find(std::string_view text)
     {
@@ -52,7 +51,7 @@ private:
 
 Constants &constants()
 {
-    static auto *all = new Constants; // never destroyed: exit handlers use constants too
+    static auto *all = new Constants;  // never destroyed: exit handlers use constants too
     return *all;
 }
 
@@ -65,7 +64,8 @@ const ConstantString *constant(CFStringRef string, CFStringEncoding encoding)
     if (encoding == kCFStringEncodingUTF8)
         return literal;
     const auto *row = encodings::find(encoding);
-    const bool isASCII = std::all_of(literal->bytes, literal->bytes + literal->count, [](char c) { return (c & 0x80) == 0; });
+    const bool isASCII =
+        std::all_of(literal->bytes, literal->bytes + literal->count, [](char c) { return (c & 0x80) == 0; });
     return row && row->superset && isASCII ? literal : nullptr;
 }
 
@@ -74,18 +74,20 @@ std::string utf8Text(const char *text)
 {
     const auto *bytes = reinterpret_cast<const uint8_t *>(text);
     const size_t count = strlen(text);
-    const auto &utf8 = *encodings::find(kCFStringEncodingUTF8), &roman = *encodings::find(kCFStringEncodingMacRoman);
+    const auto &utf8 = *encodings::find(kCFStringEncodingUTF8),
+               &roman = *encodings::find(kCFStringEncodingMacRoman);
     if (encodings::decode(utf8, bytes, count, false))
         return std::string(text, count);
     const auto units = encodings::decode(roman, bytes, count, false).value_or(u"");
     std::string result(units.size() * 3, '\0');
-    const auto written = encodings::encode(utf8, reinterpret_cast<const uint16_t *>(units.data()), units.size(), 0, false,
-                                           reinterpret_cast<uint8_t *>(result.data()), result.size());
+    const auto written =
+        encodings::encode(utf8, reinterpret_cast<const uint16_t *>(units.data()), units.size(), 0, false,
+                          reinterpret_cast<uint8_t *>(result.data()), result.size());
     result.resize(written.bytes);
     return result;
 }
 
-} // namespace
+}  // namespace
 
 CFStringRef __CFStringMakeConstantString(const char *text)
 {

@@ -9,7 +9,8 @@ CFDataRef CFDataCreate(CFAllocatorRef, const UInt8 *bytes, CFIndex length)
     return made<CFDataRef>([&] { return [[NSData alloc] initWithBytes:bytes length:NSUInteger(length)]; });
 }
 
-CFDataRef CFDataCreateWithBytesNoCopy(CFAllocatorRef, const UInt8 *bytes, CFIndex length, CFAllocatorRef bytesDeallocator)
+CFDataRef CFDataCreateWithBytesNoCopy(CFAllocatorRef, const UInt8 *bytes, CFIndex length,
+                                      CFAllocatorRef bytesDeallocator)
 {
     if (length < 0 || (!bytes && length > 0))
         return nullptr;
@@ -37,7 +38,10 @@ CFMutableDataRef CFDataCreateMutableCopy(CFAllocatorRef, CFIndex, CFDataRef data
 
 CFIndex CFDataGetLength(CFDataRef data) { return CFIndex([ns(data) length]); }
 const UInt8 *CFDataGetBytePtr(CFDataRef data) { return static_cast<const UInt8 *>([ns(data) bytes]); }
-UInt8 *CFDataGetMutableBytePtr(CFMutableDataRef data) { return static_cast<UInt8 *>([ns(data) mutableBytes]); }
+UInt8 *CFDataGetMutableBytePtr(CFMutableDataRef data)
+{
+    return static_cast<UInt8 *>([ns(data) mutableBytes]);
+}
 
 void CFDataGetBytes(CFDataRef data, CFRange range, UInt8 *buffer)
 {
@@ -66,7 +70,8 @@ void CFDataAppendBytes(CFMutableDataRef data, const UInt8 *bytes, CFIndex length
 void CFDataReplaceBytes(CFMutableDataRef data, CFRange range, const UInt8 *bytes, CFIndex length)
 {
     if (length >= 0 && (bytes || length == 0) && contains(CFDataGetLength(data), range))
-        perform([&] { [ns(data) replaceBytesInRange:nsRange(range) withBytes:bytes length:NSUInteger(length)]; });
+        perform(
+            [&] { [ns(data) replaceBytesInRange:nsRange(range) withBytes:bytes length:NSUInteger(length)]; });
 }
 
 void CFDataDeleteBytes(CFMutableDataRef data, CFRange range) { CFDataReplaceBytes(data, range, nullptr, 0); }

@@ -12,7 +12,10 @@ CFDateRef CFDateCreate(CFAllocatorRef, CFAbsoluteTime at)
     return made<CFDateRef>([&] { return [[NSDate alloc] initWithTimeIntervalSinceReferenceDate:at]; });
 }
 
-CFAbsoluteTime CFDateGetAbsoluteTime(CFDateRef date) { return date ? [ns(date) timeIntervalSinceReferenceDate] : 0; }
+CFAbsoluteTime CFDateGetAbsoluteTime(CFDateRef date)
+{
+    return date ? [ns(date) timeIntervalSinceReferenceDate] : 0;
+}
 
 CFTimeInterval CFDateGetTimeIntervalSinceDate(CFDateRef date, CFDateRef other)
 {

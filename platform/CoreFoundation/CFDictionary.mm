@@ -10,7 +10,10 @@ namespace {
 
 const void *retainObject(CFAllocatorRef, const void *value) { return CFRetain(value); }
 void releaseObject(CFAllocatorRef, const void *value) { CFRelease(value); }
-const void *copyString(CFAllocatorRef, const void *value) { return CFStringCreateCopy(nullptr, CFStringRef(value)); }
+const void *copyString(CFAllocatorRef, const void *value)
+{
+    return CFStringCreateCopy(nullptr, CFStringRef(value));
+}
 
 struct KeyHash {
     CFDictionaryHashCallBack hash;
@@ -22,11 +25,14 @@ struct KeyEqual {
 };
 using PointerMap = std::unordered_map<const void *, const void *, KeyHash, KeyEqual>;
 
-} // namespace
+}  // namespace
 
-const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks = {0, retainObject, releaseObject, CFCopyDescription, CFEqual, CFHash};
-const CFDictionaryKeyCallBacks kCFCopyStringDictionaryKeyCallBacks = {0, copyString, releaseObject, CFCopyDescription, CFEqual, CFHash};
-const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {0, retainObject, releaseObject, CFCopyDescription, CFEqual};
+const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks = {
+    0, retainObject, releaseObject, CFCopyDescription, CFEqual, CFHash};
+const CFDictionaryKeyCallBacks kCFCopyStringDictionaryKeyCallBacks = {
+    0, copyString, releaseObject, CFCopyDescription, CFEqual, CFHash};
+const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {0, retainObject, releaseObject,
+                                                                    CFCopyDescription, CFEqual};
 
 /// Walks the keys of a map, taken when the walk began.
 @interface TarvikPointerEnumerator : NSEnumerator {
@@ -42,7 +48,10 @@ const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {0, retainObj
     pointers = std::move(list);
     return self;
 }
-- (id)nextObject { return next < pointers.size() ? ns(CFTypeRef(pointers[next++])) : nil; }
+- (id)nextObject
+{
+    return next < pointers.size() ? ns(CFTypeRef(pointers[next++])) : nil;
+}
 @end
 
 /// A dictionary of plain pointers, kept and compared as the callbacks say.
@@ -51,13 +60,15 @@ const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {0, retainObj
     CFDictionaryKeyCallBacks keyCallBacks;
     CFDictionaryValueCallBacks valueCallBacks;
 }
-- (id)initWithKeyCallBacks:(const CFDictionaryKeyCallBacks *)keys valueCallBacks:(const CFDictionaryValueCallBacks *)values;
+- (id)initWithKeyCallBacks:(const CFDictionaryKeyCallBacks *)keys
+            valueCallBacks:(const CFDictionaryValueCallBacks *)values;
 - (BOOL)value:(const void *)value equals:(const void *)other;
 - (BOOL)getValue:(const void **)value forKey:(const void *)key;
 @end
 
 @implementation TarvikPointerDictionary
-- (id)initWithKeyCallBacks:(const CFDictionaryKeyCallBacks *)keys valueCallBacks:(const CFDictionaryValueCallBacks *)values
+- (id)initWithKeyCallBacks:(const CFDictionaryKeyCallBacks *)keys
+            valueCallBacks:(const CFDictionaryValueCallBacks *)values
 {
     keyCallBacks = keys ? *keys : CFDictionaryKeyCallBacks{};
     valueCallBacks = values ? *values : CFDictionaryValueCallBacks{};
@@ -72,7 +83,10 @@ const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {0, retainObj
     [super dealloc];
 }
 
-- (NSUInteger)count { return map->size(); }
+- (NSUInteger)count
+{
+    return map->size();
+}
 
 - (BOOL)getValue:(const void **)value forKey:(const void *)key
 {
@@ -159,15 +173,25 @@ const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {0, retainObj
         return NO;
     for (const auto &[key, value] : *map) {
         const void *there = nullptr;
-        if (!CFDictionaryGetValueIfPresent(CFDictionaryRef(other), key, &there) || ![self value:value equals:there])
+        if (!CFDictionaryGetValueIfPresent(CFDictionaryRef(other), key, &there) || ![self value:value
+                                                                                         equals:there])
             return NO;
     }
     return YES;
 }
 
-- (BOOL)isEqualToDictionary:(NSDictionary *)other { return [self isEqual:other]; }
-- (NSUInteger)hash { return map->size(); }
-- (id)copyWithZone:(NSZone *)zone { return [self mutableCopyWithZone:zone]; }
+- (BOOL)isEqualToDictionary:(NSDictionary *)other
+{
+    return [self isEqual:other];
+}
+- (NSUInteger)hash
+{
+    return map->size();
+}
+- (id)copyWithZone:(NSZone *)zone
+{
+    return [self mutableCopyWithZone:zone];
+}
 
 - (id)mutableCopyWithZone:(NSZone *)zone
 {
@@ -197,8 +221,12 @@ const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {0, retainObj
     return text;
 }
 
-- (NSString *)descriptionWithLocale:(id)__attribute__((unused)) locale { return [self description]; }
-- (NSString *)descriptionWithLocale:(id)__attribute__((unused)) locale indent:(NSUInteger)__attribute__((unused)) level
+- (NSString *)descriptionWithLocale:(id)__attribute__((unused))locale
+{
+    return [self description];
+}
+- (NSString *)descriptionWithLocale:(id)__attribute__((unused))locale
+                             indent:(NSUInteger)__attribute__((unused))level
 {
     return [self description];
 }
@@ -209,30 +237,37 @@ namespace {
 /// Whether keys and values are objects, so that Foundation's own dictionary holds them.
 bool holdsObjects(const CFDictionaryKeyCallBacks *keys, const CFDictionaryValueCallBacks *values)
 {
-    return keys && values && (keys->retain == retainObject || keys->retain == copyString) && keys->release == releaseObject &&
-           keys->equal == CFEqual && keys->hash == CFHash && values->retain == retainObject && values->release == releaseObject &&
-           values->equal == CFEqual;
+    return keys && values && (keys->retain == retainObject || keys->retain == copyString) &&
+           keys->release == releaseObject && keys->equal == CFEqual && keys->hash == CFHash &&
+           values->retain == retainObject && values->release == releaseObject && values->equal == CFEqual;
 }
 
-NSMutableDictionary *newDictionary(const CFDictionaryKeyCallBacks *keys, const CFDictionaryValueCallBacks *values)
+NSMutableDictionary *newDictionary(const CFDictionaryKeyCallBacks *keys,
+                                   const CFDictionaryValueCallBacks *values)
 {
     if (holdsObjects(keys, values))
         return [NSMutableDictionary new];
     return [[TarvikPointerDictionary alloc] initWithKeyCallBacks:keys valueCallBacks:values];
 }
 
-bool holdsPointers(CFDictionaryRef dictionary) { return [ns(dictionary) isKindOfClass:[TarvikPointerDictionary class]]; }
+bool holdsPointers(CFDictionaryRef dictionary)
+{
+    return [ns(dictionary) isKindOfClass:[TarvikPointerDictionary class]];
+}
 
-} // namespace
+}  // namespace
 
 CFDictionaryRef CFDictionaryCreate(CFAllocatorRef, const void **keys, const void **values, CFIndex count,
-                                   const CFDictionaryKeyCallBacks *keyCallBacks, const CFDictionaryValueCallBacks *valueCallBacks)
+                                   const CFDictionaryKeyCallBacks *keyCallBacks,
+                                   const CFDictionaryValueCallBacks *valueCallBacks)
 {
     if (count < 0 || ((!keys || !values) && count > 0))
         return nullptr;
     return made<CFDictionaryRef>([&]() -> NSDictionary * {
         if (holdsObjects(keyCallBacks, valueCallBacks))
-            return [[NSDictionary alloc] initWithObjects:(id *)values forKeys:(id *)keys count:NSUInteger(count)];
+            return [[NSDictionary alloc] initWithObjects:(id *)values
+                                                 forKeys:(id *)keys
+                                                   count:NSUInteger(count)];
         auto dictionary = tarvik::adopt(newDictionary(keyCallBacks, valueCallBacks));
         for (CFIndex i = 0; i < count; ++i)
             [dictionary.get() setObject:ns(CFTypeRef(values[i])) forKey:ns(CFTypeRef(keys[i]))];
@@ -245,7 +280,8 @@ CFDictionaryRef CFDictionaryCreateCopy(CFAllocatorRef, CFDictionaryRef dictionar
     return made<CFDictionaryRef>([&] { return [ns(dictionary) copy]; });
 }
 
-CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef, CFIndex, const CFDictionaryKeyCallBacks *keyCallBacks,
+CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef, CFIndex,
+                                                 const CFDictionaryKeyCallBacks *keyCallBacks,
                                                  const CFDictionaryValueCallBacks *valueCallBacks)
 {
     return made<CFMutableDictionaryRef>([&] { return newDictionary(keyCallBacks, valueCallBacks); });
@@ -301,8 +337,9 @@ CFIndex CFDictionaryGetCountOfValue(CFDictionaryRef dictionary, const void *valu
         CFDictionaryGetKeysAndValues(dictionary, nullptr, values.data());
         CFIndex found = 0;
         for (const void *one : values)
-            found += holdsPointers(dictionary) ? bool([(TarvikPointerDictionary *)ns(dictionary) value:one equals:value])
-                                               : bool(CFEqual(one, value));
+            found += holdsPointers(dictionary)
+                         ? bool([(TarvikPointerDictionary *)ns(dictionary) value:one equals:value])
+                         : bool(CFEqual(one, value));
         return found;
     });
 }
@@ -312,7 +349,7 @@ void CFDictionaryGetKeysAndValues(CFDictionaryRef dictionary, const void **keys,
     perform([&] {
         NSEnumerator *walk = [ns(dictionary) keyEnumerator];
         const CFIndex count = CFDictionaryGetCount(dictionary);
-        for (CFIndex i = 0; i < count; ++i) { // a null pointer may be a key: the count ends the walk
+        for (CFIndex i = 0; i < count; ++i) {  // a null pointer may be a key: the count ends the walk
             const void *key = [walk nextObject];
             if (keys)
                 keys[i] = key;
@@ -322,7 +359,8 @@ void CFDictionaryGetKeysAndValues(CFDictionaryRef dictionary, const void **keys,
     });
 }
 
-void CFDictionaryApplyFunction(CFDictionaryRef dictionary, CFDictionaryApplierFunction function, void *context)
+void CFDictionaryApplyFunction(CFDictionaryRef dictionary, CFDictionaryApplierFunction function,
+                               void *context)
 {
     if (!function)
         return;

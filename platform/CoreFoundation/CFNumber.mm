@@ -90,7 +90,7 @@ bool storeFloat(NSNumber *number, bool isFloat, void *value)
     return store<T>(value, narrow, exact);
 }
 
-} // namespace
+}  // namespace
 
 Boolean CFBooleanGetValue(CFBooleanRef boolean) { return [ns(boolean) boolValue]; }
 
@@ -100,7 +100,7 @@ CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType type, const void *value)
         return nullptr;
     return made<CFNumberRef>([&]() -> NSNumber * {
         switch (fixedWidth(type)) {
-        case kCFNumberSInt8Type: // a short object: Foundation takes a char for a boolean in places
+        case kCFNumberSInt8Type:  // a short object: Foundation takes a char for a boolean in places
             return [[NSNumber alloc] initWithShort:load<int8_t>(value)];
         case kCFNumberSInt16Type:
             return [[NSNumber alloc] initWithShort:load<int16_t>(value)];
@@ -191,5 +191,6 @@ CFComparisonResult CFNumberCompare(CFNumberRef number, CFNumberRef other, void *
 {
     if (!number || !other)
         return kCFCompareEqualTo;
-    return answer<CFComparisonResult>(kCFCompareEqualTo, [&] { return CFComparisonResult([ns(number) compare:ns(other)]); });
+    return answer<CFComparisonResult>(kCFCompareEqualTo,
+                                      [&] { return CFComparisonResult([ns(number) compare:ns(other)]); });
 }

@@ -12,15 +12,18 @@ plist::Mutability mutabilityOf(CFOptionFlags option)
 {
     if (option & kCFPropertyListMutableContainersAndLeaves)
         return plist::Mutability::containersAndLeaves;
-    return option & kCFPropertyListMutableContainers ? plist::Mutability::containers : plist::Mutability::none;
+    return option & kCFPropertyListMutableContainers ? plist::Mutability::containers
+                                                     : plist::Mutability::none;
 }
 
-} // namespace
+}  // namespace
 
-CFPropertyListRef CFPropertyListCreateFromXMLData(CFAllocatorRef, CFDataRef xmlData, CFOptionFlags mutabilityOption, CFStringRef *errorString)
+CFPropertyListRef CFPropertyListCreateFromXMLData(CFAllocatorRef, CFDataRef xmlData,
+                                                  CFOptionFlags mutabilityOption, CFStringRef *errorString)
 {
     std::string why;
-    auto list = made<CFPropertyListRef>([&] { return plist::newFromData(ns(xmlData), mutabilityOf(mutabilityOption), why); });
+    auto list = made<CFPropertyListRef>(
+        [&] { return plist::newFromData(ns(xmlData), mutabilityOf(mutabilityOption), why); });
     if (errorString) {
         *errorString = nullptr;
         if (!list)
@@ -38,10 +41,12 @@ CFDataRef CFPropertyListCreateXMLData(CFAllocatorRef, CFPropertyListRef property
     return made<CFDataRef>([&] { return plist::newXML(ns(propertyList), why); });
 }
 
-CFPropertyListRef CFPropertyListCreateDeepCopy(CFAllocatorRef, CFPropertyListRef propertyList, CFOptionFlags mutabilityOption)
+CFPropertyListRef CFPropertyListCreateDeepCopy(CFAllocatorRef, CFPropertyListRef propertyList,
+                                               CFOptionFlags mutabilityOption)
 {
     std::string why;
-    return made<CFPropertyListRef>([&] { return plist::newDeepCopy(ns(propertyList), mutabilityOf(mutabilityOption), why); });
+    return made<CFPropertyListRef>(
+        [&] { return plist::newDeepCopy(ns(propertyList), mutabilityOf(mutabilityOption), why); });
 }
 
 Boolean CFPropertyListIsValid(CFPropertyListRef propertyList, CFPropertyListFormat)

@@ -12,7 +12,8 @@ namespace encodings = tarvik::encodings;
 
 namespace {
 
-NSString *newString(const UInt8 *bytes, size_t count, CFStringEncoding encoding, bool isExternalRepresentation)
+NSString *newString(const UInt8 *bytes, size_t count, CFStringEncoding encoding,
+                    bool isExternalRepresentation)
 {
     const auto *row = encodings::find(encoding);
     if (!row || (!bytes && count > 0))
@@ -23,7 +24,8 @@ NSString *newString(const UInt8 *bytes, size_t count, CFStringEncoding encoding,
     return units ? tarvik::cf::newString(*units) : nil;
 }
 
-/// The whole text, written without loss; 0 for an empty text, nothing when it can't be written or does not fit.
+/// The whole text, written without loss; 0 for an empty text, nothing when it can't be written or does not
+/// fit.
 std::optional<size_t> write(CFStringRef string, CFStringEncoding encoding, void *buffer, size_t capacity)
 {
     const auto *row = encodings::find(encoding);
@@ -31,7 +33,8 @@ std::optional<size_t> write(CFStringRef string, CFStringEncoding encoding, void 
         return std::nullopt;
     return answer<std::optional<size_t>>(std::nullopt, [&]() -> std::optional<size_t> {
         const Units units(ns(string));
-        const auto written = encodings::encode(*row, units.data(), units.size(), 0, false, static_cast<uint8_t *>(buffer), capacity);
+        const auto written = encodings::encode(*row, units.data(), units.size(), 0, false,
+                                               static_cast<uint8_t *>(buffer), capacity);
         if (written.units < units.size())
             return std::nullopt;
         return written.bytes;
@@ -54,33 +57,37 @@ std::string leadingASCII(CFStringRef string, size_t most)
     return text;
 }
 
-} // namespace
+}  // namespace
 
 // --- making --------------------------------------------------------------------------------------------
 
-CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8 *bytes, CFIndex count, CFStringEncoding encoding,
-                                    Boolean isExternalRepresentation)
+CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8 *bytes, CFIndex count,
+                                    CFStringEncoding encoding, Boolean isExternalRepresentation)
 {
     if (count < 0)
         return nullptr;
-    return made<CFStringRef>([&] { return newString(bytes, size_t(count), encoding, isExternalRepresentation); });
+    return made<CFStringRef>(
+        [&] { return newString(bytes, size_t(count), encoding, isExternalRepresentation); });
 }
 
 CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char *text, CFStringEncoding encoding)
 {
-    return text ? CFStringCreateWithBytes(allocator, reinterpret_cast<const UInt8 *>(text), CFIndex(strlen(text)), encoding, false)
+    return text ? CFStringCreateWithBytes(allocator, reinterpret_cast<const UInt8 *>(text),
+                                          CFIndex(strlen(text)), encoding, false)
                 : nullptr;
 }
 
-CFStringRef CFStringCreateWithPascalString(CFAllocatorRef allocator, ConstStr255Param text, CFStringEncoding encoding)
+CFStringRef CFStringCreateWithPascalString(CFAllocatorRef allocator, ConstStr255Param text,
+                                           CFStringEncoding encoding)
 {
     return text ? CFStringCreateWithBytes(allocator, text + 1, text[0], encoding, false) : nullptr;
 }
 
-// Foundation has strings over a foreign buffer for its own encodings only, so the bytes are copied and given back at once.
+// Foundation has strings over a foreign buffer for its own encodings only, so the bytes are copied and given
+// back at once.
 
-CFStringRef CFStringCreateWithCStringNoCopy(CFAllocatorRef allocator, const char *text, CFStringEncoding encoding,
-                                            CFAllocatorRef contentsDeallocator)
+CFStringRef CFStringCreateWithCStringNoCopy(CFAllocatorRef allocator, const char *text,
+                                            CFStringEncoding encoding, CFAllocatorRef contentsDeallocator)
 {
     CFStringRef string = CFStringCreateWithCString(allocator, text, encoding);
     if (string)
@@ -97,8 +104,8 @@ CFStringRef CFStringCreateWithCharacters(CFAllocatorRef, const UniChar *characte
     });
 }
 
-CFStringRef CFStringCreateWithCharactersNoCopy(CFAllocatorRef allocator, const UniChar *characters, CFIndex count,
-                                               CFAllocatorRef contentsDeallocator)
+CFStringRef CFStringCreateWithCharactersNoCopy(CFAllocatorRef allocator, const UniChar *characters,
+                                               CFIndex count, CFAllocatorRef contentsDeallocator)
 {
     CFStringRef string = CFStringCreateWithCharacters(allocator, characters, count);
     if (string)
@@ -111,9 +118,12 @@ CFStringRef CFStringCreateWithFileSystemRepresentation(CFAllocatorRef allocator,
     return CFStringCreateWithCString(allocator, path, kCFStringEncodingUTF8);
 }
 
-CFStringRef CFStringCreateFromExternalRepresentation(CFAllocatorRef allocator, CFDataRef data, CFStringEncoding encoding)
+CFStringRef CFStringCreateFromExternalRepresentation(CFAllocatorRef allocator, CFDataRef data,
+                                                     CFStringEncoding encoding)
 {
-    return data ? CFStringCreateWithBytes(allocator, CFDataGetBytePtr(data), CFDataGetLength(data), encoding, true) : nullptr;
+    return data ? CFStringCreateWithBytes(allocator, CFDataGetBytePtr(data), CFDataGetLength(data), encoding,
+                                          true)
+                : nullptr;
 }
 
 CFStringRef CFStringCreateWithSubstring(CFAllocatorRef, CFStringRef string, CFRange range)
@@ -128,7 +138,8 @@ CFStringRef CFStringCreateCopy(CFAllocatorRef, CFStringRef string)
     return made<CFStringRef>([&] { return [ns(string) copy]; });
 }
 
-CFStringRef CFStringCreateWithFormat(CFAllocatorRef allocator, CFDictionaryRef formatOptions, CFStringRef format, ...)
+CFStringRef CFStringCreateWithFormat(CFAllocatorRef allocator, CFDictionaryRef formatOptions,
+                                     CFStringRef format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
@@ -137,7 +148,8 @@ CFStringRef CFStringCreateWithFormat(CFAllocatorRef allocator, CFDictionaryRef f
     return string;
 }
 
-CFStringRef CFStringCreateWithFormatAndArguments(CFAllocatorRef, CFDictionaryRef, CFStringRef format, va_list arguments)
+CFStringRef CFStringCreateWithFormatAndArguments(CFAllocatorRef, CFDictionaryRef, CFStringRef format,
+                                                 va_list arguments)
 {
     if (!format)
         return nullptr;
@@ -166,7 +178,8 @@ CFIndex CFStringGetLength(CFStringRef string) { return CFIndex([ns(string) lengt
 
 UniChar CFStringGetCharacterAtIndex(CFStringRef string, CFIndex index)
 {
-    return index >= 0 && index < CFStringGetLength(string) ? [ns(string) characterAtIndex:NSUInteger(index)] : 0;
+    return index >= 0 && index < CFStringGetLength(string) ? [ns(string) characterAtIndex:NSUInteger(index)]
+                                                           : 0;
 }
 
 void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar *buffer)
@@ -184,7 +197,8 @@ Boolean CFStringGetCString(CFStringRef string, char *buffer, CFIndex bufferSize,
     return size.has_value();
 }
 
-Boolean CFStringGetPascalString(CFStringRef string, StringPtr buffer, CFIndex bufferSize, CFStringEncoding encoding)
+Boolean CFStringGetPascalString(CFStringRef string, StringPtr buffer, CFIndex bufferSize,
+                                CFStringEncoding encoding)
 {
     if (!buffer || bufferSize < 1)
         return false;
@@ -194,39 +208,44 @@ Boolean CFStringGetPascalString(CFStringRef string, StringPtr buffer, CFIndex bu
 }
 
 CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding encoding, UInt8 lossByte,
-                         Boolean isExternalRepresentation, UInt8 *buffer, CFIndex maxBufLen, CFIndex *usedBufLen)
+                         Boolean isExternalRepresentation, UInt8 *buffer, CFIndex maxBufLen,
+                         CFIndex *usedBufLen)
 {
     const auto *row = encodings::find(encoding);
     encodings::Written written = {0, 0};
     if (string && row && contains(CFStringGetLength(string), range))
         written = answer(written, [&] {
             const Units units(ns(string), nsRange(range));
-            return encodings::encode(*row, units.data(), units.size(), lossByte, isExternalRepresentation, buffer,
-                                     size_t(std::max<CFIndex>(maxBufLen, 0)));
+            return encodings::encode(*row, units.data(), units.size(), lossByte, isExternalRepresentation,
+                                     buffer, size_t(std::max<CFIndex>(maxBufLen, 0)));
         });
     if (usedBufLen)
         *usedBufLen = CFIndex(written.bytes);
     return CFIndex(written.units);
 }
 
-CFDataRef CFStringCreateExternalRepresentation(CFAllocatorRef, CFStringRef string, CFStringEncoding encoding, UInt8 lossByte)
+CFDataRef CFStringCreateExternalRepresentation(CFAllocatorRef, CFStringRef string, CFStringEncoding encoding,
+                                               UInt8 lossByte)
 {
     const auto *row = encodings::find(encoding);
     if (!string || !row)
         return nullptr;
     return made<CFDataRef>([&]() -> NSData * {
         const Units units(ns(string));
-        // Enough for nearly every text at once; a longer one is written again with the space that it was found to need.
+        // Enough for nearly every text at once; a longer one is written again with the space that it was
+        // found to need.
         size_t capacity = units.size() * std::min<size_t>(row->maxBytes, 3) + 16;
         for (;;) {
             auto data = tarvik::adopt([[NSMutableData alloc] initWithLength:capacity]);
             auto *bytes = static_cast<uint8_t *>([data.get() mutableBytes]);
-            const auto written = encodings::encode(*row, units.data(), units.size(), lossByte, true, bytes, capacity);
+            const auto written =
+                encodings::encode(*row, units.data(), units.size(), lossByte, true, bytes, capacity);
             if (written.units == units.size()) {
                 [data.get() setLength:written.bytes];
                 return data.release();
             }
-            const auto needed = encodings::encode(*row, units.data(), units.size(), lossByte, true, nullptr, 0);
+            const auto needed =
+                encodings::encode(*row, units.data(), units.size(), lossByte, true, nullptr, 0);
             if (needed.units < units.size() || needed.bytes <= capacity)
                 return nil;
             capacity = needed.bytes;
@@ -239,7 +258,10 @@ Boolean CFStringGetFileSystemRepresentation(CFStringRef string, char *buffer, CF
     return CFStringGetCString(string, buffer, maxBufLen, kCFStringEncodingUTF8);
 }
 
-CFIndex CFStringGetMaximumSizeOfFileSystemRepresentation(CFStringRef string) { return CFStringGetLength(string) * 3 + 1; }
+CFIndex CFStringGetMaximumSizeOfFileSystemRepresentation(CFStringRef string)
+{
+    return CFStringGetLength(string) * 3 + 1;
+}
 
 SInt32 CFStringGetIntValue(CFStringRef string)
 {

@@ -4,18 +4,19 @@ using namespace tarvik::cf;
 
 namespace {
 
-/// Foundation's search options. Comparison is by characters as they are stored unless non-literal is asked for: the reverse of
-/// Foundation's own default.
+/// Foundation's search options. Comparison is by characters as they are stored unless non-literal is asked
+/// for: the reverse of Foundation's own default.
 NSUInteger searchOptions(CFStringCompareFlags flags)
 {
-    NSUInteger options = flags & (NSCaseInsensitiveSearch | NSBackwardsSearch | NSAnchoredSearch | NSNumericSearch);
+    NSUInteger options =
+        flags & (NSCaseInsensitiveSearch | NSBackwardsSearch | NSAnchoredSearch | NSNumericSearch);
     // A literal comparison of Foundation's looks at no numbers.
     return flags & (kCFCompareNonliteral | kCFCompareNumerically) ? options : options | NSLiteralSearch;
 }
 
 CFRange whole(CFStringRef string) { return CFRangeMake(0, CFStringGetLength(string)); }
 
-} // namespace
+}  // namespace
 
 // --- comparing and searching ---------------------------------------------------------------------------
 
@@ -24,7 +25,8 @@ CFComparisonResult CFStringCompare(CFStringRef string1, CFStringRef string2, CFS
     return CFStringCompareWithOptions(string1, string2, whole(string1), options);
 }
 
-CFComparisonResult CFStringCompareWithOptions(CFStringRef string1, CFStringRef string2, CFRange range1, CFStringCompareFlags options)
+CFComparisonResult CFStringCompareWithOptions(CFStringRef string1, CFStringRef string2, CFRange range1,
+                                              CFStringCompareFlags options)
 {
     if (!string1 || !string2 || !contains(CFStringGetLength(string1), range1))
         return string1 ? kCFCompareGreaterThan : string2 ? kCFCompareLessThan : kCFCompareEqualTo;
@@ -42,12 +44,14 @@ CFComparisonResult CFStringCompareWithOptions(CFStringRef string1, CFStringRef s
 
 Boolean CFStringHasPrefix(CFStringRef string, CFStringRef prefix)
 {
-    return CFStringFindWithOptions(string, prefix, whole(string), kCFCompareAnchored, nullptr) || (string && prefix && !CFStringGetLength(prefix));
+    return CFStringFindWithOptions(string, prefix, whole(string), kCFCompareAnchored, nullptr) ||
+           (string && prefix && !CFStringGetLength(prefix));
 }
 
 Boolean CFStringHasSuffix(CFStringRef string, CFStringRef suffix)
 {
-    return CFStringFindWithOptions(string, suffix, whole(string), kCFCompareAnchored | kCFCompareBackwards, nullptr) ||
+    return CFStringFindWithOptions(string, suffix, whole(string), kCFCompareAnchored | kCFCompareBackwards,
+                                   nullptr) ||
            (string && suffix && !CFStringGetLength(suffix));
 }
 
@@ -58,12 +62,15 @@ CFRange CFStringFind(CFStringRef string, CFStringRef what, CFStringCompareFlags 
     return found;
 }
 
-Boolean CFStringFindWithOptions(CFStringRef string, CFStringRef what, CFRange range, CFStringCompareFlags options, CFRange *result)
+Boolean CFStringFindWithOptions(CFStringRef string, CFStringRef what, CFRange range,
+                                CFStringCompareFlags options, CFRange *result)
 {
     if (!string || !what || CFStringGetLength(what) == 0 || !contains(CFStringGetLength(string), range))
         return false;
     return answer(false, [&] {
-        const NSRange found = [ns(string) rangeOfString:ns(what) options:searchOptions(options) range:nsRange(range)];
+        const NSRange found = [ns(string) rangeOfString:ns(what)
+                                                options:searchOptions(options)
+                                                  range:nsRange(range)];
         if (found.length == 0)
             return false;
         if (result)
@@ -123,16 +130,23 @@ void CFStringAppendFormat(CFMutableStringRef string, CFDictionaryRef formatOptio
     va_end(arguments);
 }
 
-void CFStringAppendFormatAndArguments(CFMutableStringRef string, CFDictionaryRef formatOptions, CFStringRef format, va_list arguments)
+void CFStringAppendFormatAndArguments(CFMutableStringRef string, CFDictionaryRef formatOptions,
+                                      CFStringRef format, va_list arguments)
 {
     CFStringRef text = CFStringCreateWithFormatAndArguments(nullptr, formatOptions, format, arguments);
     CFStringAppend(string, text);
     CFRelease(text);
 }
 
-void CFStringInsert(CFMutableStringRef string, CFIndex index, CFStringRef text) { CFStringReplace(string, CFRangeMake(index, 0), text); }
+void CFStringInsert(CFMutableStringRef string, CFIndex index, CFStringRef text)
+{
+    CFStringReplace(string, CFRangeMake(index, 0), text);
+}
 
-void CFStringDelete(CFMutableStringRef string, CFRange range) { CFStringReplace(string, range, CFStringRef(@"")); }
+void CFStringDelete(CFMutableStringRef string, CFRange range)
+{
+    CFStringReplace(string, range, CFStringRef(@""));
+}
 
 void CFStringReplace(CFMutableStringRef string, CFRange range, CFStringRef text)
 {
@@ -146,9 +160,11 @@ void CFStringReplaceAll(CFMutableStringRef string, CFStringRef text)
         perform([&] { [ns(string) setString:ns(text)]; });
 }
 
-CFIndex CFStringFindAndReplace(CFMutableStringRef string, CFStringRef what, CFStringRef with, CFRange range, CFStringCompareFlags options)
+CFIndex CFStringFindAndReplace(CFMutableStringRef string, CFStringRef what, CFStringRef with, CFRange range,
+                               CFStringCompareFlags options)
 {
-    if (!string || !what || !with || CFStringGetLength(what) == 0 || !contains(CFStringGetLength(string), range))
+    if (!string || !what || !with || CFStringGetLength(what) == 0 ||
+        !contains(CFStringGetLength(string), range))
         return 0;
     return answer<CFIndex>(0, [&] {
         return CFIndex([ns(string) replaceOccurrencesOfString:ns(what)

@@ -10,8 +10,9 @@ CFStringEncoding CFStringGetSystemEncoding(void) { return encodings::system().id
 CFStringEncoding CFStringGetSmallestEncoding(CFStringRef string)
 {
     // The first of these that holds the whole text, in rising order of the bytes that they take.
-    const CFStringEncoding candidates[] = {kCFStringEncodingASCII, CFStringGetSystemEncoding(), kCFStringEncodingMacRoman,
-                                           kCFStringEncodingISOLatin1, kCFStringEncodingWindowsLatin1};
+    const CFStringEncoding candidates[] = {kCFStringEncodingASCII, CFStringGetSystemEncoding(),
+                                           kCFStringEncodingMacRoman, kCFStringEncodingISOLatin1,
+                                           kCFStringEncodingWindowsLatin1};
     const CFRange whole = CFRangeMake(0, CFStringGetLength(string));
     for (const CFStringEncoding candidate : candidates)
         if (encodings::find(candidate)->maxBytes == 1 &&
@@ -24,7 +25,8 @@ CFStringEncoding CFStringGetFastestEncoding(CFStringRef string)
 {
     // Foundation stores a text in one byte a character where all of it is ASCII, in UTF-16 otherwise.
     const CFRange whole = CFRangeMake(0, CFStringGetLength(string));
-    if (CFStringGetBytes(string, whole, kCFStringEncodingASCII, 0, false, nullptr, 0, nullptr) == whole.length)
+    if (CFStringGetBytes(string, whole, kCFStringEncodingASCII, 0, false, nullptr, 0, nullptr) ==
+        whole.length)
         return kCFStringEncodingASCII;
     return kCFStringEncodingUnicode;
 }
@@ -35,7 +37,10 @@ CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encod
     return row && length >= 0 ? length * row->maxBytes : CFIndex{kCFNotFound};
 }
 
-Boolean CFStringIsEncodingAvailable(CFStringEncoding encoding) { return encodings::find(encoding) != nullptr; }
+Boolean CFStringIsEncodingAvailable(CFStringEncoding encoding)
+{
+    return encodings::find(encoding) != nullptr;
+}
 const CFStringEncoding *CFStringGetListOfAvailableEncodings(void) { return encodings::available().data(); }
 
 CFStringRef CFStringGetNameOfEncoding(CFStringEncoding encoding)

@@ -31,7 +31,8 @@ NSURL *newURL(std::string_view string, NSURL *base)
     NSString *spelled = text(string);
     if (!spelled)
         return nil;
-    return base ? [[NSURL alloc] initWithString:spelled relativeToURL:base] : [[NSURL alloc] initWithString:spelled];
+    return base ? [[NSURL alloc] initWithString:spelled relativeToURL:base]
+                : [[NSURL alloc] initWithString:spelled];
 }
 
 NSURL *newFileURL(std::string path, bool isDirectory, NSURL *base)
@@ -144,7 +145,7 @@ CFStringRef copyUnescaped(NSString *string, CFStringRef charactersToLeaveEscaped
     return cf<CFStringRef>([text(out) retain]);
 }
 
-} // namespace
+}  // namespace
 
 namespace tarvik::cf {
 
@@ -167,7 +168,7 @@ std::optional<std::string> urlPath(CFURLRef url)
     return std::string(withoutSlash(*path));
 }
 
-} // namespace tarvik::cf
+}  // namespace tarvik::cf
 
 // --- making --------------------------------------------------------------------------------------------
 
@@ -176,11 +177,13 @@ CFURLRef CFURLCreateWithString(CFAllocatorRef, CFStringRef string, CFURLRef base
     if (!string || CFStringGetLength(string) == 0)
         return nullptr;
     return made<CFURLRef>([&] {
-        return baseURL ? [[NSURL alloc] initWithString:ns(string) relativeToURL:ns(baseURL)] : [[NSURL alloc] initWithString:ns(string)];
+        return baseURL ? [[NSURL alloc] initWithString:ns(string) relativeToURL:ns(baseURL)]
+                       : [[NSURL alloc] initWithString:ns(string)];
     });
 }
 
-CFURLRef CFURLCreateWithBytes(CFAllocatorRef allocator, const UInt8 *bytes, CFIndex length, CFStringEncoding encoding, CFURLRef baseURL)
+CFURLRef CFURLCreateWithBytes(CFAllocatorRef allocator, const UInt8 *bytes, CFIndex length,
+                              CFStringEncoding encoding, CFURLRef baseURL)
 {
     CFStringRef string = CFStringCreateWithBytes(allocator, bytes, length, encoding, false);
     CFURLRef url = CFURLCreateWithString(allocator, string, baseURL);
@@ -188,13 +191,14 @@ CFURLRef CFURLCreateWithBytes(CFAllocatorRef allocator, const UInt8 *bytes, CFIn
     return url;
 }
 
-CFURLRef CFURLCreateWithFileSystemPath(CFAllocatorRef allocator, CFStringRef path, CFURLPathStyle style, Boolean isDirectory)
+CFURLRef CFURLCreateWithFileSystemPath(CFAllocatorRef allocator, CFStringRef path, CFURLPathStyle style,
+                                       Boolean isDirectory)
 {
     return CFURLCreateWithFileSystemPathRelativeToBase(allocator, path, style, isDirectory, nullptr);
 }
 
-CFURLRef CFURLCreateWithFileSystemPathRelativeToBase(CFAllocatorRef, CFStringRef path, CFURLPathStyle style, Boolean isDirectory,
-                                                     CFURLRef baseURL)
+CFURLRef CFURLCreateWithFileSystemPathRelativeToBase(CFAllocatorRef, CFStringRef path, CFURLPathStyle style,
+                                                     Boolean isDirectory, CFURLRef baseURL)
 {
     return made<CFURLRef>([&]() -> NSURL * {
         const auto posix = posixPath(path, style);
@@ -202,22 +206,27 @@ CFURLRef CFURLCreateWithFileSystemPathRelativeToBase(CFAllocatorRef, CFStringRef
     });
 }
 
-CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef allocator, const UInt8 *path, CFIndex length, Boolean isDirectory)
+CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef allocator, const UInt8 *path, CFIndex length,
+                                                 Boolean isDirectory)
 {
-    return CFURLCreateFromFileSystemRepresentationRelativeToBase(allocator, path, length, isDirectory, nullptr);
+    return CFURLCreateFromFileSystemRepresentationRelativeToBase(allocator, path, length, isDirectory,
+                                                                 nullptr);
 }
 
-CFURLRef CFURLCreateFromFileSystemRepresentationRelativeToBase(CFAllocatorRef, const UInt8 *path, CFIndex length, Boolean isDirectory,
+CFURLRef CFURLCreateFromFileSystemRepresentationRelativeToBase(CFAllocatorRef, const UInt8 *path,
+                                                               CFIndex length, Boolean isDirectory,
                                                                CFURLRef baseURL)
 {
     if (!path || length <= 0)
         return nullptr;
     return made<CFURLRef>([&] {
-        return newFileURL(std::string(reinterpret_cast<const char *>(path), size_t(length)), isDirectory, ns(baseURL));
+        return newFileURL(std::string(reinterpret_cast<const char *>(path), size_t(length)), isDirectory,
+                          ns(baseURL));
     });
 }
 
-CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef url, CFStringRef component, Boolean isDirectory)
+CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef url, CFStringRef component,
+                                               Boolean isDirectory)
 {
     const auto bytes = component ? tarvik::utf8(ns(component)) : std::nullopt;
     if (!url || !bytes || bytes->find('\0') != bytes->npos)
@@ -257,7 +266,8 @@ CFURLRef CFURLCreateCopyAppendingPathExtension(CFAllocatorRef, CFURLRef url, CFS
     const std::string_view bare = withoutSlash(path);
     if (bare.empty() || bare == "/")
         return nullptr;
-    return withPath(url, std::string(bare) + "." + urltext::escape(*bytes, kPathCharacters) + (path.size() > bare.size() ? "/" : ""));
+    return withPath(url, std::string(bare) + "." + urltext::escape(*bytes, kPathCharacters) +
+                             (path.size() > bare.size() ? "/" : ""));
 }
 
 CFURLRef CFURLCreateCopyDeletingPathExtension(CFAllocatorRef, CFURLRef url)
@@ -265,18 +275,21 @@ CFURLRef CFURLCreateCopyDeletingPathExtension(CFAllocatorRef, CFURLRef url)
     if (!url)
         return nullptr;
     const std::string string = urlText(url);
-    const std::string_view path = urltext::split(string).path, bare = withoutSlash(path), name = lastPart(path);
+    const std::string_view path = urltext::split(string).path, bare = withoutSlash(path),
+                           name = lastPart(path);
     const size_t dot = extensionDot(name);
     if (dot == name.npos)
         return cf<CFURLRef>(ns(CFTypeRef(CFRetain(url))));
-    return withPath(url, std::string(bare.substr(0, bare.size() - name.size() + dot)) + (path.size() > bare.size() ? "/" : ""));
+    return withPath(url, std::string(bare.substr(0, bare.size() - name.size() + dot)) +
+                             (path.size() > bare.size() ? "/" : ""));
 }
 
 CFURLRef CFURLCopyAbsoluteURL(CFURLRef url)
 {
     if (!url)
         return nullptr;
-    return made<CFURLRef>([&] { return [ns(url) baseURL] ? newURL(absoluteURLText(url), nil) : [ns(url) retain]; });
+    return made<CFURLRef>(
+        [&] { return [ns(url) baseURL] ? newURL(absoluteURLText(url), nil) : [ns(url) retain]; });
 }
 
 // --- reading -------------------------------------------------------------------------------------------
@@ -302,7 +315,9 @@ CFStringRef CFURLCopyScheme(CFURLRef url)
 
 CFStringRef CFURLCopyNetLocation(CFURLRef url)
 {
-    return copyPart(url, [](const auto &parts) -> NSString * { return parts.authority && !parts.authority->empty() ? text(*parts.authority) : nil; });
+    return copyPart(url, [](const auto &parts) -> NSString * {
+        return parts.authority && !parts.authority->empty() ? text(*parts.authority) : nil;
+    });
 }
 
 namespace {
@@ -323,8 +338,9 @@ Authority splitAuthority(std::string_view text)
             parts.password = who.substr(colon + 1);
         text.remove_prefix(at + 1);
     }
-    const size_t bracket = text.rfind(']'); // an IPv6 address holds colons
-    if (const size_t colon = text.rfind(':'); colon != text.npos && (bracket == text.npos || colon > bracket)) {
+    const size_t bracket = text.rfind(']');  // an IPv6 address holds colons
+    if (const size_t colon = text.rfind(':');
+        colon != text.npos && (bracket == text.npos || colon > bracket)) {
         parts.port = text.substr(colon + 1);
         text = text.substr(0, colon);
     }
@@ -334,7 +350,7 @@ Authority splitAuthority(std::string_view text)
     return parts;
 }
 
-} // namespace
+}  // namespace
 
 CFStringRef CFURLCopyHostName(CFURLRef url)
 {
@@ -350,8 +366,10 @@ SInt32 CFURLGetPortNumber(CFURLRef url)
         return -1;
     return answer<SInt32>(-1, [&] {
         const std::string string = absoluteURLText(url);
-        const std::string port(splitAuthority(urltext::split(string).authority.value_or("")).port.value_or(""));
-        const bool isNumber = !port.empty() && port.size() <= 5 && port.find_first_not_of("0123456789") == port.npos;
+        const std::string port(
+            splitAuthority(urltext::split(string).authority.value_or("")).port.value_or(""));
+        const bool isNumber =
+            !port.empty() && port.size() <= 5 && port.find_first_not_of("0123456789") == port.npos;
         return isNumber ? SInt32(std::stol(port)) : SInt32(-1);
     });
 }
@@ -442,13 +460,15 @@ CFStringRef CFURLCopyFileSystemPath(CFURLRef url, CFURLPathStyle style)
     });
 }
 
-Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean resolveAgainstBase, UInt8 *buffer, CFIndex maxBufLen)
+Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean resolveAgainstBase, UInt8 *buffer,
+                                         CFIndex maxBufLen)
 {
     if (!url || !buffer || maxBufLen < 1)
         return false;
     return answer(false, [&] {
         const std::string string = urlText(url);
-        const auto path = resolveAgainstBase ? urlPath(url) : urltext::unescape(withoutSlash(urltext::split(string).path));
+        const auto path =
+            resolveAgainstBase ? urlPath(url) : urltext::unescape(withoutSlash(urltext::split(string).path));
         if (!path || path->empty() || path->find('\0') != path->npos || path->size() >= size_t(maxBufLen))
             return false;
         memcpy(buffer, path->c_str(), path->size() + 1);
@@ -458,13 +478,16 @@ Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean resolveAgainstBas
 
 // --- percent escapes -----------------------------------------------------------------------------------
 
-CFStringRef CFURLCreateStringByReplacingPercentEscapes(CFAllocatorRef, CFStringRef string, CFStringRef charactersToLeaveEscaped)
+CFStringRef CFURLCreateStringByReplacingPercentEscapes(CFAllocatorRef, CFStringRef string,
+                                                       CFStringRef charactersToLeaveEscaped)
 {
     return answer<CFStringRef>(nullptr, [&] { return copyUnescaped(ns(string), charactersToLeaveEscaped); });
 }
 
-CFStringRef CFURLCreateStringByAddingPercentEscapes(CFAllocatorRef, CFStringRef string, CFStringRef charactersToLeaveUnescaped,
-                                                    CFStringRef legalURLCharactersToBeEscaped, CFStringEncoding encoding)
+CFStringRef CFURLCreateStringByAddingPercentEscapes(CFAllocatorRef, CFStringRef string,
+                                                    CFStringRef charactersToLeaveUnescaped,
+                                                    CFStringRef legalURLCharactersToBeEscaped,
+                                                    CFStringEncoding encoding)
 {
     const auto *row = tarvik::encodings::find(encoding);
     if (!string || !row)
@@ -488,7 +511,8 @@ CFStringRef CFURLCreateStringByAddingPercentEscapes(CFAllocatorRef, CFStringRef 
             }
             const size_t count = (c & 0xFC00) == 0xD800 && i + 1 < units.size() ? 2 : 1;
             uint8_t bytes[16];
-            const auto written = tarvik::encodings::encode(*row, units.data() + i, count, 0, false, bytes, sizeof bytes);
+            const auto written =
+                tarvik::encodings::encode(*row, units.data() + i, count, 0, false, bytes, sizeof bytes);
             if (written.units < count)
                 return nil;
             for (size_t b = 0; b < written.bytes; ++b) {

@@ -60,14 +60,15 @@ NSArray *folderContents(const std::string &path)
         const std::string name = entry->d_name;
         struct stat about;
         if (name != "." && name != "..")
-            names.emplace_back(name, fstatat(dirfd(folder), entry->d_name, &about, 0) == 0 && S_ISDIR(about.st_mode));
+            names.emplace_back(name, fstatat(dirfd(folder), entry->d_name, &about, 0) == 0 &&
+                                         S_ISDIR(about.st_mode));
     }
     closedir(folder);
     std::sort(names.begin(), names.end());
     for (const auto &[name, isFolder] : names) {
         const std::string whole = path + "/" + name;
-        CFURLRef url = CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(whole.data()),
-                                                               CFIndex(whole.size()), isFolder);
+        CFURLRef url = CFURLCreateFromFileSystemRepresentation(
+            nullptr, reinterpret_cast<const UInt8 *>(whole.data()), CFIndex(whole.size()), isFolder);
         [urls addObject:ns(CFTypeRef(url))];
         CFRelease(url);
     }
@@ -90,7 +91,8 @@ id fileProperty(const std::string &path, NSString *property)
     if ([property isEqual:ns(kCFURLFileOwnerID)])
         return [NSNumber numberWithLong:long(about.st_uid)];
     if ([property isEqual:ns(kCFURLFileLastModificationTime)])
-        return [NSDate dateWithTimeIntervalSince1970:double(about.st_mtim.tv_sec) + double(about.st_mtim.tv_nsec) / 1e9];
+        return [NSDate
+            dateWithTimeIntervalSince1970:double(about.st_mtim.tv_sec) + double(about.st_mtim.tv_nsec) / 1e9];
     if ([property isEqual:ns(kCFURLFileDirectoryContents)])
         return S_ISDIR(about.st_mode) ? folderContents(path) : nil;
     return nil;
@@ -98,8 +100,8 @@ id fileProperty(const std::string &path, NSString *property)
 
 bool isFileProperty(NSString *property)
 {
-    for (CFStringRef known : {kCFURLFileExists, kCFURLFileDirectoryContents, kCFURLFileLength, kCFURLFileLastModificationTime,
-                              kCFURLFilePOSIXMode, kCFURLFileOwnerID})
+    for (CFStringRef known : {kCFURLFileExists, kCFURLFileDirectoryContents, kCFURLFileLength,
+                              kCFURLFileLastModificationTime, kCFURLFilePOSIXMode, kCFURLFileOwnerID})
         if ([property isEqual:ns(known)])
             return true;
     return false;
@@ -110,9 +112,13 @@ SInt32 setFileProperty(const std::string &path, NSString *property, id value)
 {
     int result = -1;
     if ([property isEqual:ns(kCFURLFilePOSIXMode)]) {
-        result = [value respondsToSelector:@selector(intValue)] ? chmod(path.c_str(), mode_t([value intValue]) & 07777) : (errno = EINVAL, -1);
+        result = [value respondsToSelector:@selector(intValue)]
+                     ? chmod(path.c_str(), mode_t([value intValue]) & 07777)
+                     : (errno = EINVAL, -1);
     } else if ([property isEqual:ns(kCFURLFileOwnerID)]) {
-        result = [value respondsToSelector:@selector(longLongValue)] ? chown(path.c_str(), uid_t([value longLongValue]), gid_t(-1)) : (errno = EINVAL, -1);
+        result = [value respondsToSelector:@selector(longLongValue)]
+                     ? chown(path.c_str(), uid_t([value longLongValue]), gid_t(-1))
+                     : (errno = EINVAL, -1);
     } else if ([property isEqual:ns(kCFURLFileLastModificationTime)]) {
         if (![value isKindOfClass:[NSDate class]])
             return kCFURLImproperArgumentsError;
@@ -144,21 +150,25 @@ Loaded load(CFURLRef url)
     NSData *data = [NSURLConnection sendSynchronousRequest:request returningResponse:&response error:&error];
     if (!data) {
         const NSInteger code = [error code];
-        return {nil, nil, code == NSURLErrorTimedOut ? SInt32{kCFURLTimeoutError} : SInt32{kCFURLRemoteHostUnavailableError}};
+        return {nil, nil,
+                code == NSURLErrorTimedOut ? SInt32{kCFURLTimeoutError}
+                                           : SInt32{kCFURLRemoteHostUnavailableError}};
     }
     NSMutableDictionary *properties = [NSMutableDictionary dictionary];
     if ([response isKindOfClass:[NSHTTPURLResponse class]]) {
         const NSInteger status = [(NSHTTPURLResponse *)response statusCode];
         [properties setObject:[NSNumber numberWithInteger:status] forKey:ns(kCFURLHTTPStatusCode)];
-        [properties setObject:[NSHTTPURLResponse localizedStringForStatusCode:status] forKey:ns(kCFURLHTTPStatusLine)];
+        [properties setObject:[NSHTTPURLResponse localizedStringForStatusCode:status]
+                       forKey:ns(kCFURLHTTPStatusLine)];
     }
     return {data, properties, 0};
 }
 
-} // namespace
+}  // namespace
 
-Boolean CFURLCreateDataAndPropertiesFromResource(CFAllocatorRef, CFURLRef url, CFDataRef *resourceData, CFDictionaryRef *properties,
-                                                 CFArrayRef desiredProperties, SInt32 *errorCode)
+Boolean CFURLCreateDataAndPropertiesFromResource(CFAllocatorRef, CFURLRef url, CFDataRef *resourceData,
+                                                 CFDictionaryRef *properties, CFArrayRef desiredProperties,
+                                                 SInt32 *errorCode)
 {
     SInt32 error = url ? SInt32{kCFURLUnknownError} : SInt32{kCFURLImproperArgumentsError};
     CFDataRef data = nullptr;
@@ -183,10 +193,12 @@ Boolean CFURLCreateDataAndPropertiesFromResource(CFAllocatorRef, CFURLRef url, C
                 error = data ? 0 : errorOf(errno);
             }
             NSMutableDictionary *all = [NSMutableDictionary dictionary];
-            NSArray *wanted = desiredProperties ? ns(desiredProperties)
-                                                : [NSArray arrayWithObjects:ns(kCFURLFileExists), ns(kCFURLFileLength), ns(kCFURLFilePOSIXMode),
-                                                                            ns(kCFURLFileOwnerID), ns(kCFURLFileLastModificationTime),
-                                                                            ns(kCFURLFileDirectoryContents), nil];
+            NSArray *wanted = desiredProperties
+                                  ? ns(desiredProperties)
+                                  : [NSArray arrayWithObjects:ns(kCFURLFileExists), ns(kCFURLFileLength),
+                                                              ns(kCFURLFilePOSIXMode), ns(kCFURLFileOwnerID),
+                                                              ns(kCFURLFileLastModificationTime),
+                                                              ns(kCFURLFileDirectoryContents), nil];
             if (properties && !error)
                 for (NSString *property : tarvik::each<NSString>(wanted)) {
                     id value = fileProperty(*path, property);
@@ -206,7 +218,8 @@ Boolean CFURLCreateDataAndPropertiesFromResource(CFAllocatorRef, CFURLRef url, C
     return error == 0;
 }
 
-Boolean CFURLWriteDataAndPropertiesToResource(CFURLRef url, CFDataRef dataToWrite, CFDictionaryRef propertiesToWrite, SInt32 *errorCode)
+Boolean CFURLWriteDataAndPropertiesToResource(CFURLRef url, CFDataRef dataToWrite,
+                                              CFDictionaryRef propertiesToWrite, SInt32 *errorCode)
 {
     SInt32 error = url ? SInt32{kCFURLUnknownError} : SInt32{kCFURLImproperArgumentsError};
     if (url)
@@ -218,7 +231,9 @@ Boolean CFURLWriteDataAndPropertiesToResource(CFURLRef url, CFDataRef dataToWrit
             }
             error = 0;
             if (dataToWrite && CFURLHasDirectoryPath(url))
-                error = CFDataGetLength(dataToWrite) > 0 ? SInt32{kCFURLImproperArgumentsError} : mkdir(path->c_str(), 0777) == 0 ? 0 : errorOf(errno);
+                error = CFDataGetLength(dataToWrite) > 0  ? SInt32{kCFURLImproperArgumentsError}
+                        : mkdir(path->c_str(), 0777) == 0 ? 0
+                                                          : errorOf(errno);
             else if (dataToWrite)
                 error = tarvik::writeWholeFile(*path, ns(dataToWrite)) ? 0 : errorOf(errno);
             for (NSString *property : tarvik::each<NSString>([ns(propertiesToWrite) allKeys]))
@@ -239,14 +254,17 @@ Boolean CFURLDestroyResource(CFURLRef url, SInt32 *errorCode)
             if (!isFile(url))
                 error = kCFURLUnknownSchemeError;
             else if (path)
-                error = unlink(path->c_str()) == 0 || (errno == EISDIR && rmdir(path->c_str()) == 0) ? 0 : errorOf(errno);
+                error = unlink(path->c_str()) == 0 || (errno == EISDIR && rmdir(path->c_str()) == 0)
+                            ? 0
+                            : errorOf(errno);
         });
     if (errorCode)
         *errorCode = error;
     return error == 0;
 }
 
-CFTypeRef CFURLCreatePropertyFromResource(CFAllocatorRef, CFURLRef url, CFStringRef property, SInt32 *errorCode)
+CFTypeRef CFURLCreatePropertyFromResource(CFAllocatorRef, CFURLRef url, CFStringRef property,
+                                          SInt32 *errorCode)
 {
     SInt32 error = kCFURLImproperArgumentsError;
     CFTypeRef result = nullptr;
@@ -263,7 +281,8 @@ CFTypeRef CFURLCreatePropertyFromResource(CFAllocatorRef, CFURLRef url, CFString
                 error = value || !isFileProperty(ns(property)) ? 0 : errorOf(errno);
             }
             if (!value && !error)
-                error = isFileProperty(ns(property)) ? kCFURLPropertyKeyUnavailableError : kCFURLUnknownPropertyKeyError;
+                error = isFileProperty(ns(property)) ? kCFURLPropertyKeyUnavailableError
+                                                     : kCFURLUnknownPropertyKeyError;
             result = [value retain];
         });
     if (errorCode)

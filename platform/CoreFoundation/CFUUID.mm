@@ -6,7 +6,7 @@ using namespace tarvik::cf;
 
 namespace {
 NSUUID *uuidObject(CFUUIDRef uuid) { return (NSUUID *)uuid; }
-} // namespace
+}  // namespace
 
 CFUUIDRef CFUUIDCreate(CFAllocatorRef)
 {

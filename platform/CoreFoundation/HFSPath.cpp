@@ -69,7 +69,7 @@ std::vector<std::string> mountPoints()
 
 std::string_view lastPart(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
-} // namespace
+}  // namespace
 
 std::string fromPosix(std::string_view path)
 {
@@ -80,7 +80,8 @@ std::string fromPosix(std::string_view path)
         std::string_view volume;
         const auto points = mountPoints();
         for (const auto &point : points)
-            if (path.starts_with(point) && (path.size() == point.size() || path[point.size()] == '/') && point.size() > volume.size())
+            if (path.starts_with(point) && (path.size() == point.size() || path[point.size()] == '/') &&
+                point.size() > volume.size())
                 volume = point;
         out = volume.empty() ? bootVolume() : swapped(lastPart(volume), ':', '/');
         path.remove_prefix(volume.size());
@@ -110,7 +111,8 @@ std::optional<std::string> toPosix(std::string_view path)
         path.remove_prefix(colon);
         if (volume != swapped(bootVolume(), '/', ':')) {
             const auto points = mountPoints();
-            const auto found = std::find_if(points.begin(), points.end(), [&](const auto &point) { return lastPart(point) == volume; });
+            const auto found = std::find_if(points.begin(), points.end(),
+                                            [&](const auto &point) { return lastPart(point) == volume; });
             if (found == points.end())
                 return std::nullopt;
             out = *found;
@@ -135,4 +137,4 @@ std::optional<std::string> toPosix(std::string_view path)
     return out;
 }
 
-} // namespace tarvik::hfs
+}  // namespace tarvik::hfs

@@ -22,10 +22,10 @@ NSString *stringOf(const unichar *units, size_t count)
     return [[whole substringFromIndex:1] copy];
 }
 
-} // namespace
+}  // namespace
 
-// Foundation's initialisers refuse half a pair (they answer nil), although its strings can hold one: as a piece of a string
-// that has the pair whole. Such a text, which is rare, is put together from pieces.
+// Foundation's initialisers refuse half a pair (they answer nil), although its strings can hold one: as a
+// piece of a string that has the pair whole. Such a text, which is rare, is put together from pieces.
 NSString *newString(std::u16string_view text)
 {
     const auto *units = reinterpret_cast<const unichar *>(text.data());
@@ -57,4 +57,4 @@ NSString *newString(std::u16string_view text)
     return result;
 }
 
-} // namespace tarvik::cf
+}  // namespace tarvik::cf

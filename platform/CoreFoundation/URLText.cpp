@@ -43,7 +43,7 @@ std::string withoutDots(std::string_view path)
     return out;
 }
 
-} // namespace
+}  // namespace
 
 Parts split(std::string_view url)
 {
@@ -89,7 +89,8 @@ std::string resolve(std::string_view base, std::string_view reference)
             query = from.query;
     } else {
         const size_t slash = from.path.rfind('/');
-        std::string merged = slash == from.path.npos ? (from.authority ? "/" : "") : std::string(from.path.substr(0, slash + 1));
+        std::string merged = slash == from.path.npos ? (from.authority ? "/" : "")
+                                                     : std::string(from.path.substr(0, slash + 1));
         out += withoutDots(merged.append(to.path));
     }
     if (query)
@@ -124,7 +125,8 @@ std::string escape(std::string_view bytes, std::string_view others)
     std::string out;
     out.reserve(bytes.size());
     for (const char c : bytes) {
-        if (isAlphanumeric(c) || std::string_view("-._~").find(c) != std::string_view::npos || others.find(c) != others.npos)
+        if (isAlphanumeric(c) || std::string_view("-._~").find(c) != std::string_view::npos ||
+            others.find(c) != others.npos)
             out += c;
         else
             out += {'%', digits[(c >> 4) & 15], digits[c & 15]};
@@ -132,4 +134,4 @@ std::string escape(std::string_view bytes, std::string_view others)
     return out;
 }
 
-} // namespace tarvik::urltext
+}  // namespace tarvik::urltext

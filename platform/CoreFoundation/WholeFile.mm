@@ -54,7 +54,7 @@ std::string target(std::string path)
     return path;
 }
 
-} // namespace
+}  // namespace
 
 NSData *readWholeFile(const std::string &path)
 {
@@ -107,19 +107,21 @@ bool writeWholeFile(const std::string &given, NSData *data)
         return file && writeAll(file.get(), bytes, count);
     }
     if (exists && access(path.c_str(), W_OK) != 0)
-        return false; // a file that may not be written is not replaced behind its back
+        return false;  // a file that may not be written is not replaced behind its back
     std::string fresh;
     FileDescriptor file = createBeside(path, exists ? 0600 : 0666, fresh);
     if (!file)
         return false;
     bool done = true;
     if (exists) {
-        // The owner first: changing it takes special mode bits away. Without the right to give the file away it is ours.
+        // The owner first: changing it takes special mode bits away. Without the right to give the file away
+        // it is ours.
         if (fchown(file.get(), old.st_uid, old.st_gid) != 0 && fchown(file.get(), uid_t(-1), old.st_gid) != 0)
             errno = 0;
         done = fchmod(file.get(), old.st_mode & 07777) == 0;
     }
-    done = done && writeAll(file.get(), bytes, count) && fsync(file.get()) == 0 && rename(fresh.c_str(), path.c_str()) == 0;
+    done = done && writeAll(file.get(), bytes, count) && fsync(file.get()) == 0 &&
+           rename(fresh.c_str(), path.c_str()) == 0;
     if (!done) {
         const int why = errno;
         unlink(fresh.c_str());
@@ -128,4 +130,4 @@ bool writeWholeFile(const std::string &given, NSData *data)
     return done;
 }
 
-} // namespace tarvik
+}  // namespace tarvik

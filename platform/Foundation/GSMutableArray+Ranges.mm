@@ -1,5 +1,5 @@
-// gnustep-base's arrays replace a range one object at a time: each one that is put in moves all that stands behind it, so that putting
-// 100,000 objects into 1,000,000 takes minutes. Here the memory moves once.
+// gnustep-base's arrays replace a range one object at a time: each one that is put in moves all that stands
+// behind it, so that putting 100,000 objects into 1,000,000 takes minutes. Here the memory moves once.
 #import <Foundation/Foundation.h>
 
 #include "platform/Foundation/private/HiddenMethod.h"
@@ -31,11 +31,13 @@ bool isAsDeclared()
         Class type = objc_getClass("GSMutableArray");
         const auto stands = [&](const char *name, const char *encoding, ptrdiff_t offset) {
             Ivar ivar = type ? class_getInstanceVariable(type, name) : nullptr;
-            return ivar && ivar_getOffset(ivar) == offset && strcmp(ivar_getTypeEncoding(ivar), encoding) == 0;
+            return ivar && ivar_getOffset(ivar) == offset &&
+                   strcmp(ivar_getTypeEncoding(ivar), encoding) == 0;
         };
         constexpr ptrdiff_t pointer = sizeof(void *), number = sizeof(unsigned);
         return stands("_contents_array", "^@", pointer) && stands("_count", "I", 2 * pointer) &&
-               stands("_capacity", "I", 2 * pointer + number) && stands("_version", "Q", 2 * pointer + 3 * number + 4);
+               stands("_capacity", "I", 2 * pointer + number) &&
+               stands("_version", "Q", 2 * pointer + 3 * number + 4);
     }();
     return same;
 }
@@ -44,7 +46,8 @@ template <class Function>
 Function original(SEL name)
 {
     // The methods stand in the abstract class: the category's do not hide them there.
-    return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(class_getMethodImplementation([NSMutableArray class], name)));
+    return reinterpret_cast<Function>(
+        reinterpret_cast<void (*)()>(class_getMethodImplementation([NSMutableArray class], name)));
 }
 
 void releaseAll(const std::vector<id> &objects)
@@ -53,15 +56,17 @@ void releaseAll(const std::vector<id> &objects)
         [object release];
 }
 
-} // namespace
+}  // namespace
 
 @implementation GSMutableArray (Ranges)
 
-// An exchange counts as two changes there, each of which waits for the one before: moving rows takes a million of them.
+// An exchange counts as two changes there, each of which waits for the one before: moving rows takes a
+// million of them.
 - (void)exchangeObjectAtIndex:(NSUInteger)one withObjectAtIndex:(NSUInteger)other
 {
     if (one >= _count || other >= _count || !isAsDeclared()) {
-        static const auto exchange = tarvik::hiddenMethod<void (*)(id, SEL, NSUInteger, NSUInteger)>(objc_getClass("GSMutableArray"), _cmd);
+        static const auto exchange = tarvik::hiddenMethod<void (*)(id, SEL, NSUInteger, NSUInteger)>(
+            objc_getClass("GSMutableArray"), _cmd);
         return exchange(self, _cmd, one, other);
     }
     ++_version;
@@ -76,7 +81,7 @@ void releaseAll(const std::vector<id> &objects)
         static const auto replace = original<void (*)(id, SEL, NSRange, NSArray *)>(_cmd);
         return replace(self, _cmd, range, objects);
     }
-    std::vector<id> fresh(more); // taken first: the array may be the receiver itself
+    std::vector<id> fresh(more);  // taken first: the array may be the receiver itself
     [objects getObjects:fresh.data()];
     const unsigned needed = _count - unsigned(range.length) + unsigned(more);
     if (needed > _capacity) {

@@ -1,7 +1,7 @@
-// gnustep-base's NSBundle does not see the layout X/Contents/Resources with X/Contents/Info.plist at all, and takes two folders with one
-// CFBundleIdentifier for one bundle: whichever was opened first answers for both. Here each folder is a bundle of its own, and the
-// resources of X/Contents are found as those of the other layouts are: by a bundle of the folder Contents/Resources itself, which
-// Foundation knows how to search.
+// gnustep-base's NSBundle does not see the layout X/Contents/Resources with X/Contents/Info.plist at all, and
+// takes two folders with one CFBundleIdentifier for one bundle: whichever was opened first answers for both.
+// Here each folder is a bundle of its own, and the resources of X/Contents are found as those of the other
+// layouts are: by a bundle of the folder Contents/Resources itself, which Foundation knows how to search.
 #import <Foundation/Foundation.h>
 
 #include "platform/Foundation/private/HiddenMethod.h"
@@ -43,7 +43,7 @@ NSBundle *resourcesOf(NSBundle *bundle)
 
 bool isInner(NSBundle *bundle) { return [[bundle bundlePath] hasSuffix:@"/Contents/Resources"]; }
 
-} // namespace
+}  // namespace
 
 @implementation NSBundle (Layouts)
 
@@ -63,7 +63,8 @@ bool isInner(NSBundle *bundle) { return [[bundle bundlePath] hasSuffix:@"/Conten
 
 + (NSArray *)allBundles
 {
-    static const auto all = tarvik::hiddenMethod<NSArray *(*)(id, SEL)>(object_getClass([NSBundle class]), _cmd);
+    static const auto all =
+        tarvik::hiddenMethod<NSArray *(*)(id, SEL)>(object_getClass([NSBundle class]), _cmd);
     NSMutableArray *bundles = [NSMutableArray array];
     for (NSBundle *bundle : tarvik::each<NSBundle>(all(self, _cmd)))
         if (!isInner(bundle))
@@ -104,7 +105,8 @@ bool isInner(NSBundle *bundle) { return [[bundle bundlePath] hasSuffix:@"/Conten
     NSString *contents = contentsOf(self), *name = [[self infoDictionary] objectForKey:@"CFBundleExecutable"];
     if (contents && [name length] > 0)
         for (NSString *folder : {@"MacOS", @"Linux"}) {
-            NSString *file = [[contents stringByAppendingPathComponent:folder] stringByAppendingPathComponent:name];
+            NSString *file =
+                [[contents stringByAppendingPathComponent:folder] stringByAppendingPathComponent:name];
             if ([[NSFileManager defaultManager] fileExistsAtPath:file])
                 return file;
         }
@@ -127,7 +129,8 @@ bool isInner(NSBundle *bundle) { return [[bundle bundlePath] hasSuffix:@"/Conten
 {
     static const auto path = original<NSString *(*)(id, SEL, NSString *, NSString *, NSString *)>(_cmd);
     NSBundle *inner = resourcesOf(self);
-    return inner ? [inner pathForResource:name ofType:type inDirectory:folder] : path(self, _cmd, name, type, folder);
+    return inner ? [inner pathForResource:name ofType:type inDirectory:folder]
+                 : path(self, _cmd, name, type, folder);
 }
 
 - (NSString *)pathForResource:(NSString *)name
@@ -135,7 +138,8 @@ bool isInner(NSBundle *bundle) { return [[bundle bundlePath] hasSuffix:@"/Conten
                   inDirectory:(NSString *)folder
               forLocalization:(NSString *)localization
 {
-    static const auto path = original<NSString *(*)(id, SEL, NSString *, NSString *, NSString *, NSString *)>(_cmd);
+    static const auto path =
+        original<NSString *(*)(id, SEL, NSString *, NSString *, NSString *, NSString *)>(_cmd);
     NSBundle *inner = resourcesOf(self);
     return inner ? [inner pathForResource:name ofType:type inDirectory:folder forLocalization:localization]
                  : path(self, _cmd, name, type, folder, localization);
@@ -148,7 +152,9 @@ bool isInner(NSBundle *bundle) { return [[bundle bundlePath] hasSuffix:@"/Conten
     return inner ? [inner pathsForResourcesOfType:type inDirectory:folder] : paths(self, _cmd, type, folder);
 }
 
-- (NSArray *)pathsForResourcesOfType:(NSString *)type inDirectory:(NSString *)folder forLocalization:(NSString *)localization
+- (NSArray *)pathsForResourcesOfType:(NSString *)type
+                         inDirectory:(NSString *)folder
+                     forLocalization:(NSString *)localization
 {
     static const auto paths = original<NSArray *(*)(id, SEL, NSString *, NSString *, NSString *)>(_cmd);
     NSBundle *inner = resourcesOf(self);

@@ -1,10 +1,13 @@
-// gnustep-base's XML property lists lose text: its writer puts a character above U+FFFF down as the ten characters of an escape
-// (\UD83D\UDE00), which its reader takes for one character of the low half; text that happens to hold \U0041 comes back as A; CDATA
-// comes back empty. The reader takes what is no list for one (keys without values, two roots, bad numbers), refuses a byte order
-// mark and UTF-16, and neither is quick. The user defaults read and write through these methods, so they lost text too.
-// XML goes through the platform's own reader and writer here; the other forms stay with gnustep-base.
+// gnustep-base's XML property lists lose text: its writer puts a character above U+FFFF down as the ten
+// characters of an escape
+// (\UD83D\UDE00), which its reader takes for one character of the low half; text that happens to hold \U0041
+// comes back as A; CDATA comes back empty. The reader takes what is no list for one (keys without values, two
+// roots, bad numbers), refuses a byte order mark and UTF-16, and neither is quick. The user defaults read and
+// write through these methods, so they lost text too. XML goes through the platform's own reader and writer
+// here; the other forms stay with gnustep-base, whose reader of text ends the process with a stack that is
+// full when brackets are nested 100,000 deep: such text is refused.
 #include "platform/Foundation/private/HiddenMethod.h"
-#include "platform/Foundation/private/XMLPropertyList.h"
+#include "platform/Foundation/private/PropertyLists.h"
 
 #import <Tarvik/support/Bridge.h>
 #import <Tarvik/support/Guard.h>
@@ -13,6 +16,8 @@
 namespace {
 
 using tarvik::plist::Mutability;
+
+constexpr char kTooDeep[] = "nested too deeply";
 
 Mutability mutabilityOf(NSUInteger options)
 {
@@ -26,19 +31,24 @@ NSString *reason(const std::string &why) { return tarvik::nsstring("Property lis
 NSError *errorOf(const std::string &why)
 {
     NSString *text = reason(why) ? reason(why) : @"Property list";
-    NSDictionary *about = [NSDictionary dictionaryWithObjectsAndKeys:text, NSLocalizedDescriptionKey, text, @"NSDebugDescription", nil];
+    NSDictionary *about = [NSDictionary
+        dictionaryWithObjectsAndKeys:text, NSLocalizedDescriptionKey, text, @"NSDebugDescription", nil];
     return [NSError errorWithDomain:NSCocoaErrorDomain code:0 userInfo:about];
 }
 
 id readXML(NSData *data, NSUInteger options, NSPropertyListFormat *format, std::string &why)
 {
-    id list = tarvik::plist::newFromXML(static_cast<const uint8_t *>([data bytes]), [data length], mutabilityOf(options), why);
+    id list = tarvik::plist::newFromXML(static_cast<const uint8_t *>([data bytes]), [data length],
+                                        mutabilityOf(options), why);
     if (format)
         *format = NSPropertyListXMLFormat_v1_0;
     return [list autorelease];
 }
 
-bool isXML(NSData *data) { return tarvik::plist::looksLikeXML(static_cast<const uint8_t *>([data bytes]), [data length]); }
+bool isXML(NSData *data)
+{
+    return tarvik::plist::looksLikeXML(static_cast<const uint8_t *>([data bytes]), [data length]);
+}
 
 /// Foundation's own class method behind one of the category's.
 template <class Function>
@@ -47,11 +57,13 @@ Function original(SEL name)
     return tarvik::hiddenMethod<Function>(object_getClass([NSPropertyListSerialization class]), name);
 }
 
-} // namespace
+}  // namespace
 
 @implementation NSPropertyListSerialization (XML)
 
-+ (NSData *)dataFromPropertyList:(id)list format:(NSPropertyListFormat)format errorDescription:(NSString **)text
++ (NSData *)dataFromPropertyList:(id)list
+                          format:(NSPropertyListFormat)format
+                errorDescription:(NSString **)text
 {
     if (format != NSPropertyListXMLFormat_v1_0) {
         static const auto write = original<NSData *(*)(id, SEL, id, NSPropertyListFormat, NSString **)>(_cmd);
@@ -71,7 +83,8 @@ Function original(SEL name)
 {
     if (format != NSPropertyListXMLFormat_v1_0) {
         static const auto write =
-            original<NSData *(*)(id, SEL, id, NSPropertyListFormat, NSPropertyListWriteOptions, NSError **)>(_cmd);
+            original<NSData *(*)(id, SEL, id, NSPropertyListFormat, NSPropertyListWriteOptions, NSError **)>(
+                _cmd);
         return write(self, _cmd, list, format, options, error);
     }
     std::string why;
@@ -87,8 +100,13 @@ Function original(SEL name)
           errorDescription:(NSString **)text
 {
     if (!isXML(data)) {
-        static const auto read =
-            original<id (*)(id, SEL, NSData *, NSPropertyListMutabilityOptions, NSPropertyListFormat *, NSString **)>(_cmd);
+        if (tarvik::plist::isTextTooDeep(data)) {
+            if (text)
+                *text = reason(kTooDeep);
+            return nil;
+        }
+        static const auto read = original<id (*)(id, SEL, NSData *, NSPropertyListMutabilityOptions,
+                                                 NSPropertyListFormat *, NSString **)>(_cmd);
         return read(self, _cmd, data, options, format, text);
     }
     std::string why;
@@ -104,7 +122,13 @@ Function original(SEL name)
                      error:(NSError **)error
 {
     if (!isXML(data)) {
-        static const auto read = original<id (*)(id, SEL, NSData *, NSPropertyListReadOptions, NSPropertyListFormat *, NSError **)>(_cmd);
+        if (tarvik::plist::isTextTooDeep(data)) {
+            if (error)
+                *error = errorOf(kTooDeep);
+            return nil;
+        }
+        static const auto read = original<id (*)(id, SEL, NSData *, NSPropertyListReadOptions,
+                                                 NSPropertyListFormat *, NSError **)>(_cmd);
         return read(self, _cmd, data, options, format, error);
     }
     std::string why;

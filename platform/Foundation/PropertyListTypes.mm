@@ -8,9 +8,10 @@
 namespace tarvik::plist {
 namespace {
 
-constexpr int64_t kReferenceDay = 11323; ///< 2001-01-01, in days since 1970
+constexpr int64_t kReferenceDay = 11323;  ///< 2001-01-01, in days since 1970
 
-// Days since 1970-01-01 of a date of the proleptic Gregorian calendar, and back (H. Hinnant's civil algorithms).
+// Days since 1970-01-01 of a date of the proleptic Gregorian calendar, and back (H. Hinnant's civil
+// algorithms).
 constexpr int64_t daysFromCivil(int64_t year, unsigned month, unsigned day)
 {
     year -= month <= 2;
@@ -38,7 +39,7 @@ constexpr Civil civilFromDays(int64_t days)
 }
 static_assert(daysFromCivil(2001, 1, 1) == kReferenceDay);
 
-} // namespace
+}  // namespace
 
 Kind kindOf(id object)
 {
@@ -66,7 +67,7 @@ Kind kindOf(id object)
         kind = Kind::boolean;
     } else if ([object isKindOfClass:[NSNumber class]]) {
         const char code = *[object objCType];
-        if ([object isKindOfClass:[NSDecimalNumber class]]) // its class is not its kind: not remembered
+        if ([object isKindOfClass:[NSDecimalNumber class]])  // its class is not its kind: not remembered
             return Kind::real;
         kind = code == 'd' || code == 'f' ? Kind::real : Kind::integer;
     } else if ([object isKindOfClass:[NSDate class]]) {
@@ -92,7 +93,8 @@ std::optional<double> parseDate(std::string_view text)
         at = next + 1;
     }
     auto [year, month, day, hour, minute, second] = fields;
-    if (at != end || year > 99999999 || month < 1 || month > 12 || day < 1 || day > 31 || hour > 24 || minute > 59 || second > 60)
+    if (at != end || year > 99999999 || month < 1 || month > 12 || day < 1 || day > 31 || hour > 24 ||
+        minute > 59 || second > 60)
         return std::nullopt;
     if (isNegative)
         year = -year;
@@ -102,14 +104,16 @@ std::optional<double> parseDate(std::string_view text)
 
 std::string formatDate(double sinceReference)
 {
-    const double limited = std::isnan(sinceReference) ? 0 : std::fmin(std::fmax(std::floor(sinceReference), -3e15), 3e15);
+    const double limited =
+        std::isnan(sinceReference) ? 0 : std::fmin(std::fmax(std::floor(sinceReference), -3e15), 3e15);
     const auto seconds = int64_t(limited);
     const int64_t days = seconds / 86400 - (seconds % 86400 < 0);
     const auto rest = unsigned(seconds - days * 86400);
     const auto [year, month, day] = civilFromDays(days + kReferenceDay);
     char text[48];
-    const int length = snprintf(text, sizeof text, "%s%04lld-%02u-%02uT%02u:%02u:%02uZ", year < 0 ? "-" : "", (long long)std::abs(year),
-                                month, day, rest / 3600, rest / 60 % 60, rest % 60);
+    const int length =
+        snprintf(text, sizeof text, "%s%04lld-%02u-%02uT%02u:%02u:%02uZ", year < 0 ? "-" : "",
+                 (long long)std::abs(year), month, day, rest / 3600, rest / 60 % 60, rest % 60);
     return std::string(text, size_t(length));
 }
 
@@ -155,4 +159,4 @@ std::optional<std::string> parseBase64(std::string_view text)
     return out;
 }
 
-} // namespace tarvik::plist
+}  // namespace tarvik::plist

@@ -1,25 +1,22 @@
 #include "platform/Foundation/private/PropertyLists.h"
 
-#include "platform/CoreFoundation/private/Text.h"
+#include "platform/Foundation/private/TextPropertyList.h"
 #include "platform/TextEncoding/private/Encodings.h"
 
-#import <Tarvik/support/Bridge.h>
-#import <Tarvik/support/Guard.h>
-#import <Tarvik/support/Pool.h>
-
 #include <algorithm>
+#include <optional>
+#include <string>
 
 namespace tarvik::plist {
 namespace {
 
-/// How deep the brackets of the older text form are nested. Foundation's reader of it recurses, so that it must be known before.
-int depthOf(NSString *text)
+/// How deep the brackets of the older text form are nested.
+int depthOf(std::u16string_view text)
 {
-    const cf::Units units(text);
     int depth = 0, deepest = 0;
     bool isQuoted = false;
-    for (size_t i = 0; i < units.size(); ++i) {
-        const unichar c = units.data()[i];
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i];
         if (isQuoted && c == '\\')
             ++i;
         else if (c == '"')
@@ -32,36 +29,25 @@ int depthOf(NSString *text)
     return deepest;
 }
 
-/// Whether the text is a list of its own: it begins, comments aside, with a bracket.
-bool beginsWithBracket(NSString *text)
+std::optional<std::u16string> textOf(NSData *data)
 {
-    const cf::Units units(text);
-    const unichar *at = units.data(), *const end = at + units.size();
-    while (at < end) {
-        if (at + 1 < end && at[0] == '/' && at[1] == '*') {
-            for (at += 2; at + 1 < end && !(at[0] == '*' && at[1] == '/'); ++at) {
-            }
-            at += 2;
-        } else if (at + 1 < end && at[0] == '/' && at[1] == '/') {
-            while (at < end && *at != '\n')
-                ++at;
-        } else if (*at == ' ' || (*at >= '\t' && *at <= '\r')) {
-            ++at;
-        } else {
-            return *at == '{' || *at == '(' || *at == '<';
-        }
-    }
-    return false;
+    const auto *bytes = static_cast<const uint8_t *>([data bytes]);
+    const size_t count = [data length];
+    const bool isWide =
+        count >= 2 && ((bytes[0] == 0xFE && bytes[1] == 0xFF) || (bytes[0] == 0xFF && bytes[1] == 0xFE));
+    return encodings::decode(*encodings::find(isWide ? 0x0100 : 0x08000100), bytes, count, true);
 }
 
-NSString *newText(const uint8_t *bytes, size_t count)
-{
-    const bool isWide = count >= 2 && ((bytes[0] == 0xFE && bytes[1] == 0xFF) || (bytes[0] == 0xFF && bytes[1] == 0xFE));
-    const auto units = encodings::decode(*encodings::find(isWide ? 0x0100 : 0x08000100), bytes, count, true);
-    return units ? cf::newString(*units) : nil;
-}
+}  // namespace
 
-} // namespace
+bool isTextTooDeep(NSData *data)
+{
+    constexpr NSUInteger kHarmless = kDeepest;  // so many bytes hold no more brackets
+    if ([data length] <= kHarmless)
+        return false;
+    const auto text = textOf(data);
+    return text && depthOf(*text) > kDeepest;
+}
 
 id newFromData(NSData *data, Mutability mutability, std::string &why)
 {
@@ -77,29 +63,12 @@ id newFromData(NSData *data, Mutability mutability, std::string &why)
         why = "a binary property list";
         return nil;
     }
-    auto text = adopt<NSString>(newText(bytes, count));
+    const auto text = textOf(data);
     if (!text) {
         why = "neither XML nor text";
         return nil;
     }
-    if (depthOf(text.get()) > kDeepest) {
-        why = "nested deeper than " + std::to_string(kDeepest) + " levels";
-        return nil;
-    }
-    id list = nil;
-    Retained<NSException *> raised;
-    Pool pool;
-    const bool passed = attempt(
-        [&] {
-            id found = beginsWithBracket(text.get()) ? [text.get() propertyList] : [text.get() propertyListFromStringsFileFormat];
-            list = found ? newDeepCopy(found, mutability, why) : nil;
-        },
-        &raised);
-    if (!passed)
-        why = utf8([raised.get() reason]).value_or("no property list");
-    else if (!list && why.empty())
-        why = "no property list";
-    return list;
+    return newFromText(*text, mutability, why);
 }
 
-} // namespace tarvik::plist
+}  // namespace tarvik::plist

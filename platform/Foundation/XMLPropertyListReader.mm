@@ -20,7 +20,8 @@ namespace {
 
 /// The elements of a property list, by their names.
 enum class Element { plist, dict, array, key, string, integer, real, yes, no, date, data, count };
-constexpr const char *kNames[] = {"plist", "dict", "array", "key", "string", "integer", "real", "true", "false", "date", "data"};
+constexpr const char *kNames[] = {"plist", "dict", "array", "key",  "string", "integer",
+                                  "real",  "true", "false", "date", "data"};
 
 /// The classes of what is made. Naming a class in a message looks it up by its name each time.
 struct Classes {
@@ -41,12 +42,29 @@ std::string_view trimmed(std::string_view text)
 {
     constexpr std::string_view white = " \t\r\n";
     const size_t first = text.find_first_not_of(white);
-    return first == text.npos ? std::string_view() : text.substr(first, text.find_last_not_of(white) - first + 1);
+    return first == text.npos ? std::string_view()
+                              : text.substr(first, text.find_last_not_of(white) - first + 1);
 }
 
-/// Builds the objects while libxml2 reads. Everything made stands, owned, on one stack, so that a failure anywhere releases it.
-class Reader
-{
+/// Keeps libxml2's conversion of encodings, which knows no parser to tell of an error, from writing to
+/// standard error.
+class Quiet {
+public:
+    Quiet()
+    {
+        xmlSetStructuredErrorFunc(nullptr, [](void *, xmlErrorPtr) {});
+    }
+    ~Quiet() { xmlSetStructuredErrorFunc(oldContext_, oldFunction_); }
+    Quiet(const Quiet &) = delete;
+
+private:
+    xmlStructuredErrorFunc oldFunction_ = xmlStructuredError;  // the thread's
+    void *oldContext_ = xmlStructuredErrorContext;
+};
+
+/// Builds the objects while libxml2 reads. Everything made stands, owned, on one stack, so that a failure
+/// anywhere releases it.
+class Reader {
 public:
     explicit Reader(Mutability mutability) : mutability_(mutability) {}
     ~Reader()
@@ -65,7 +83,7 @@ private:
         Element element;
         size_t first;  ///< where its contents begin on the stack of objects
         size_t firstKey;
-        bool keyIsDue; ///< in a dictionary: whether a key comes next
+        bool keyIsDue;  ///< in a dictionary: whether a key comes next
     };
 
     void start(const xmlChar *name);
@@ -91,12 +109,12 @@ private:
     xmlParserCtxtPtr parser_ = nullptr;
     const xmlChar *names_[int(Element::count)] = {};
     std::vector<Open> open_;
-    std::vector<id> objects_;        ///< owned
-    std::vector<id> dictionaryKeys_; ///< of the dictionaries that are open; borrowed from keys_
-    std::unordered_map<std::string, id> known_; ///< the same few keys come again and again
-    std::vector<id> keys_;                      ///< all keys, owned
+    std::vector<id> objects_;                    ///< owned
+    std::vector<id> dictionaryKeys_;             ///< of the dictionaries that are open; borrowed from keys_
+    std::unordered_map<std::string, id> known_;  ///< the same few keys come again and again
+    std::vector<id> keys_;                       ///< all keys, owned
     std::string text_;
-    std::u16string units_;     ///< text_ so far, where an instruction put in what UTF-8 can't hold
+    std::u16string units_;  ///< text_ so far, where an instruction put in what UTF-8 can't hold
     bool hasUnits_ = false;
     std::string why_;
 };
@@ -114,7 +132,8 @@ void Reader::start(const xmlChar *name)
     const auto *found = std::find(std::begin(names_), std::end(names_), name);
     if (found == std::end(names_)) {
         const std::string_view unknown = reinterpret_cast<const char *>(name);
-        return fail(std::string("<").append(unknown.substr(0, 40)).append("> is no element of a property list"));
+        return fail(
+            std::string("<").append(unknown.substr(0, 40)).append("> is no element of a property list"));
     }
     const auto element = Element(found - names_);
     const auto shown = [&] { return std::string("<").append(kNames[int(element)]).append(">"); };
@@ -132,7 +151,8 @@ void Reader::start(const xmlChar *name)
             return fail("more than one object");
     } else if (open_.back().element == Element::dict) {
         if ((element == Element::key) != open_.back().keyIsDue)
-            return fail(open_.back().keyIsDue ? shown().append(" where a key belongs") : "a key without a value");
+            return fail(open_.back().keyIsDue ? shown().append(" where a key belongs")
+                                              : "a key without a value");
         open_.back().keyIsDue = !open_.back().keyIsDue;
     } else if (element == Element::key) {
         return fail("<key> outside a dictionary");
@@ -202,8 +222,10 @@ id Reader::newNumber(Element element)
         if (isHexadecimal)
             text.remove_prefix(2);
         uint64_t magnitude = 0;
-        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), magnitude, isHexadecimal ? 16 : 10);
-        if (text.empty() || error != std::errc() || end != text.data() + text.size() || (isNegative && magnitude > uint64_t(INT64_MAX) + 1)) {
+        const auto [end, error] =
+            std::from_chars(text.data(), text.data() + text.size(), magnitude, isHexadecimal ? 16 : 10);
+        if (text.empty() || error != std::errc() || end != text.data() + text.size() ||
+            (isNegative && magnitude > uint64_t(INT64_MAX) + 1)) {
             fail("no integer: \"" + text_.substr(0, 40) + "\"");
             return nil;
         }
@@ -213,7 +235,7 @@ id Reader::newNumber(Element element)
     }
     const bool hasSign = text.starts_with('+');
     const char *const first = text.data() + hasSign, *const last = text.data() + text.size();
-    double value = 0; // "nan", "infinity" and "inf" are numbers here too
+    double value = 0;  // "nan", "infinity" and "inf" are numbers here too
     const auto [end, error] = std::from_chars(first, last, value);
     if (text.empty() || (error != std::errc() && error != std::errc::result_out_of_range) || end != last) {
         fail("no number: \"" + text_.substr(0, 40) + "\"");
@@ -224,7 +246,7 @@ id Reader::newNumber(Element element)
 
 void Reader::pushKey()
 {
-    constexpr size_t kShort = 64, kMost = 4096; // what is worth remembering
+    constexpr size_t kShort = 64, kMost = 4096;  // what is worth remembering
     const bool isShort = !hasUnits_ && text_.size() <= kShort;
     if (isShort)
         if (const auto found = known_.find(text_); found != known_.end())
@@ -312,16 +334,17 @@ xmlSAXHandler Reader::handler()
 {
     xmlSAXHandler sax = {};
     sax.initialized = XML_SAX2_MAGIC;
-    sax.startElementNs = [](void *context, const xmlChar *name, const xmlChar *, const xmlChar *, int, const xmlChar **, int, int,
-                            const xmlChar **) { of(context).start(name); };
+    sax.startElementNs = [](void *context, const xmlChar *name, const xmlChar *, const xmlChar *, int,
+                            const xmlChar **, int, int, const xmlChar **) { of(context).start(name); };
     sax.endElementNs = [](void *context, const xmlChar *, const xmlChar *, const xmlChar *) {
         if (of(context).why_.empty())
             of(context).end();
     };
-    sax.characters = sax.ignorableWhitespace = sax.cdataBlock = [](void *context, const xmlChar *bytes, int count) {
-        if (of(context).why_.empty())
-            of(context).text(reinterpret_cast<const char *>(bytes), size_t(count));
-    };
+    sax.characters = sax.ignorableWhitespace =
+        sax.cdataBlock = [](void *context, const xmlChar *bytes, int count) {
+            if (of(context).why_.empty())
+                of(context).text(reinterpret_cast<const char *>(bytes), size_t(count));
+        };
     sax.processingInstruction = [](void *context, const xmlChar *target, const xmlChar *data) {
         of(context).instruction(reinterpret_cast<const char *>(target), reinterpret_cast<const char *>(data));
     };
@@ -342,7 +365,8 @@ xmlSAXHandler Reader::handler()
 
 id Reader::read(const uint8_t *bytes, size_t count, std::string &why)
 {
-    while (count > 0 && strchr(" \t\r\n", *bytes) && *bytes) { // XML takes no white space before its declaration
+    while (count > 0 && strchr(" \t\r\n", *bytes) &&
+           *bytes) {  // XML takes no white space before its declaration
         ++bytes;
         --count;
     }
@@ -358,11 +382,15 @@ id Reader::read(const uint8_t *bytes, size_t count, std::string &why)
     xmlSAXHandler sax = handler();
     *parser_->sax = sax;
     parser_->userData = this;
-    // Of itself the parser stops at 256 levels and at 10 MB in one text; the first limit is ours, and text is as long as the data.
+    // Of itself the parser stops at 256 levels and at 10 MB in one text; the first limit is ours, and text is
+    // as long as the data.
     xmlCtxtUseOptions(parser_, XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOWARNING);
     for (size_t i = 0; i < std::size(names_); ++i)
         names_[i] = xmlDictLookup(parser_->dict, reinterpret_cast<const xmlChar *>(kNames[i]), -1);
-    xmlParseDocument(parser_);
+    {
+        const Quiet quiet;
+        xmlParseDocument(parser_);
+    }
     const bool isWhole = parser_->wellFormed && why_.empty();
     xmlDocPtr document = parser_->myDoc;
     parser_->myDoc = nullptr;
@@ -378,11 +406,11 @@ id Reader::read(const uint8_t *bytes, size_t count, std::string &why)
     return root;
 }
 
-} // namespace
+}  // namespace
 
 bool looksLikeXML(const uint8_t *bytes, size_t count)
 {
-    std::string start; // the first characters that are not NUL, which takes UTF-16 in
+    std::string start;  // the first characters that are not NUL, which takes UTF-16 in
     for (size_t i = 0; i < count && start.size() < 9; ++i) {
         const uint8_t byte = bytes[i];
         const bool isMark = i < 4 && byte >= 0x80;
@@ -390,7 +418,8 @@ bool looksLikeXML(const uint8_t *bytes, size_t count)
             continue;
         start += char(byte);
     }
-    return start.starts_with("<?xml") || start.starts_with("<!DOCTYPE") || start.starts_with("<plist") || start.starts_with("<!--");
+    return start.starts_with("<?xml") || start.starts_with("<!DOCTYPE") || start.starts_with("<plist") ||
+           start.starts_with("<!--");
 }
 
 id newFromXML(const uint8_t *bytes, size_t count, Mutability mutability, std::string &why)
@@ -398,4 +427,4 @@ id newFromXML(const uint8_t *bytes, size_t count, Mutability mutability, std::st
     return Reader(mutability).read(bytes, count, why);
 }
 
-} // namespace tarvik::plist
+}  // namespace tarvik::plist

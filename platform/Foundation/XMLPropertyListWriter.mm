@@ -22,8 +22,7 @@ constexpr char kHeader[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
 constexpr char kFooter[] = "</plist>\n";
 
 /// A growing buffer from the C allocator, so that a data object can take it over.
-class Buffer
-{
+class Buffer {
 public:
     Buffer() = default;
     Buffer(const Buffer &) = delete;
@@ -86,7 +85,7 @@ char *putInstruction(char *out, unichar unit)
 /// Writes units as element text: UTF-8, markup and carriage returns escaped.
 void writeText(Buffer &buffer, const unichar *units, size_t count)
 {
-    constexpr size_t kMostBytes = 10, kStretch = 4096; // of one unit; how many units are written at once
+    constexpr size_t kMostBytes = 10, kStretch = 4096;  // of one unit; how many units are written at once
     for (size_t at = 0; at < count;) {
         const size_t end = std::min(count, at + kStretch);
         char *const start = buffer.room((end - at + 1) * kMostBytes);
@@ -110,7 +109,7 @@ void writeText(Buffer &buffer, const unichar *units, size_t count)
                 case '\n':
                     *out++ = char(c);
                     break;
-                case '\r': // a reader turns a bare one into a line feed
+                case '\r':  // a reader turns a bare one into a line feed
                     out = put(out, "&#13;");
                     break;
                 default:
@@ -146,7 +145,7 @@ void writeText(Buffer &buffer, NSString *string)
 void writeBase64(Buffer &buffer, NSData *data, int level)
 {
     static constexpr char digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    constexpr size_t kPerLine = 57; // 76 characters
+    constexpr size_t kPerLine = 57;  // 76 characters
     const auto *bytes = static_cast<const uint8_t *>([data bytes]);
     const size_t count = [data length];
     for (size_t start = 0; start < count; start += kPerLine) {
@@ -154,7 +153,8 @@ void writeBase64(Buffer &buffer, NSData *data, int level)
         const size_t end = std::min(count, start + kPerLine);
         char *const first = buffer.room(80), *out = first;
         for (size_t i = start; i < end; i += 3) {
-            const uint32_t group = uint32_t(bytes[i]) << 16 | (i + 1 < end ? bytes[i + 1] << 8 : 0) | (i + 2 < end ? bytes[i + 2] : 0);
+            const uint32_t group = uint32_t(bytes[i]) << 16 | (i + 1 < end ? bytes[i + 1] << 8 : 0) |
+                                   (i + 2 < end ? bytes[i + 2] : 0);
             *out++ = digits[group >> 18];
             *out++ = digits[group >> 12 & 63];
             *out++ = i + 1 < end ? digits[group >> 6 & 63] : '=';
@@ -165,8 +165,7 @@ void writeBase64(Buffer &buffer, NSData *data, int level)
     }
 }
 
-class Writer
-{
+class Writer {
 public:
     bool write(id object, int level);
     NSData *newText(id list, std::string &why)
@@ -214,10 +213,10 @@ bool Writer::writeDictionary(NSDictionary *dictionary, int level)
     while (id key = [walk nextObject]) {
         if (kindOf(key) != Kind::string)
             return fail("a dictionary key that is no string (" + std::string(object_getClassName(key)) + ")");
-        entries.push_back({key, [dictionary objectForKey:key], {}});
+        entries.push_back({key, [dictionary objectForKey : key], {}});
         length += [key length];
     }
-    std::u16string keys(length, u'\0'); // all of them in one piece
+    std::u16string keys(length, u'\0');  // all of them in one piece
     size_t used = 0;
     for (Entry &entry : entries) {
         const size_t size = [entry.key length];
@@ -225,7 +224,8 @@ bool Writer::writeDictionary(NSDictionary *dictionary, int level)
         entry.units = std::u16string_view(keys).substr(used, size);
         used += size;
     }
-    std::sort(entries.begin(), entries.end(), [](const Entry &a, const Entry &b) { return a.units < b.units; });
+    std::sort(entries.begin(), entries.end(),
+              [](const Entry &a, const Entry &b) { return a.units < b.units; });
     buffer_.add("<dict>\n");
     for (const Entry &entry : entries) {
         buffer_.indent(level + 1);
@@ -271,7 +271,7 @@ void Writer::writeReal(double value)
 {
     buffer_.add("<real>");
     if (std::isfinite(value)) {
-        char *const start = buffer_.room(32); // the shortest text that reads back as the same number
+        char *const start = buffer_.room(32);  // the shortest text that reads back as the same number
         buffer_.wrote(size_t(std::to_chars(start, start + 32, value).ptr - start));
     } else {
         buffer_.add(std::isnan(value) ? "nan" : value > 0 ? "+infinity" : "-infinity");
@@ -317,14 +317,16 @@ bool Writer::write(id object, int level)
     case Kind::none:
         break;
     }
-    return fail(object ? std::string("a property list can't hold a ") + object_getClassName(object) : "no object");
+    return fail(object ? std::string("a property list can't hold a ") + object_getClassName(object)
+                       : "no object");
 }
 
 // --- copies --------------------------------------------------------------------------------------------
 
 id newCopy(id object, Mutability mutability, int level, std::string &why)
 {
-    const bool mutableLeaves = mutability == Mutability::containersAndLeaves, mutableContainers = mutability != Mutability::none;
+    const bool mutableLeaves = mutability == Mutability::containersAndLeaves,
+               mutableContainers = mutability != Mutability::none;
     if (level > kDeepest) {
         why = "nested deeper than " + std::to_string(kDeepest) + " levels";
         return nil;
@@ -371,9 +373,9 @@ id newCopy(id object, Mutability mutability, int level, std::string &why)
     return nil;
 }
 
-} // namespace
+}  // namespace
 
 NSData *newXML(id list, std::string &why) { return Writer().newText(list, why); }
 id newDeepCopy(id list, Mutability mutability, std::string &why) { return newCopy(list, mutability, 0, why); }
 
-} // namespace tarvik::plist
+}  // namespace tarvik::plist

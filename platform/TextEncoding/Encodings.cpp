@@ -122,7 +122,10 @@ constexpr uint16_t kByteOrderMark = 0xFEFF;
 
 constexpr bool isHigh(uint16_t unit) { return (unit & 0xFC00) == 0xD800; }
 constexpr bool isLow(uint16_t unit) { return (unit & 0xFC00) == 0xDC00; }
-constexpr uint32_t combine(uint16_t high, uint16_t low) { return 0x10000 + ((high - 0xD800U) << 10) + (low - 0xDC00U); }
+constexpr uint32_t combine(uint16_t high, uint16_t low)
+{
+    return 0x10000 + ((high - 0xD800U) << 10) + (low - 0xDC00U);
+}
 
 // --- iconv ---------------------------------------------------------------------------------------------
 
@@ -145,15 +148,14 @@ iconv_t converter(const char *name, bool toBytes)
     if (!wanted)
         wanted.reset(toBytes ? iconv_open(name, "UTF-16LE") : iconv_open("UTF-16LE", name));
     if (wanted)
-        ::iconv(wanted.get(), nullptr, nullptr, nullptr, nullptr); // to the initial shift state
+        ::iconv(wanted.get(), nullptr, nullptr, nullptr, nullptr);  // to the initial shift state
     return wanted.get();
 }
 
 // --- writing -------------------------------------------------------------------------------------------
 
 /// Where bytes go: a bounded buffer, or a count.
-class Sink
-{
+class Sink {
 public:
     Sink(uint8_t *buffer, size_t capacity) : buffer_(buffer), capacity_(buffer ? capacity : SIZE_MAX) {}
     bool put(const uint8_t *bytes, size_t count)
@@ -226,13 +228,18 @@ size_t bytesOfNonLossy(uint16_t unit, uint8_t *out)
         return 1;
     }
     if (unit < 0x100) {
-        const uint8_t octal[] = {'\\', uint8_t('0' + (unit >> 6)), uint8_t('0' + (unit >> 3 & 7)), uint8_t('0' + (unit & 7))};
+        const uint8_t octal[] = {'\\', uint8_t('0' + (unit >> 6)), uint8_t('0' + (unit >> 3 & 7)),
+                                 uint8_t('0' + (unit & 7))};
         memcpy(out, octal, sizeof octal);
         return sizeof octal;
     }
     static constexpr char digits[] = "0123456789abcdef";
-    const uint8_t hexadecimal[] = {'\\', 'u', uint8_t(digits[unit >> 12]), uint8_t(digits[unit >> 8 & 15]),
-                                   uint8_t(digits[unit >> 4 & 15]), uint8_t(digits[unit & 15])};
+    const uint8_t hexadecimal[] = {'\\',
+                                   'u',
+                                   uint8_t(digits[unit >> 12]),
+                                   uint8_t(digits[unit >> 8 & 15]),
+                                   uint8_t(digits[unit >> 4 & 15]),
+                                   uint8_t(digits[unit & 15])};
     memcpy(out, hexadecimal, sizeof hexadecimal);
     return sizeof hexadecimal;
 }
@@ -253,26 +260,29 @@ size_t bytesOf(const Encoding &encoding, uint32_t c, bool lone, uint8_t *out)
     case utf32:
         return lone ? 0 : bytesOfUTF32(c, big, out);
     case utf16:
-    case nonLossy: // units are written one by one: half a pair survives
+    case nonLossy:  // units are written one by one: half a pair survives
         if (c > 0xFFFF) {
-            const uint16_t high = uint16_t(0xD800 + ((c - 0x10000) >> 10)), low = uint16_t(0xDC00 + ((c - 0x10000) & 0x3FF));
+            const uint16_t high = uint16_t(0xD800 + ((c - 0x10000) >> 10)),
+                           low = uint16_t(0xDC00 + ((c - 0x10000) & 0x3FF));
             if (encoding.coder == utf16)
                 return bytesOfUnit(high, big, out) + bytesOfUnit(low, big, out + 2);
             const size_t first = bytesOfNonLossy(high, out);
             return first + bytesOfNonLossy(low, out + first);
         }
-        return encoding.coder == utf16 ? bytesOfUnit(uint16_t(c), big, out) : bytesOfNonLossy(uint16_t(c), out);
+        return encoding.coder == utf16 ? bytesOfUnit(uint16_t(c), big, out)
+                                       : bytesOfNonLossy(uint16_t(c), out);
     case iconv:
         break;
     }
     return 0;
 }
 
-size_t writeByCharacter(const Encoding &encoding, const uint16_t *units, size_t count, uint8_t lossByte, Sink &sink)
+size_t writeByCharacter(const Encoding &encoding, const uint16_t *units, size_t count, uint8_t lossByte,
+                        Sink &sink)
 {
     size_t at = 0;
     while (at < count) {
-        if (encoding.superset && units[at] < 0x80) { // a run of ASCII, quickly
+        if (encoding.superset && units[at] < 0x80) {  // a run of ASCII, quickly
             size_t end = at;
             const size_t limit = at + std::min(count - at, sink.room());
             if (sink.counts()) {
@@ -310,7 +320,8 @@ size_t writeByCharacter(const Encoding &encoding, const uint16_t *units, size_t 
     return at;
 }
 
-size_t writeByIconv(const Encoding &encoding, const uint16_t *units, size_t count, uint8_t lossByte, Sink &sink)
+size_t writeByIconv(const Encoding &encoding, const uint16_t *units, size_t count, uint8_t lossByte,
+                    Sink &sink)
 {
     iconv_t cd = converter(encoding.iconvName, true);
     if (cd == ConverterTraits::empty())
@@ -319,13 +330,15 @@ size_t writeByIconv(const Encoding &encoding, const uint16_t *units, size_t coun
     size_t left = count * 2;
     char scratch[4096];
     enum class Step { input, end };
-    // One call to the converter: into the buffer, or, when bytes are only counted, into the scratch space again and again.
+    // One call to the converter: into the buffer, or, when bytes are only counted, into the scratch space
+    // again and again.
     auto run = [&](Step step) {
         for (;;) {
             char *out = sink.counts() ? scratch : reinterpret_cast<char *>(sink.place());
             const size_t room = sink.counts() ? sizeof scratch : sink.room();
             size_t free = room;
-            const size_t result = step == Step::input ? ::iconv(cd, &in, &left, &out, &free) : ::iconv(cd, nullptr, nullptr, &out, &free);
+            const size_t result = step == Step::input ? ::iconv(cd, &in, &left, &out, &free)
+                                                      : ::iconv(cd, nullptr, nullptr, &out, &free);
             const int why = result == size_t(-1) ? errno : 0;
             sink.advance(room - free);
             if (why != E2BIG || !sink.counts())
@@ -448,9 +461,10 @@ std::optional<std::u16string> readNonLossy(const uint8_t *bytes, size_t count)
         for (at = first; at < last; ++at) {
             if (at >= count)
                 return std::nullopt;
-            const int digit = bytes[at] >= '0' && bytes[at] <= '9'            ? bytes[at] - '0'
-                              : (bytes[at] | 32) >= 'a' && (bytes[at] | 32) <= 'f' ? (bytes[at] | 32) - 'a' + 10
-                                                                                   : 99;
+            const int digit = bytes[at] >= '0' && bytes[at] <= '9' ? bytes[at] - '0'
+                              : (bytes[at] | 32) >= 'a' && (bytes[at] | 32) <= 'f'
+                                  ? (bytes[at] | 32) - 'a' + 10
+                                  : 99;
             if (digit >= (isUnicode ? 16 : 8))
                 return std::nullopt;
             value = value * (isUnicode ? 16 : 8) + uint32_t(digit);
@@ -473,7 +487,8 @@ std::optional<std::u16string> readByIconv(const Encoding &encoding, const uint8_
         char *out = reinterpret_cast<char *>(text.data() + used);
         const size_t room = (text.size() - used) * 2;
         size_t free = room;
-        const size_t result = flushing ? ::iconv(cd, nullptr, nullptr, &out, &free) : ::iconv(cd, &in, &left, &out, &free);
+        const size_t result =
+            flushing ? ::iconv(cd, nullptr, nullptr, &out, &free) : ::iconv(cd, &in, &left, &out, &free);
         used += (room - free) / 2;
         if (result == size_t(-1)) {
             if (errno != E2BIG)
@@ -502,7 +517,7 @@ std::optional<bool> markedBig(const uint8_t *bytes, size_t count, size_t width)
     return std::nullopt;
 }
 
-} // namespace
+}  // namespace
 
 const Encoding *find(uint32_t identifier)
 {
@@ -516,7 +531,9 @@ const Encoding *find(uint32_t identifier)
     if (found == byIdentifier.end())
         return nullptr;
     const Encoding *encoding = found->second;
-    return encoding->coder != iconv || converter(encoding->iconvName, true) != ConverterTraits::empty() ? encoding : nullptr;
+    return encoding->coder != iconv || converter(encoding->iconvName, true) != ConverterTraits::empty()
+               ? encoding
+               : nullptr;
 }
 
 const Encoding *findNamed(std::string_view name)
@@ -532,12 +549,28 @@ const Encoding *findNamed(std::string_view name)
     static constexpr struct {
         const char *alias;
         uint32_t identifier;
-    } kAliases[] = {{"utf8", kUTF8},         {"ascii", 0x600},        {"ansi_x3.4-1968", 0x600}, {"latin1", 0x201},
-                    {"iso8859-1", 0x201},    {"iso_8859-1", 0x201},   {"latin2", 0x202},         {"mac", 0},
-                    {"macroman", 0},         {"x-mac-roman", 0},      {"sjis", 0xA01},           {"shift-jis", 0xA01},
-                    {"x-sjis", 0xA01},       {"ms_kanji", 0xA01},     {"eucjp", 0x920},          {"x-euc-jp", 0x920},
-                    {"euckr", 0x940},        {"cn-big5", 0xA03},      {"iso-10646-ucs-2", 0x100}, {"unicode", 0x100},
-                    {"iso-8859-8-i", 0x208}, {"iso-2022-jp-1", 0x821}};
+    } kAliases[] = {{"utf8", kUTF8},
+                    {"ascii", 0x600},
+                    {"ansi_x3.4-1968", 0x600},
+                    {"latin1", 0x201},
+                    {"iso8859-1", 0x201},
+                    {"iso_8859-1", 0x201},
+                    {"latin2", 0x202},
+                    {"mac", 0},
+                    {"macroman", 0},
+                    {"x-mac-roman", 0},
+                    {"sjis", 0xA01},
+                    {"shift-jis", 0xA01},
+                    {"x-sjis", 0xA01},
+                    {"ms_kanji", 0xA01},
+                    {"eucjp", 0x920},
+                    {"x-euc-jp", 0x920},
+                    {"euckr", 0x940},
+                    {"cn-big5", 0xA03},
+                    {"iso-10646-ucs-2", 0x100},
+                    {"unicode", 0x100},
+                    {"iso-8859-8-i", 0x208},
+                    {"iso-2022-jp-1", 0x821}};
     for (const auto &[alias, identifier] : kAliases)
         if (equals(alias))
             return find(identifier);
@@ -546,15 +579,17 @@ const Encoding *findNamed(std::string_view name)
 
 const Encoding *findFoundation(unsigned long foundation)
 {
-    const auto *row = std::find_if(std::begin(kTable), std::end(kTable),
-                                   [&](const Encoding &e) { return e.foundation == foundation && foundation != 0; });
+    const auto *row = std::find_if(std::begin(kTable), std::end(kTable), [&](const Encoding &e) {
+        return e.foundation == foundation && foundation != 0;
+    });
     return row == std::end(kTable) ? nullptr : row;
 }
 
 const Encoding *findCodepage(uint32_t codepage)
 {
-    const auto *row = std::find_if(std::begin(kTable), std::end(kTable),
-                                   [&](const Encoding &e) { return e.codepage == codepage && codepage != 0; });
+    const auto *row = std::find_if(std::begin(kTable), std::end(kTable), [&](const Encoding &e) {
+        return e.codepage == codepage && codepage != 0;
+    });
     return row == std::end(kTable) ? nullptr : row;
 }
 
@@ -584,8 +619,8 @@ const Encoding &system()
     return encoding;
 }
 
-Written encode(const Encoding &encoding, const uint16_t *units, size_t count, uint8_t lossByte, bool external, uint8_t *buffer,
-               size_t capacity)
+Written encode(const Encoding &encoding, const uint16_t *units, size_t count, uint8_t lossByte, bool external,
+               uint8_t *buffer, size_t capacity)
 {
     Sink sink(buffer, capacity);
     if (external && encoding.order == Order::native) {
@@ -600,7 +635,8 @@ Written encode(const Encoding &encoding, const uint16_t *units, size_t count, ui
     return {written, sink.used()};
 }
 
-std::optional<std::u16string> decode(const Encoding &encoding, const uint8_t *bytes, size_t count, bool external)
+std::optional<std::u16string> decode(const Encoding &encoding, const uint8_t *bytes, size_t count,
+                                     bool external)
 {
     const bool native = encoding.order == Order::native;
     switch (encoding.coder) {
@@ -612,14 +648,16 @@ std::optional<std::u16string> decode(const Encoding &encoding, const uint8_t *by
         return std::u16string(bytes, bytes + count);
     case utf8: {
         static constexpr uint8_t mark[] = {0xEF, 0xBB, 0xBF};
-        const size_t skip = external && count >= sizeof mark && memcmp(bytes, mark, sizeof mark) == 0 ? sizeof mark : 0;
+        const size_t skip =
+            external && count >= sizeof mark && memcmp(bytes, mark, sizeof mark) == 0 ? sizeof mark : 0;
         return readUTF8(bytes + skip, count - skip);
     }
     case utf16:
     case utf32: {
         const size_t width = encoding.coder == utf16 ? 2 : 4;
         bool big = encoding.order == Order::big;
-        if (const auto marked = markedBig(bytes, count, width); marked && (native || (external && *marked == big))) {
+        if (const auto marked = markedBig(bytes, count, width);
+            marked && (native || (external && *marked == big))) {
             big = *marked;
             bytes += width;
             count -= width;
@@ -634,4 +672,4 @@ std::optional<std::u16string> decode(const Encoding &encoding, const uint8_t *by
     return std::nullopt;
 }
 
-} // namespace tarvik::encodings
+}  // namespace tarvik::encodings

@@ -10,7 +10,8 @@ const char *const kList = "{ Name = \"Gr\\U00fc\\U00dfe\"; Rows = (one, {Deep = 
 
 TEST(PlistCommand, ShowsGetsAndConverts)
 {
-    EXPECT_EQ(runTarvik({"plist", "show"}, kList).out, "Name: \"Grüße\"\nRows:\n  [0]: \"one\"\n  [1]:\n    Deep: \"two\"\n");
+    EXPECT_EQ(runTarvik({"plist", "show"}, kList).out,
+              "Name: \"Grüße\"\nRows:\n  [0]: \"one\"\n  [1]:\n    Deep: \"two\"\n");
     EXPECT_EQ(runTarvik({"plist", "get", "-", "Rows", "1", "Deep"}, kList).out, "two\n");
     const ProgramResult beyond = runTarvik({"plist", "get", "-", "Rows", "2"}, kList);
     EXPECT_EQ(beyond.status, 1);
@@ -20,9 +21,11 @@ TEST(PlistCommand, ShowsGetsAndConverts)
     const std::string source = folder.write("source", kList), result = folder / "result";
     EXPECT_EQ(runTarvik({"plist", "convert", source, result}).status, 0);
     EXPECT_EQ(runTarvik({"plist", "show", result}).out, runTarvik({"plist", "show", source}).out);
-    EXPECT_EQ(runTarvik({"plist", "check", result, source}).out, result + ": ok (Dictionary)\n" + source + ": ok (Dictionary)\n");
+    EXPECT_EQ(runTarvik({"plist", "check", result, source}).out,
+              result + ": ok (Dictionary)\n" + source + ": ok (Dictionary)\n");
 
-    const ProgramResult bad = runTarvik({"plist", "check", "--quiet", source, "-"}, "<?xml version=\"1.0\"?><plist><dict>");
+    const ProgramResult bad =
+        runTarvik({"plist", "check", "--quiet", source, "-"}, "<?xml version=\"1.0\"?><plist><dict>");
     EXPECT_EQ(bad.status, 1);
     EXPECT_EQ(bad.out, "");
     EXPECT_NE(bad.error.find("standard input: is no property list: line 1"), std::string::npos) << bad.error;
@@ -45,7 +48,8 @@ TEST(DefaultsCommand, WritesReadsAndRemoves)
     EXPECT_EQ(runTarvik({"defaults", "write", "Example", "Text", "😀 \\U0041"}).status, 0);
     EXPECT_EQ(runTarvik({"defaults", "write", "--type=integer", "Example", "Count", "12"}).status, 0);
     EXPECT_EQ(runTarvik({"defaults", "write", "--type=plist", "Example", "Rows", "-"}, "(a, b)").status, 0);
-    EXPECT_EQ(runTarvik({"defaults", "read", "Example"}).out, "Count: 12\nRows:\n  [0]: \"a\"\n  [1]: \"b\"\nText: \"😀 \\\\U0041\"\n");
+    EXPECT_EQ(runTarvik({"defaults", "read", "Example"}).out,
+              "Count: 12\nRows:\n  [0]: \"a\"\n  [1]: \"b\"\nText: \"😀 \\\\U0041\"\n");
     EXPECT_EQ(runTarvik({"defaults", "read", "Example", "Text"}).out, "😀 \\U0041\n");
     EXPECT_EQ(runTarvik({"defaults", "remove", "Example", "Rows"}).status, 0);
     EXPECT_EQ(runTarvik({"defaults", "read", "Example", "Rows"}).status, 1);
@@ -56,4 +60,4 @@ TEST(DefaultsCommand, WritesReadsAndRemoves)
     EXPECT_EQ(runTarvik({"defaults", "read", "Example"}).status, 1);
 }
 
-} // namespace
+}  // namespace

@@ -27,8 +27,7 @@ constexpr Layout kLayouts[] = {{"A.bundle", "Contents/Resources", "Contents/Info
                                {"B.bundle", "Resources", "Resources/Info.plist"},
                                {"C.bundle", ".", "Info.plist"}};
 
-class Bundle : public testing::TestWithParam<Layout>
-{
+class Bundle : public testing::TestWithParam<Layout> {
 protected:
     Bundle()
     {
@@ -37,19 +36,24 @@ protected:
             for (const char *language : {"English.lproj", "fr.lproj"})
                 fs::create_directories(resources / language);
             fs::create_directories(resources / "Sub");
-            const auto write = [&](const char *name, std::string_view text) { folder.write((resources / name).lexically_relative(folder.path()).native(), text); };
+            const auto write = [&](const char *name, std::string_view text) {
+                folder.write((resources / name).lexically_relative(folder.path()).native(), text);
+            };
             folder.write((root / layout.info).lexically_relative(folder.path()).native(), kInfo);
             write("plain.txt", "x");
             write("Sub/inner.txt", "x");
-            write("English.lproj/Localizable.strings", std::string("\"k\" = \"English of ") + layout.name + "\";");
-            write("fr.lproj/Localizable.strings", "\"k\" = \"Fran\xC3\xA7" "ais\";");
+            write("English.lproj/Localizable.strings",
+                  std::string("\"k\" = \"English of ") + layout.name + "\";");
+            write("fr.lproj/Localizable.strings", "\"k\" = \"Fran\xC3\xA7"
+                                                  "ais\";");
         }
     }
 
     CFBundleRef open(const char *name)
     {
         const std::string path = folder / name;
-        CFURLRef url = CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), true);
+        CFURLRef url = CFURLCreateFromFileSystemRepresentation(
+            nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), true);
         CFBundleRef bundle = CFBundleCreate(nullptr, url);
         CFRelease(url);
         return bundle;
@@ -62,7 +66,11 @@ protected:
         const bool exists = CFURLGetFileSystemRepresentation(url, true, buffer, sizeof buffer);
         CFRelease(url);
         const fs::path root = fs::canonical(folder / name);
-        return exists ? fs::path(reinterpret_cast<char *>(buffer)).lexically_relative(root).lexically_normal().native() : "(none)";
+        return exists ? fs::path(reinterpret_cast<char *>(buffer))
+                            .lexically_relative(root)
+                            .lexically_normal()
+                            .native()
+                      : "(none)";
     }
 
     tarvik::Pool pool;
@@ -74,18 +82,27 @@ TEST_P(Bundle, FindsWhatItHolds)
     const auto [name, resources, info] = GetParam();
     CFBundleRef bundle = open(name);
     ASSERT_NE(bundle, nullptr);
-    const auto within = [&](const char *path) { return (fs::path(resources) / path).lexically_normal().native(); };
+    const auto within = [&](const char *path) {
+        return (fs::path(resources) / path).lexically_normal().native();
+    };
     EXPECT_EQ(taken(CFBundleCopyBundleURL(bundle), name), ".");
     EXPECT_TRUE(CFEqual(CFBundleGetIdentifier(bundle), CFSTR("org.example.same")));
     EXPECT_EQ(CFBundleGetVersionNumber(bundle), 0x10236004U);
     EXPECT_EQ(fs::path(taken(CFBundleCopyResourcesDirectoryURL(bundle), name)), fs::path(resources));
-    EXPECT_EQ(taken(CFBundleCopyResourceURL(bundle, CFSTR("plain"), CFSTR("txt"), nullptr), name), within("plain.txt"));
-    EXPECT_EQ(taken(CFBundleCopyResourceURL(bundle, CFSTR("plain.txt"), CFSTR(""), nullptr), name), within("plain.txt"));
-    EXPECT_EQ(taken(CFBundleCopyResourceURL(bundle, CFSTR("inner"), CFSTR("txt"), CFSTR("Sub")), name), within("Sub/inner.txt"));
+    EXPECT_EQ(taken(CFBundleCopyResourceURL(bundle, CFSTR("plain"), CFSTR("txt"), nullptr), name),
+              within("plain.txt"));
+    EXPECT_EQ(taken(CFBundleCopyResourceURL(bundle, CFSTR("plain.txt"), CFSTR(""), nullptr), name),
+              within("plain.txt"));
+    EXPECT_EQ(taken(CFBundleCopyResourceURL(bundle, CFSTR("inner"), CFSTR("txt"), CFSTR("Sub")), name),
+              within("Sub/inner.txt"));
     EXPECT_EQ(CFBundleCopyResourceURL(bundle, CFSTR("absent"), CFSTR("txt"), nullptr), nullptr);
-    EXPECT_EQ(taken(CFBundleCopyResourceURLForLocalization(bundle, CFSTR("Localizable"), CFSTR("strings"), nullptr, CFSTR("French")), name),
+    EXPECT_EQ(taken(CFBundleCopyResourceURLForLocalization(bundle, CFSTR("Localizable"), CFSTR("strings"),
+                                                           nullptr, CFSTR("French")),
+                    name),
               within("fr.lproj/Localizable.strings"));
-    EXPECT_EQ(CFBundleCopyResourceURLForLocalization(bundle, CFSTR("Localizable"), CFSTR("strings"), nullptr, CFSTR("xx")), nullptr);
+    EXPECT_EQ(CFBundleCopyResourceURLForLocalization(bundle, CFSTR("Localizable"), CFSTR("strings"), nullptr,
+                                                     CFSTR("xx")),
+              nullptr);
     EXPECT_EQ(CFBundleCopyExecutableURL(bundle), nullptr) << "there is none";
 
     CFArrayRef localizations = CFBundleCopyBundleLocalizations(bundle);
@@ -100,7 +117,8 @@ TEST_P(Bundle, FindsWhatItHolds)
     CFRelease(bundle);
 }
 
-INSTANTIATE_TEST_SUITE_P(Layouts, Bundle, testing::ValuesIn(kLayouts), [](const auto &info) { return std::string(info.param.name, 1); });
+INSTANTIATE_TEST_SUITE_P(Layouts, Bundle, testing::ValuesIn(kLayouts),
+                         [](const auto &info) { return std::string(info.param.name, 1); });
 
 using TwoBundles = Bundle;
 
@@ -121,12 +139,14 @@ TEST_F(TwoBundles, OfOneIdentifierAreTwo)
 TEST(MainBundle, OfAPlainProgramIsItsFolder)
 {
     CFBundleRef bundle = CFBundleGetMainBundle();
-    CFURLRef executable = CFBundleCopyExecutableURL(bundle), folder = CFBundleCopyBundleURL(bundle), above = CFURLCreateCopyDeletingLastPathComponent(nullptr, executable);
+    CFURLRef executable = CFBundleCopyExecutableURL(bundle), folder = CFBundleCopyBundleURL(bundle),
+             above = CFURLCreateCopyDeletingLastPathComponent(nullptr, executable);
     UInt8 one[2048], other[2048];
-    ASSERT_TRUE(CFURLGetFileSystemRepresentation(folder, true, one, sizeof one) && CFURLGetFileSystemRepresentation(above, true, other, sizeof other));
+    ASSERT_TRUE(CFURLGetFileSystemRepresentation(folder, true, one, sizeof one) &&
+                CFURLGetFileSystemRepresentation(above, true, other, sizeof other));
     EXPECT_STREQ(reinterpret_cast<char *>(one), reinterpret_cast<char *>(other));
     for (CFURLRef url : {executable, folder, above})
         CFRelease(url);
 }
 
-} // namespace
+}  // namespace

@@ -1,4 +1,5 @@
-// Core Foundation as a host sees it: results, ownership, and what it does with text that a conversion can't hold.
+// Core Foundation as a host sees it: results, ownership, and what it does with text that a conversion can't
+// hold.
 #import <Foundation/Foundation.h>
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -12,8 +13,7 @@ namespace {
 
 /// An owned reference that is released at the end of the scope.
 template <class Ref>
-class Owned
-{
+class Owned {
 public:
     Owned(Ref ref) : ref_(ref) {}
     ~Owned() { CFRelease(ref_); }
@@ -30,11 +30,16 @@ std::string utf8(CFStringRef string)
     return CFStringGetCString(string, text, sizeof text, kCFStringEncodingUTF8) ? text : "(none)";
 }
 
-Owned<CFStringRef> string(const char *text) { return CFStringCreateWithCString(nullptr, text, kCFStringEncodingUTF8); }
+Owned<CFStringRef> string(const char *text)
+{
+    return CFStringCreateWithCString(nullptr, text, kCFStringEncodingUTF8);
+}
 
 std::string bytesOf(CFDataRef data)
 {
-    return data ? std::string(reinterpret_cast<const char *>(CFDataGetBytePtr(data)), size_t(CFDataGetLength(data))) : "(none)";
+    return data ? std::string(reinterpret_cast<const char *>(CFDataGetBytePtr(data)),
+                              size_t(CFDataGetLength(data)))
+                : "(none)";
 }
 
 // --- strings -------------------------------------------------------------------------------------------
@@ -46,8 +51,12 @@ TEST(CFString, ConvertsBetweenEncodings)
         CFStringEncoding encoding;
         std::string bytes;
     } cases[] = {
-        {"Grüße €", kCFStringEncodingMacRoman, "Gr\x9F\xA7" "e \xDB"},
-        {"Grüße €", kCFStringEncodingWindowsLatin1, "Gr\xFC\xDF" "e \x80"},
+        {"Grüße €", kCFStringEncodingMacRoman,
+         "Gr\x9F\xA7"
+         "e \xDB"},
+        {"Grüße €", kCFStringEncodingWindowsLatin1,
+         "Gr\xFC\xDF"
+         "e \x80"},
         {"日本", kCFStringEncodingShiftJIS, "\x93\xFA\x96\x7B"},
         {"日本", kCFStringEncodingEUC_JP, "\xC6\xFC\xCB\xDC"},
         {"日本", kCFStringEncodingISO_2022_JP, "\x1B$BF|K\\\x1B(B"},
@@ -73,19 +82,29 @@ TEST(CFString, RefusesBytesThatAreNoText)
         std::string bytes;
         CFStringEncoding encoding;
     } cases[] = {
-        {"\xC0\x80", kCFStringEncodingUTF8},     {"\xED\xA0\x80", kCFStringEncodingUTF8},   {"\xF4\x90\x80\x80", kCFStringEncodingUTF8},
-        {"ab\xE2\x82", kCFStringEncodingUTF8},   {"\x80", kCFStringEncodingASCII},          {"abc", kCFStringEncodingUnicode},
-        {std::string("\0\x11\0\0", 4), kCFStringEncodingUTF32BE}, {"\x81", kCFStringEncodingShiftJIS}, {"a", 0x7777},
+        {"\xC0\x80", kCFStringEncodingUTF8},
+        {"\xED\xA0\x80", kCFStringEncodingUTF8},
+        {"\xF4\x90\x80\x80", kCFStringEncodingUTF8},
+        {"ab\xE2\x82", kCFStringEncodingUTF8},
+        {"\x80", kCFStringEncodingASCII},
+        {"abc", kCFStringEncodingUnicode},
+        {std::string("\0\x11\0\0", 4), kCFStringEncodingUTF32BE},
+        {"\x81", kCFStringEncodingShiftJIS},
+        {"a", 0x7777},
     };
     for (const auto &[bytes, encoding] : cases)
-        EXPECT_EQ(CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8 *>(bytes.data()), CFIndex(bytes.size()), encoding, false),
+        EXPECT_EQ(CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8 *>(bytes.data()),
+                                          CFIndex(bytes.size()), encoding, false),
                   nullptr);
 }
 
 TEST(CFString, ExternalRepresentationCarriesAByteOrderMark)
 {
-    Owned<CFDataRef> data(CFStringCreateExternalRepresentation(nullptr, CFSTR("a"), kCFStringEncodingUnicode, 0));
-    EXPECT_EQ(bytesOf(data), std::string("\xFF\xFE" "a\0", 4));
+    Owned<CFDataRef> data(
+        CFStringCreateExternalRepresentation(nullptr, CFSTR("a"), kCFStringEncodingUnicode, 0));
+    EXPECT_EQ(bytesOf(data), std::string("\xFF\xFE"
+                                         "a\0",
+                                         4));
     const UInt8 big[] = {0xFE, 0xFF, 0, 'a'}, marked[] = {0xEF, 0xBB, 0xBF, 'a'};
     Owned<CFStringRef> fromBig(CFStringCreateWithBytes(nullptr, big, 4, kCFStringEncodingUnicode, true));
     Owned<CFStringRef> fromMarked(CFStringCreateWithBytes(nullptr, marked, 4, kCFStringEncodingUTF8, true));
@@ -99,20 +118,29 @@ TEST(CFString, GetBytesStopsOrSubstitutes)
     UInt8 buffer[16] = {};
     CFIndex used = -1;
     const CFRange whole = CFRangeMake(0, CFStringGetLength(text));
-    EXPECT_EQ(CFStringGetBytes(text, whole, kCFStringEncodingASCII, 0, false, buffer, sizeof buffer, &used), 1);
+    EXPECT_EQ(CFStringGetBytes(text, whole, kCFStringEncodingASCII, 0, false, buffer, sizeof buffer, &used),
+              1);
     EXPECT_EQ(used, 1);
-    EXPECT_EQ(CFStringGetBytes(text, whole, kCFStringEncodingASCII, '?', false, buffer, sizeof buffer, &used), 5);
+    EXPECT_EQ(CFStringGetBytes(text, whole, kCFStringEncodingASCII, '?', false, buffer, sizeof buffer, &used),
+              5);
     EXPECT_EQ(std::string(buffer, buffer + used), "a??b") << "a pair is one character";
-    EXPECT_EQ(CFStringGetBytes(text, whole, kCFStringEncodingMacRoman, '?', false, buffer, sizeof buffer, &used), 5);
+    EXPECT_EQ(
+        CFStringGetBytes(text, whole, kCFStringEncodingMacRoman, '?', false, buffer, sizeof buffer, &used),
+        5);
     EXPECT_EQ(std::string(buffer, buffer + used), "a\x8E?b");
-    EXPECT_EQ(CFStringGetBytes(text, whole, kCFStringEncodingUTF8, 0, false, buffer, 6, &used), 2) << "no half character";
+    EXPECT_EQ(CFStringGetBytes(text, whole, kCFStringEncodingUTF8, 0, false, buffer, 6, &used), 2)
+        << "no half character";
     EXPECT_EQ(used, 3);
     EXPECT_EQ(CFStringGetBytes(text, whole, kCFStringEncodingUTF8, 0, false, nullptr, 0, &used), 5);
     EXPECT_EQ(used, 8);
-    EXPECT_EQ(CFStringGetBytes(text, whole, kCFStringEncodingISO_2022_JP, '?', false, buffer, sizeof buffer, &used), 5);
+    EXPECT_EQ(
+        CFStringGetBytes(text, whole, kCFStringEncodingISO_2022_JP, '?', false, buffer, sizeof buffer, &used),
+        5);
     const UniChar half[] = {'a', 0xD83D};
     Owned<CFStringRef> lone(CFStringCreateWithCharacters(nullptr, half, 2));
-    EXPECT_EQ(CFStringGetBytes(lone, CFRangeMake(0, 2), kCFStringEncodingUTF8, '?', false, buffer, sizeof buffer, &used), 2);
+    EXPECT_EQ(CFStringGetBytes(lone, CFRangeMake(0, 2), kCFStringEncodingUTF8, '?', false, buffer,
+                               sizeof buffer, &used),
+              2);
     EXPECT_EQ(std::string(buffer, buffer + used), "a?");
 }
 
@@ -139,7 +167,7 @@ TEST(CFString, ConstantsAreOneObjectWithDirectPointers)
 {
     CFStringRef once = __CFStringMakeConstantString("Größe"), again = __CFStringMakeConstantString("Größe");
     EXPECT_EQ(once, again);
-    CFRelease(once); // has no effect
+    CFRelease(once);  // has no effect
     EXPECT_EQ(utf8(again), "Größe");
     EXPECT_TRUE(CFEqual(again, CFSTR("Größe")));
     EXPECT_EQ(CFHash(again), CFHash(CFSTR("Größe")));
@@ -158,8 +186,11 @@ TEST(CFString, ComparesLiterallyUnlessToldOtherwise)
     EXPECT_FALSE(CFEqual(composed, decomposed));
     EXPECT_NE(CFStringCompare(composed, decomposed, 0), kCFCompareEqualTo);
     EXPECT_EQ(CFStringCompare(composed, decomposed, kCFCompareNonliteral), kCFCompareEqualTo);
-    EXPECT_EQ(CFStringCompare(CFSTR("file9"), CFSTR("FILE10"), kCFCompareNumerically | kCFCompareCaseInsensitive), kCFCompareLessThan);
-    const CFRange found = CFStringFind(CFSTR("abcabc"), CFSTR("BC"), kCFCompareCaseInsensitive | kCFCompareBackwards);
+    EXPECT_EQ(
+        CFStringCompare(CFSTR("file9"), CFSTR("FILE10"), kCFCompareNumerically | kCFCompareCaseInsensitive),
+        kCFCompareLessThan);
+    const CFRange found =
+        CFStringFind(CFSTR("abcabc"), CFSTR("BC"), kCFCompareCaseInsensitive | kCFCompareBackwards);
     EXPECT_EQ(found.location, 4);
     EXPECT_EQ(CFStringFind(CFSTR("abc"), CFSTR("x"), 0).location, kCFNotFound);
     EXPECT_TRUE(CFStringHasPrefix(CFSTR("abc"), CFSTR("ab")));
@@ -177,7 +208,7 @@ TEST(CFString, EditsInPlace)
     EXPECT_EQ(utf8(text), "[six is 6--ca--c");
     CFStringPad(text, nullptr, 4, 0);
     EXPECT_EQ(utf8(text), "[six");
-    CFStringDelete(text, CFRangeMake(3, 9)); // beyond the end: nothing
+    CFStringDelete(text, CFRangeMake(3, 9));  // beyond the end: nothing
     CFStringReplaceAll(text, CFSTR("--a--b---"));
     CFStringTrim(text, CFSTR("--"));
     EXPECT_EQ(utf8(text), "a--b-");
@@ -201,8 +232,10 @@ TEST(CFString, KnowsItsEncodings)
         }
     }
     EXPECT_GT(count, 50U);
-    EXPECT_EQ(CFStringConvertIANACharSetNameToEncoding(CFSTR("Shift_JIS")), CFStringEncoding(kCFStringEncodingShiftJIS));
-    EXPECT_EQ(CFStringConvertWindowsCodepageToEncoding(1252), CFStringEncoding(kCFStringEncodingWindowsLatin1));
+    EXPECT_EQ(CFStringConvertIANACharSetNameToEncoding(CFSTR("Shift_JIS")),
+              CFStringEncoding(kCFStringEncodingShiftJIS));
+    EXPECT_EQ(CFStringConvertWindowsCodepageToEncoding(1252),
+              CFStringEncoding(kCFStringEncodingWindowsLatin1));
     EXPECT_EQ(CFStringGetSmallestEncoding(CFSTR("abc")), CFStringEncoding(kCFStringEncodingASCII));
 }
 
@@ -216,8 +249,14 @@ const void *retainCounted(CFAllocatorRef, const void *value)
     ++static_cast<Counted *>(const_cast<void *>(value))->retains;
     return value;
 }
-void releaseCounted(CFAllocatorRef, const void *value) { --static_cast<Counted *>(const_cast<void *>(value))->retains; }
-Boolean equalStrings(const void *a, const void *b) { return strcmp(static_cast<const char *>(a), static_cast<const char *>(b)) == 0; }
+void releaseCounted(CFAllocatorRef, const void *value)
+{
+    --static_cast<Counted *>(const_cast<void *>(value))->retains;
+}
+Boolean equalStrings(const void *a, const void *b)
+{
+    return strcmp(static_cast<const char *>(a), static_cast<const char *>(b)) == 0;
+}
 CFHashCode hashString(const void *value) { return CFHashCode(*static_cast<const char *>(value)); }
 
 TEST(CFArray, KeepsPointersAsItsCallbacksSay)
@@ -241,12 +280,14 @@ TEST(CFArray, KeepsPointersAsItsCallbacksSay)
     Owned<CFMutableArrayRef> plain(CFArrayCreateMutable(nullptr, 0, nullptr));
     for (intptr_t i : {3, 0, 2})
         CFArrayAppendValue(plain, reinterpret_cast<void *>(i));
-    CFArraySortValues(plain, CFRangeMake(0, 3), [](const void *a, const void *b, void *) -> CFComparisonResult { return a < b ? -1 : a > b; },
-                      nullptr);
+    CFArraySortValues(
+        plain, CFRangeMake(0, 3),
+        [](const void *a, const void *b, void *) -> CFComparisonResult { return a < b ? -1 : a > b; },
+        nullptr);
     EXPECT_EQ(CFArrayGetValueAtIndex(plain, 0), nullptr);
     EXPECT_EQ(CFArrayGetFirstIndexOfValue(plain, CFRangeMake(0, 3), reinterpret_cast<void *>(3)), 2);
     EXPECT_EQ(CFArrayGetValueAtIndex(plain, 3), nullptr);
-    Owned<CFStringRef> description(CFCopyDescription(plain)); // sends no message to the pointers
+    Owned<CFStringRef> description(CFCopyDescription(plain));  // sends no message to the pointers
 }
 
 TEST(CFArray, IsAnNSArray)
@@ -257,7 +298,7 @@ TEST(CFArray, IsAnNSArray)
     EXPECT_TRUE(CFEqual(array, ([NSArray arrayWithObjects:@"b", @"a", nil])));
     EXPECT_EQ(CFGetTypeID(array), CFArrayGetTypeID());
     Owned<CFMutableArrayRef> more(CFArrayCreateMutableCopy(nullptr, 0, array));
-    CFArrayInsertValueAtIndex(more, 9, CFSTR("c")); // beyond the end: nothing
+    CFArrayInsertValueAtIndex(more, 9, CFSTR("c"));  // beyond the end: nothing
     CFArrayAppendArray(more, array, CFRangeMake(1, 1));
     CFArrayExchangeValuesAtIndices(more, 0, 2);
     EXPECT_TRUE(CFEqual(more, ([NSArray arrayWithObjects:@"a", @"a", @"b", nil])));
@@ -341,4 +382,4 @@ TEST(CFData, RefusesRangesBeyondItsEnd)
     EXPECT_EQ(bytesOf(data), std::string("JJell\0", 6));
 }
 
-} // namespace
+}  // namespace

@@ -1,10 +1,12 @@
-// XML property lists: every text survives, hostile text is refused, Foundation's own callers gain what the platform's reader knows.
+// XML property lists: every text survives, hostile text is refused, Foundation's own callers gain what the
+// platform's reader knows.
 #import <Foundation/Foundation.h>
 
 #include "tests/support/TemporaryFolder.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 #import <Tarvik/support/Bridge.h>
+#import <Tarvik/support/Guard.h>
 #include <Tarvik/support/Pool.h>
 #include <gtest/gtest.h>
 
@@ -13,15 +15,18 @@
 
 namespace {
 
-const std::string kStart = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">", kEnd = "</plist>";
+const std::string kStart = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">",
+                  kEnd = "</plist>";
 
 NSData *dataOf(std::string_view bytes) { return tarvik::nsdata(bytes); }
 
 /// The list in the text, autoreleased; nil with the reason in `why`.
-id parsed(const std::string &text, std::string *why = nullptr, CFOptionFlags options = kCFPropertyListImmutable)
+id parsed(const std::string &text, std::string *why = nullptr,
+          CFOptionFlags options = kCFPropertyListImmutable)
 {
     CFStringRef error = nullptr;
-    id list = (id) const_cast<void *>(CFPropertyListCreateFromXMLData(nullptr, CFDataRef(dataOf(text)), options, &error));
+    id list = (id) const_cast<void *>(
+        CFPropertyListCreateFromXMLData(nullptr, CFDataRef(dataOf(text)), options, &error));
     if (why)
         *why = tarvik::utf8((NSString *)error).value_or("");
     EXPECT_EQ(list == nil, error != nullptr);
@@ -37,19 +42,29 @@ std::string written(id list)
 
 NSString *units(std::u16string_view text)
 {
-    return [(NSString *)CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar *>(text.data()), CFIndex(text.size())) autorelease];
+    return [(NSString *)CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar *>(text.data()),
+                                                     CFIndex(text.size())) autorelease];
 }
 
-class PropertyList : public testing::Test
-{
+class PropertyList : public testing::Test {
     tarvik::Pool pool;
 };
 
 TEST_F(PropertyList, EveryTextSurvives)
 {
     const std::u16string_view texts[] = {
-        u"", u" \t lead and trail \n", u"<&>\"']]>", u"😀 \U0010FFFF 日本 é", u"\\U0041 \\UD83D\\UDE00 \\u0041", u"a\rb\r\nc\nd",
-        std::u16string_view(u"\0\1\x1F\x7F\x85\u2028", 6), u"\xFFFE\xFFFF\xFEFF", u"half \xD83D", u"\xDE00 half", u"<?u 0041?>", u"&amp;&#65;",
+        u"",
+        u" \t lead and trail \n",
+        u"<&>\"']]>",
+        u"😀 \U0010FFFF 日本 é",
+        u"\\U0041 \\UD83D\\UDE00 \\u0041",
+        u"a\rb\r\nc\nd",
+        std::u16string_view(u"\0\1\x1F\x7F\x85\u2028", 6),
+        u"\xFFFE\xFFFF\xFEFF",
+        u"half \xD83D",
+        u"\xDE00 half",
+        u"<?u 0041?>",
+        u"&amp;&#65;",
     };
     NSMutableDictionary *all = [NSMutableDictionary dictionary];
     for (const auto text : texts)
@@ -75,7 +90,8 @@ TEST_F(PropertyList, ValuesSurvive)
     for (const int64_t integer : {int64_t(0), INT64_MAX, INT64_MIN, int64_t(-7)})
         [list addObject:[NSNumber numberWithLongLong:integer]];
     [list addObject:[NSNumber numberWithUnsignedLongLong:UINT64_MAX]];
-    for (const double date : {0.0, 347155200.0, -63114076800.0 /* the year 1 */, 252423993600.0 /* the year 10000 */, -1.0})
+    for (const double date :
+         {0.0, 347155200.0, -63114076800.0 /* the year 1 */, 252423993600.0 /* the year 10000 */, -1.0})
         [list addObject:[NSDate dateWithTimeIntervalSinceReferenceDate:date]];
     for (const size_t size : {0, 1, 2, 3, 57, 58, 1000})
         [list addObject:dataOf(std::string(size, '\xA5'))];
@@ -84,7 +100,8 @@ TEST_F(PropertyList, ValuesSurvive)
     id back = parsed(written(list));
     EXPECT_TRUE([back isEqual:list]) << written(list);
     // Booleans stay booleans, integers stay integers.
-    back = parsed(written([NSArray arrayWithObjects:[NSNumber numberWithBool:YES], [NSNumber numberWithInt:1], nil]));
+    back = parsed(
+        written([NSArray arrayWithObjects:[NSNumber numberWithBool:YES], [NSNumber numberWithInt:1], nil]));
     EXPECT_EQ(CFGetTypeID([back objectAtIndex:0]), CFBooleanGetTypeID());
     EXPECT_EQ(CFGetTypeID([back objectAtIndex:1]), CFNumberGetTypeID());
     EXPECT_TRUE(std::isnan([parsed(kStart + "<real>nan</real>" + kEnd) doubleValue]));
@@ -93,26 +110,42 @@ TEST_F(PropertyList, ValuesSurvive)
 
 TEST_F(PropertyList, WritesTheSameTextForEqualLists)
 {
-    NSDictionary *list = [NSDictionary dictionaryWithObjectsAndKeys:[NSArray arrayWithObjects:@"x", [NSNumber numberWithBool:NO], nil], @"b",
-                                                                    [NSDate dateWithTimeIntervalSinceReferenceDate:0], @"a", nil];
-    EXPECT_EQ(written(list), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                             "<!DOCTYPE plist PUBLIC \"-//Apple Computer//DTD PLIST 1.0//EN\" "
-                             "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-                             "<plist version=\"1.0\">\n"
-                             "<dict>\n\t<key>a</key>\n\t<date>2001-01-01T00:00:00Z</date>\n"
-                             "\t<key>b</key>\n\t<array>\n\t\t<string>x</string>\n\t\t<false/>\n\t</array>\n</dict>\n</plist>\n");
+    NSDictionary *list = [NSDictionary
+        dictionaryWithObjectsAndKeys:[NSArray arrayWithObjects:@"x", [NSNumber numberWithBool:NO], nil], @"b",
+                                     [NSDate dateWithTimeIntervalSinceReferenceDate:0], @"a", nil];
+    EXPECT_EQ(
+        written(list),
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<!DOCTYPE plist PUBLIC \"-//Apple Computer//DTD PLIST 1.0//EN\" "
+        "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+        "<plist version=\"1.0\">\n"
+        "<dict>\n\t<key>a</key>\n\t<date>2001-01-01T00:00:00Z</date>\n"
+        "\t<key>b</key>\n\t<array>\n\t\t<string>x</string>\n\t\t<false/>\n\t</array>\n</dict>\n</plist>\n");
 }
 
 TEST_F(PropertyList, ReadsWhatOthersWrite)
 {
-    EXPECT_TRUE([parsed("\xEF\xBB\xBF" + kStart + "<string>a<![CDATA[<b>&amp;]]>c</string>" + kEnd) isEqual:@"a<b>&amp;c"]);
-    EXPECT_TRUE([parsed(" \n" + kStart + "<!-- c --><string><!-- x -->y</string>" + kEnd + "<!-- end -->\n") isEqual:@"y"]);
-    EXPECT_TRUE([parsed("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><plist><string>\xE9</string></plist>") isEqual:@"\u00e9"]);
-    NSData *wide = [@"<?xml version=\"1.0\" encoding=\"UTF-16\"?><plist><string>\u65e5</string></plist>" dataUsingEncoding:NSUnicodeStringEncoding];
+    EXPECT_TRUE([parsed("\xEF\xBB\xBF" + kStart + "<string>a<![CDATA[<b>&amp;]]>c</string>" + kEnd)
+        isEqual:@"a<b>&amp;c"]);
+    EXPECT_TRUE([parsed(" \n" + kStart + "<!-- c --><string><!-- x -->y</string>" + kEnd + "<!-- end -->\n")
+        isEqual:@"y"]);
+    EXPECT_TRUE([parsed("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><plist><string>\xE9</string></plist>")
+        isEqual:@"\u00e9"]);
+    NSData *wide = [@"<?xml version=\"1.0\" encoding=\"UTF-16\"?><plist><string>\u65e5</string></plist>"
+        dataUsingEncoding:NSUnicodeStringEncoding];
     EXPECT_TRUE([parsed(*tarvik::bytes(wide)) isEqual:@"\u65e5"]);
     // The older text forms.
-    EXPECT_TRUE([parsed("{ a = (1, \"two\", <0fbd>); }") isKindOfClass:[NSDictionary class]]);
-    NSDictionary *table = parsed("/* c */ \"Open\" = \"\xC3\x96" "ffnen\";\n\"Quit\" = \"Ende\";\n");
+    id old = parsed("// list\n{ a = (1, \"t\\\"wo\\U00e9\\n\\101\", <0f bd>, <*I-12>, <*BY>,); /* c */ 'b c' "
+                    "= path/to.file; }");
+    NSArray *values =
+        [NSArray arrayWithObjects:@"1", @"t\"wo\u00e9\nA", dataOf("\x0F\xBD"), [NSNumber numberWithInt:-12],
+                                  [NSNumber numberWithBool:YES], nil];
+    EXPECT_TRUE((
+        [old isEqual:[NSDictionary dictionaryWithObjectsAndKeys:values, @"a", @"path/to.file", @"b c", nil]]))
+        << *tarvik::utf8([old description]);
+    EXPECT_TRUE([[parsed("alone; other = \"x\";") objectForKey:@"alone"] isEqual:@"alone"]);
+    NSDictionary *table = parsed("/* c */ \"Open\" = \"\xC3\x96"
+                                 "ffnen\";\n\"Quit\" = \"Ende\";\n");
     EXPECT_TRUE([[table objectForKey:@"Open"] isEqual:@"\u00d6ffnen"]);
     NSData *strings = [@"\"k\" = \"\u65e5\";" dataUsingEncoding:NSUnicodeStringEncoding];
     EXPECT_TRUE([[parsed(*tarvik::bytes(strings)) objectForKey:@"k"] isEqual:@"\u65e5"]);
@@ -124,7 +157,8 @@ TEST_F(PropertyList, RefusesWhatIsNoPropertyList)
     for (int i = 0; i < 100000; ++i)
         deep += "<array>";
     for (char c = 'b'; c < 'l'; ++c)
-        bomb += std::string("<!ENTITY ") + c + " \"&" + char(c - 1) + ";&" + char(c - 1) + ";&" + char(c - 1) + ";\">";
+        bomb += std::string("<!ENTITY ") + c + " \"&" + char(c - 1) + ";&" + char(c - 1) + ";&" +
+                char(c - 1) + ";\">";
     const struct {
         std::string text, why;
     } cases[] = {
@@ -151,8 +185,21 @@ TEST_F(PropertyList, RefusesWhatIsNoPropertyList)
         {kStart + deep, "nested deeper than 512"},
         {std::string(100000, '('), "nested deeper than 512"},
         {bomb + "]><plist><string>&k;</string></plist>", "declares no entities"},
-        {"<?xml version=\"1.0\"?><!DOCTYPE plist [<!ENTITY x SYSTEM \"file:///etc/passwd\">]><plist><string>&x;</string></plist>", "declares no entities"},
+        {"<?xml version=\"1.0\"?><!DOCTYPE plist [<!ENTITY x SYSTEM "
+         "\"file:///etc/passwd\">]><plist><string>&x;</string></plist>",
+         "declares no entities"},
         {"bplist00", "binary"},
+        {"{ a = 1;\n b 2; }", "line 2: a key without a value"},
+        {"{ a = 1\n}", "line 2: no semicolon"},
+        {"(a\nb)", "line 2: no comma"},
+        {"{ a = \"x; }", "a quote without an end"},
+        {"(<0f0>)", "half a byte"},
+        {"(<0g>)", "not hexadecimal"},
+        {"(a) (b)", "more than one list"},
+        {"(a", "no comma"},
+        {"(", "ends early"},
+        {"(;)", "begins nothing"},
+        {"\xFF\xFE\x28", "neither XML nor text"},
     };
     for (const auto &[text, expected] : cases) {
         std::string why;
@@ -168,14 +215,15 @@ TEST_F(PropertyList, RefusesWhatIsNoPropertyList)
         inner = next;
     }
     EXPECT_EQ(written(nested), "(none)");
-    [inner addObject:nested]; // a cycle
+    [inner addObject:nested];  // a cycle
     EXPECT_EQ(written(nested), "(none)");
     [inner removeAllObjects];
 }
 
 TEST_F(PropertyList, TruncationAnywhereIsRefused)
 {
-    const std::string text = written([NSDictionary dictionaryWithObjectsAndKeys:@"<v>", @"k", [NSArray arrayWithObject:dataOf("abc")], @"l", nil]);
+    const std::string text = written([NSDictionary
+        dictionaryWithObjectsAndKeys:@"<v>", @"k", [NSArray arrayWithObject:dataOf("abc")], @"l", nil]);
     for (size_t length = 0; length + 1 < text.rfind('>'); ++length)
         EXPECT_EQ(parsed(text.substr(0, length)), nil) << length;
 }
@@ -183,14 +231,18 @@ TEST_F(PropertyList, TruncationAnywhereIsRefused)
 TEST_F(PropertyList, MutabilityIsAsAsked)
 {
     const std::string text = kStart + "<dict><key>k</key><array><string>s</string></array></dict>" + kEnd;
-    for (const CFOptionFlags option : {kCFPropertyListImmutable, kCFPropertyListMutableContainers, kCFPropertyListMutableContainersAndLeaves}) {
+    for (const CFOptionFlags option : {kCFPropertyListImmutable, kCFPropertyListMutableContainers,
+                                       kCFPropertyListMutableContainersAndLeaves}) {
         id fresh = parsed(text, nullptr, option);
         id copy = [(id) const_cast<void *>(CFPropertyListCreateDeepCopy(nullptr, fresh, option)) autorelease];
         for (id list : {fresh, copy}) {
             id array = [list objectForKey:@"k"], leaf = [array lastObject];
-            EXPECT_EQ([list isKindOfClass:[NSMutableDictionary class]], option >= kCFPropertyListMutableContainers);
-            EXPECT_EQ([array isKindOfClass:[NSMutableArray class]], option >= kCFPropertyListMutableContainers);
-            EXPECT_EQ([leaf isKindOfClass:[NSMutableString class]], option == kCFPropertyListMutableContainersAndLeaves);
+            EXPECT_EQ([list isKindOfClass:[NSMutableDictionary class]],
+                      option >= kCFPropertyListMutableContainers);
+            EXPECT_EQ([array isKindOfClass:[NSMutableArray class]],
+                      option >= kCFPropertyListMutableContainers);
+            EXPECT_EQ([leaf isKindOfClass:[NSMutableString class]],
+                      option == kCFPropertyListMutableContainersAndLeaves);
         }
         EXPECT_TRUE([copy isEqual:fresh]);
     }
@@ -199,20 +251,37 @@ TEST_F(PropertyList, MutabilityIsAsAsked)
 TEST_F(PropertyList, FoundationUsesTheSameReaderAndWriter)
 {
     NSDictionary *list = [NSDictionary dictionaryWithObject:units(u"😀 \\U0041") forKey:@"k"];
-    NSData *xml = [NSPropertyListSerialization dataFromPropertyList:list format:NSPropertyListXMLFormat_v1_0 errorDescription:NULL];
+    NSData *xml = [NSPropertyListSerialization dataFromPropertyList:list
+                                                             format:NSPropertyListXMLFormat_v1_0
+                                                   errorDescription:NULL];
     NSPropertyListFormat format = NSPropertyListFormat(0);
-    EXPECT_TRUE([[NSPropertyListSerialization propertyListWithData:xml options:0 format:&format error:NULL] isEqual:list]);
+    EXPECT_TRUE([[NSPropertyListSerialization propertyListWithData:xml options:0 format:&format
+                                                             error:NULL] isEqual:list]);
     EXPECT_EQ(format, NSPropertyListXMLFormat_v1_0);
     NSError *error = nil;
-    EXPECT_EQ([NSPropertyListSerialization propertyListWithData:dataOf(kStart + "<x/>") options:0 format:NULL error:&error], nil);
+    EXPECT_EQ([NSPropertyListSerialization propertyListWithData:dataOf(kStart + "<x/>")
+                                                        options:0
+                                                         format:NULL
+                                                          error:&error],
+              nil);
     EXPECT_NE(error, nil);
     TemporaryFolder folder;
     NSString *path = tarvik::nsstring((folder / "list.plist").native());
     [xml writeToFile:path atomically:NO];
     EXPECT_TRUE([[NSDictionary dictionaryWithContentsOfFile:path] isEqual:list]);
+    const std::string deep(200000, '(');
+    EXPECT_EQ([NSPropertyListSerialization propertyListWithData:dataOf(deep)
+                                                        options:0
+                                                         format:NULL
+                                                          error:&error],
+              nil);
+    EXPECT_FALSE(tarvik::attempt([&] { [tarvik::nsstring(deep) propertyList]; })) << "raises";
     // The other forms are still Foundation's.
-    NSData *old = [NSPropertyListSerialization dataFromPropertyList:list format:NSPropertyListOpenStepFormat errorDescription:NULL];
-    EXPECT_TRUE([[NSPropertyListSerialization propertyListWithData:old options:0 format:&format error:NULL] isEqual:list]);
+    NSData *old = [NSPropertyListSerialization dataFromPropertyList:list
+                                                             format:NSPropertyListOpenStepFormat
+                                                   errorDescription:NULL];
+    EXPECT_TRUE([[NSPropertyListSerialization propertyListWithData:old options:0 format:&format
+                                                             error:NULL] isEqual:list]);
 }
 
 TEST_F(PropertyList, UserDefaultsKeepEveryText)
@@ -225,4 +294,4 @@ TEST_F(PropertyList, UserDefaultsKeepEveryText)
     EXPECT_TRUE([[[NSUserDefaults standardUserDefaults] objectForKey:@"EveryText"] isEqual:text]);
 }
 
-} // namespace
+}  // namespace

@@ -20,8 +20,7 @@
 
 namespace {
 
-class Collections : public testing::Test
-{
+class Collections : public testing::Test {
     tarvik::Pool pool;
 };
 
@@ -34,7 +33,10 @@ NSMutableArray *letters(std::string_view text)
 }
 
 std::string text(NSArray *array) { return tarvik::utf8([array componentsJoinedByString:@""]).value_or("?"); }
-NSData *list(const std::vector<uint32_t> &indexes) { return [NSData dataWithBytes:indexes.data() length:indexes.size() * 4]; }
+NSData *list(const std::vector<uint32_t> &indexes)
+{
+    return [NSData dataWithBytes:indexes.data() length:indexes.size() * 4];
+}
 
 /// The steps of a move on a plain string; "" when one of them goes beyond the end.
 std::string moved(std::string rows, const std::vector<uint32_t> &indexes, uint32_t &destination)
@@ -64,15 +66,17 @@ TEST_F(Collections, MovesRows)
         uint32_t destination;
         const char *result;
         uint32_t answer;
-    } cases[] = {{{0, 1}, 4, "CDABE", 2}, {{3}, 0, "DABCE", 0}, {{1}, 5, "ACDEB", 4},   {{0, 4}, 5, "BCDAE", 3}, {{1, 3}, 2, "ABDCE", 1},
-                 {{0, 1, 2}, 99, "DECBA", 96}, {{0, 1, 2, 3, 4}, 2, "ABCDE", 0}, {{2, 0}, 5, "BCECA", 3}};
+    } cases[] = {{{0, 1}, 4, "CDABE", 2},          {{3}, 0, "DABCE", 0},    {{1}, 5, "ACDEB", 4},
+                 {{0, 4}, 5, "BCDAE", 3},          {{1, 3}, 2, "ABDCE", 1}, {{0, 1, 2}, 99, "DECBA", 96},
+                 {{0, 1, 2, 3, 4}, 2, "ABCDE", 0}, {{2, 0}, 5, "BCECA", 3}};
     for (const auto &[indexes, destination, result, answer] : cases) {
         NSMutableArray *rows = letters("ABCDE");
         EXPECT_EQ([rows moveObjects:list(indexes) toIndex:destination], answer) << result;
         EXPECT_EQ(text(rows), result);
     }
     NSMutableArray *rows = letters("ABCDE");
-    EXPECT_EQ([rows moveObjects:[NSData dataWithBytes:"\1\0\0" length:3] toIndex:0], uint32_t(kTarvikNotFound));
+    EXPECT_EQ([rows moveObjects:[NSData dataWithBytes:"\1\0\0" length:3] toIndex:0],
+              uint32_t(kTarvikNotFound));
     EXPECT_EQ([rows moveObjects:nil toIndex:0], uint32_t(kTarvikNotFound));
     EXPECT_EQ([rows moveObjects:list({1, 5}) toIndex:0], uint32_t(kTarvikNotFound));
     EXPECT_EQ(text(rows), "ABCDE");
@@ -126,7 +130,8 @@ TEST_F(Collections, MovingKeepsReferenceCounts)
 TEST_F(Collections, InsertsInOrderNewestFirst)
 {
     NSNumber *old = [NSNumber numberWithInt:2], *fresh = [NSNumber numberWithDouble:2.0];
-    NSMutableArray *numbers = [NSMutableArray arrayWithObjects:[NSNumber numberWithInt:1], old, [NSNumber numberWithInt:3], nil];
+    NSMutableArray *numbers =
+        [NSMutableArray arrayWithObjects:[NSNumber numberWithInt:1], old, [NSNumber numberWithInt:3], nil];
     EXPECT_EQ([numbers insertObject:fresh atIndexUsingSelector:NULL], 1U);
     EXPECT_EQ([numbers objectAtIndex:1], fresh);
     EXPECT_EQ([numbers insertObject:[NSNumber numberWithInt:9] atIndexUsingSelector:@selector(compare:)], 4U);
@@ -162,7 +167,8 @@ TEST_F(Collections, KeysThatAreNumbers)
     [dictionary setObject:@"answer" forNumber:42];
     [dictionary setObject:nil forNumber:43];
     EXPECT_EQ([dictionary count], 2U);
-    EXPECT_EQ(CFDictionaryGetValueForNumber(CFDictionaryRef(dictionary), 42), [dictionary objectForKey:@"42"]);
+    EXPECT_EQ(CFDictionaryGetValueForNumber(CFDictionaryRef(dictionary), 42),
+              [dictionary objectForKey:@"42"]);
     EXPECT_EQ(CFDictionaryGetValueForNumber(CFDictionaryRef(dictionary), 1), nullptr);
     EXPECT_EQ(CFDictionaryGetValueForNumber(nullptr, 1), nullptr);
 }
@@ -183,7 +189,8 @@ TEST_F(Collections, FollowsKeyPaths)
 
 TEST_F(Collections, RenamesExchangesAndTakesOutEntries)
 {
-    NSMutableDictionary *entries = [NSMutableDictionary dictionaryWithObjectsAndKeys:@"1", @"a", @"2", @"b", nil];
+    NSMutableDictionary *entries =
+        [NSMutableDictionary dictionaryWithObjectsAndKeys:@"1", @"a", @"2", @"b", nil];
     EXPECT_FALSE([entries changeKey:@"a" toKey:@"b" replace:NO]);
     EXPECT_EQ([entries count], 2U);
     EXPECT_FALSE([entries changeKey:@"a" toKey:@"b" replace:YES]);
@@ -230,8 +237,11 @@ TEST_F(Collections, SmallAdditions)
     EXPECT_EQ([manager enumerateSubpathsAtPath:path withFunction:collect userdata:&names], 0);
     EXPECT_EQ(names, (std::vector<std::string>{"a", "a/b", "a/b/c"}));
     names.clear();
-    EXPECT_EQ([manager enumerateSubpathsAtPath:[path stringByAppendingPathComponent:@"a"] withFunction:collect userdata:&names], 2);
+    EXPECT_EQ([manager enumerateSubpathsAtPath:[path stringByAppendingPathComponent:@"a"]
+                                  withFunction:collect
+                                      userdata:&names],
+              2);
     EXPECT_EQ([manager enumerateSubpathsAtPath:nil withFunction:collect userdata:&names], 0);
 }
 
-} // namespace
+}  // namespace

@@ -13,8 +13,7 @@
 
 namespace {
 
-class PropertyListAdditions : public testing::Test
-{
+class PropertyListAdditions : public testing::Test {
     tarvik::Pool pool;
 };
 
@@ -22,7 +21,8 @@ NSData *xml(id list) { return [NSData dataWithPropertyList:list]; }
 
 CFURLRef urlOf(const std::string &path)
 {
-    return CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), false);
+    return CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.data()),
+                                                   CFIndex(path.size()), false);
 }
 
 TEST_F(PropertyListAdditions, AKindOfItsOwnOnly)
@@ -42,7 +42,8 @@ TEST_F(PropertyListAdditions, AKindOfItsOwnOnly)
 TEST_F(PropertyListAdditions, SaysOnTheConsoleWhatCannotBeRead)
 {
     testing::internal::CaptureStderr();
-    EXPECT_EQ([NSDictionary dictionaryWithXMLData:tarvik::nsdata("<?xml version=\"1.0\"?><plist><dict>")], nil);
+    EXPECT_EQ([NSDictionary dictionaryWithXMLData:tarvik::nsdata("<?xml version=\"1.0\"?><plist><dict>")],
+              nil);
     const std::string console = testing::internal::GetCapturedStderr();
     EXPECT_NE(console.find("-[NSDictionary(FoundationX) initWithXMLData:] error:"), console.npos) << console;
 }
@@ -58,7 +59,7 @@ TEST_F(PropertyListAdditions, FilesAreReplacedWholeOrNotAtAll)
     EXPECT_FALSE(CFDictionaryWriteToURL(nullptr, url));
     CFMutableDictionaryRef back = CFDictionaryCreateMutableWithContentsOfURL(url);
     EXPECT_TRUE(CFEqual(back, list));
-    [[(NSMutableDictionary *)back objectForKey:@"k"] appendString:@"!"]; // leaves are mutable
+    [[(NSMutableDictionary *)back objectForKey:@"k"] appendString:@"!"];  // leaves are mutable
     CFRelease(back);
     CFRelease(url);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
@@ -66,7 +67,9 @@ TEST_F(PropertyListAdditions, FilesAreReplacedWholeOrNotAtAll)
     const struct {
         const char *contents;
         const char *message;
-    } cases[] = {{"", ""}, {"<?xml version=\"1.0\"?><plist><array/></plist>", ""}, {"<?xml version=\"1.0\"?><plist><x/></plist>", "CFPropertyListCreateFromXMLData:"}};
+    } cases[] = {{"", ""},
+                 {"<?xml version=\"1.0\"?><plist><array/></plist>", ""},
+                 {"<?xml version=\"1.0\"?><plist><x/></plist>", "CFPropertyListCreateFromXMLData:"}};
     for (const auto &[contents, message] : cases) {
         url = urlOf(folder.write("bad", contents));
         testing::internal::CaptureStderr();
@@ -84,16 +87,20 @@ TEST_F(PropertyListAdditions, ReadsResourcesOfABundle)
 {
     TemporaryFolder folder;
     std::filesystem::create_directories(folder / "X.bundle/Contents/Resources/Sub");
-    const auto write = [&](const char *name, id list) { folder.write(std::string("X.bundle/Contents/Resources/") + name, *tarvik::bytes(xml(list))); };
+    const auto write = [&](const char *name, id list) {
+        folder.write(std::string("X.bundle/Contents/Resources/") + name, *tarvik::bytes(xml(list)));
+    };
     write("rows.plist", [NSArray arrayWithObject:@"row"]);
     write("Sub/options.plist", [NSDictionary dictionaryWithObject:@"v" forKey:@"k"]);
     NSBundle *bundle = [NSBundle bundleWithPath:tarvik::nsstring((folder / "X.bundle").native())];
-    EXPECT_TRUE([[NSArray arrayWithResource:@"rows.plist" ofBundle:bundle] isEqual:[NSArray arrayWithObject:@"row"]]);
+    EXPECT_TRUE([[NSArray arrayWithResource:@"rows.plist"
+                                   ofBundle:bundle] isEqual:[NSArray arrayWithObject:@"row"]]);
     EXPECT_EQ([NSDictionary dictionaryWithResource:@"rows.plist" ofBundle:bundle], nil);
     EXPECT_EQ([NSArray arrayWithResource:@"absent.plist" ofBundle:bundle], nil);
     EXPECT_EQ([NSArray arrayWithResource:nil ofBundle:bundle], nil);
     EXPECT_EQ([NSArray arrayWithResource:@"rows.plist" ofBundle:nil], nil) << "the main bundle has none";
-    CFMutableDictionaryRef options = CFDictionaryCreateMutableWithResource(CFSTR("options"), CFSTR("plist"), CFSTR("Sub"), CFBundleRef(bundle));
+    CFMutableDictionaryRef options = CFDictionaryCreateMutableWithResource(CFSTR("options"), CFSTR("plist"),
+                                                                           CFSTR("Sub"), CFBundleRef(bundle));
     EXPECT_TRUE([(NSDictionary *)options isEqual:[NSDictionary dictionaryWithObject:@"v" forKey:@"k"]]);
     CFRelease(options);
 }
@@ -110,7 +117,8 @@ TEST_F(PropertyListAdditions, DefaultsAreHandedOutAsCopies)
     [[[rows objectAtIndex:0] objectAtIndex:0] appendString:@"!"];
     [[rows objectAtIndex:0] addObject:@"more"];
     [rows addObject:@"row"];
-    EXPECT_TRUE(([[defaults arrayForKey:@"Rows"] isEqual:[NSArray arrayWithObject:[NSArray arrayWithObject:@"s"]]]));
+    EXPECT_TRUE(
+        ([[defaults arrayForKey:@"Rows"] isEqual:[NSArray arrayWithObject:[NSArray arrayWithObject:@"s"]]]));
     NSString *const keys[] = {@"Absent", @"Flag", nil};
     for (NSString *key : keys) {
         EXPECT_TRUE([[defaults mutableArrayForKey:key] isKindOfClass:[NSMutableArray class]]);
@@ -121,4 +129,4 @@ TEST_F(PropertyListAdditions, DefaultsAreHandedOutAsCopies)
     EXPECT_EQ([defaults objectForKey:@"Flag"], nil);
 }
 
-} // namespace
+}  // namespace

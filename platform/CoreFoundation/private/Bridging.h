@@ -7,7 +7,8 @@
 ///         return owned<CFURLRef>([&] { return [ns(url) absoluteURL]; });
 ///     }
 ///
-/// `answer` and `owned` run their body in a pool of its own and let no exception out, so that a caller in plain C needs neither.
+/// `answer` and `owned` run their body in a pool of its own and let no exception out, so that a caller in
+/// plain C needs neither.
 #pragma once
 #import <Foundation/Foundation.h>
 
@@ -26,7 +27,10 @@ inline NSMutableData *ns(CFMutableDataRef data) { return (NSMutableData *)data; 
 inline NSArray *ns(CFArrayRef array) { return (NSArray *)array; }
 inline NSMutableArray *ns(CFMutableArrayRef array) { return (NSMutableArray *)array; }
 inline NSDictionary *ns(CFDictionaryRef dictionary) { return (NSDictionary *)dictionary; }
-inline NSMutableDictionary *ns(CFMutableDictionaryRef dictionary) { return (NSMutableDictionary *)dictionary; }
+inline NSMutableDictionary *ns(CFMutableDictionaryRef dictionary)
+{
+    return (NSMutableDictionary *)dictionary;
+}
 inline NSNumber *ns(CFNumberRef number) { return (NSNumber *)number; }
 inline NSNumber *ns(CFBooleanRef boolean) { return (NSNumber *)boolean; }
 inline NSDate *ns(CFDateRef date) { return (NSDate *)date; }
@@ -72,11 +76,15 @@ void perform(Body &&body)
 /// Whether [location, location + length) lies within [0, count).
 inline bool contains(CFIndex count, CFRange range)
 {
-    return range.location >= 0 && range.length >= 0 && range.location <= count && range.length <= count - range.location;
+    return range.location >= 0 && range.length >= 0 && range.location <= count &&
+           range.length <= count - range.location;
 }
-inline NSRange nsRange(CFRange range) { return NSMakeRange(NSUInteger(range.location), NSUInteger(range.length)); }
+inline NSRange nsRange(CFRange range)
+{
+    return NSMakeRange(NSUInteger(range.location), NSUInteger(range.length));
+}
 
 /// Frees a buffer that was handed over, as its deallocator says.
 void deallocate(CFAllocatorRef deallocator, const void *buffer);
 
-} // namespace tarvik::cf
+}  // namespace tarvik::cf

@@ -9,8 +9,7 @@
 namespace tarvik::cf {
 
 /// A copy of a range of a string's units, on the stack when it is short.
-class Units
-{
+class Units {
 public:
     Units(NSString *string, NSRange range) : count_(range.length)
     {
@@ -35,4 +34,4 @@ private:
 /// A string of these units, owned by the caller. Half a surrogate pair is kept as it is.
 NSString *newString(std::u16string_view units);
 
-} // namespace tarvik::cf
+}  // namespace tarvik::cf

@@ -12,7 +12,8 @@ namespace tarvik::cf {
 std::string urlText(CFURLRef url);
 std::string absoluteURLText(CFURLRef url);
 
-/// The unescaped path of the absolute URL, without a slash at its end; nothing for a URL without a path, or with a NUL in it.
+/// The unescaped path of the absolute URL, without a slash at its end; nothing for a URL without a path, or
+/// with a NUL in it.
 std::optional<std::string> urlPath(CFURLRef url);
 
-} // namespace tarvik::cf
+}  // namespace tarvik::cf

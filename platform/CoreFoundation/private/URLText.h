@@ -28,4 +28,4 @@ std::optional<std::string> unescape(std::string_view text);
 /// Escapes every byte but the unreserved ones (RFC 3986, 2.3) and the given others.
 std::string escape(std::string_view bytes, std::string_view others);
 
-} // namespace tarvik::urltext
+}  // namespace tarvik::urltext

@@ -3,8 +3,8 @@
 ///
 ///     static const auto original = hiddenMethod<NSString *(*)(id, SEL)>([NSBundle class], _cmd);
 ///
-/// A class keeps its own method behind the category's of the same name, so a repair may still call it. For a class method pass the
-/// class's class (object_getClass).
+/// A class keeps its own method behind the category's of the same name, so a repair may still call it. For a
+/// class method pass the class's class (object_getClass).
 #pragma once
 #import <objc/runtime.h>
 
@@ -25,4 +25,4 @@ Function hiddenMethod(Class type, SEL name)
     return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(last));
 }
 
-} // namespace tarvik
+}  // namespace tarvik

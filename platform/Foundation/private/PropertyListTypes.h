@@ -22,4 +22,4 @@ std::string formatDate(double sinceReference);
 /// RFC 4648, white space between the characters allowed; nothing for anything else.
 std::optional<std::string> parseBase64(std::string_view text);
 
-} // namespace tarvik::plist
+}  // namespace tarvik::plist

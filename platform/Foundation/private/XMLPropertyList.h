@@ -4,11 +4,13 @@
 ///     std::string why;
 ///     id list = plist::newFromXML(bytes, count, plist::Mutability::none, why);   // nil: why = "line 3: ..."
 ///
-/// Reading takes hostile text: it fetches nothing, knows no entities but the five of XML, and refuses documents nested deeper than
-/// kDeepest levels. Writing gives the same text for equal lists: keys stand in the order of their UTF-8 bytes.
+/// Reading takes hostile text: it fetches nothing, knows no entities but the five of XML, and refuses
+/// documents nested deeper than kDeepest levels. Writing gives the same text for equal lists: keys stand in
+/// the order of their UTF-8 bytes.
 ///
-/// Characters that XML has no place for (control characters, U+FFFE, U+FFFF, half a surrogate pair) are written as a
-/// processing instruction `<?u 0007?>` within the text, which every XML reader takes and this one turns back.
+/// Characters that XML has no place for (control characters, U+FFFE, U+FFFF, half a surrogate pair) are
+/// written as a processing instruction `<?u 0007?>` within the text, which every XML reader takes and this
+/// one turns back.
 #pragma once
 #import <Foundation/Foundation.h>
 
@@ -33,4 +35,4 @@ NSData *newXML(id list, std::string &why);
 /// A copy of the whole tree, owned by the caller; nil with a reason for what no property list can hold.
 id newDeepCopy(id list, Mutability mutability, std::string &why);
 
-} // namespace tarvik::plist
+}  // namespace tarvik::plist
