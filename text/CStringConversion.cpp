@@ -1,6 +1,11 @@
 #include <Tarvik/text/CStringConversion.h>
 
+#include "text/private/EncodingOrder.h"
+
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
+#include <iterator>
 
 char *CFStringAllocCString(CFStringRef string, CFStringEncoding encoding)
 {
@@ -17,12 +22,42 @@ char *CFStringAllocCString(CFStringRef string, CFStringEncoding encoding)
 
 char *CFStringAllocConvertableCString(CFStringRef string)
 {
-    if (char *text = CFStringAllocCString(string, CFStringGetSystemEncoding()))
-        return text;
-    const CFStringEncoding *encoding = CFStringGetListOfAvailableEncodings();
-    for (; encoding && *encoding != kCFStringEncodingInvalidId; ++encoding) {
-        if (char *text = CFStringAllocCString(string, *encoding))
-            return text;
+    return tarvik::inFirstEncoding([=](CFStringEncoding encoding) { return CFStringAllocCString(string, encoding); });
+}
+
+Boolean CFStringGetConvertableCString(CFStringRef string, char *buffer, CFIndex size)
+{
+    return string && buffer && size >= 1 && tarvik::inFirstEncoding([=](CFStringEncoding encoding) {
+        return CFStringGetCString(string, buffer, size, encoding);
+    });
+}
+
+CFIndex CFStringGetASCIICString(CFStringRef string, char *buffer, CFIndex size)
+{
+    if (!string || !buffer || size < 1)
+        return 0;
+    std::memset(buffer, 0, size_t(size));
+    const CFIndex length = CFStringGetLength(string);
+    CFIndex count = 0;
+    UniChar units[256];
+    for (CFIndex start = 0; start < length && count < size - 1; start += CFIndex(std::size(units))) {
+        const CFIndex stretch = std::min<CFIndex>(length - start, CFIndex(std::size(units)));
+        CFStringGetCharacters(string, CFRangeMake(start, stretch), units);
+        for (CFIndex i = 0; i < stretch && count < size - 1; ++i) {
+            if (units[i] < 0x80)
+                buffer[count++] = char(units[i]);
+        }
     }
-    return nullptr;
+    return count;
+}
+
+char *CFStringAllocASCIICString(CFStringRef string)
+{
+    if (!string)
+        return nullptr;
+    const CFIndex size = 2 * CFStringGetLength(string) + 1;
+    auto *text = static_cast<char *>(std::calloc(1, size_t(size)));
+    if (text)
+        CFStringGetASCIICString(string, text, size);
+    return text;
 }

@@ -19,6 +19,13 @@ typedef struct FSRef FSRef;
 typedef FSRef *FSRefPtr;
 typedef const FSRef *ConstFSRefPtr;
 
+/// A name as a volume's catalogue holds it, in UTF-16 units: 512 bytes.
+struct HFSUniStr255 {
+    UInt16 length;
+    UniChar unicode[255];
+};
+typedef struct HFSUniStr255 HFSUniStr255;
+
 /// The item at a path (bytes, ended by a zero); links are followed, a relative path starts at the working directory.
 /// \param isDirectory receives whether it is a folder; may be null
 /// \return fnfErr when nothing is there, dirNFErr when a folder on the way is missing or is none, errFSNameTooLong for a name that
