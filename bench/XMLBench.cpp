@@ -60,6 +60,8 @@ void search(const std::string &what, const std::string &name, size_t least, size
                 }
                 state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(text.size()));
             });
+        if (most > std::string().capacity())
+            continue;  // what strings with memory of their own cost a second time is the allocator's matter
         benchmark::RegisterBenchmark(
             ("xml search/1M " + what + " reused:" + who).c_str(), [=](benchmark::State &state) {
                 const std::string text = document(name, least, most);
