@@ -1,6 +1,7 @@
 // Text encodings beside bare iconv on the same units, one buffer each.
 #include <Carbon/TextEncodingConverter.h>
 #include <CoreFoundation/CFString.h>
+#include <CoreFoundation/CFStringEncodingExt.h>
 #include <benchmark/benchmark.h>
 #include <iconv.h>
 

@@ -1,0 +1,10 @@
+#include "../support/Categories.h"
+
+#include <gtest/gtest.h>
+
+// Replaced on purpose: the source says what was wrong.
+TEST(Categories, NoneReplacesAMethodOfAppKit)
+{
+    const std::set<std::string> repairs = {"-[NSWorkspace unmountAndEjectDeviceAtPath:]"};
+    EXPECT_EQ(methodsReplacedBy("libtarvik-ui.so"), repairs);
+}
