@@ -1,3 +1,4 @@
+#include <CoreFoundation/CFBundle.h>
 #import <Foundation/Foundation.h>
 #import <Tarvik/support/Bridge.h>
 #import <Tarvik/text/NSString+CLibrary.h>
@@ -58,6 +59,12 @@
     return count == text->size();
 }
 
-- (CFBundleRef)createCFBundle { return (CFBundleRef)[[NSBundle alloc] initWithPath:self]; }
+- (CFBundleRef)createCFBundle
+{
+    CFURLRef url = CFURLCreateWithFileSystemPath(kCFAllocatorDefault, (CFStringRef)self, kCFURLPOSIXPathStyle, true);
+    CFBundleRef bundle = CFBundleCreate(kCFAllocatorDefault, url);
+    CFRelease(url);
+    return bundle;
+}
 
 @end
