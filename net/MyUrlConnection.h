@@ -21,6 +21,7 @@
     NSLock *m_lock;         ///< guards m_data and m_bDone
     NSUInteger m_expected;  ///< the response's stated length, so that its bytes are not moved as they grow; 0
                             ///< when unknown
+    BOOL m_hasFinished;     ///< done by itself, neither failed nor cancelled
 }
 
 /// The response's bytes, autoreleased; nil after a failure and when the transfer takes longer than `seconds`.
@@ -36,6 +37,8 @@
 - (void)timeIsUp:(NSTimer *)timer;
 - (void)setTransferDone:(BOOL)done;
 - (BOOL)isTransferDone;
+/// Whether the response has come whole: tells one without bytes from a failure.
+- (BOOL)hasFinished;
 
 @end
 #endif

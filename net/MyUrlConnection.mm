@@ -85,6 +85,11 @@ static const long long kMostExpected = 1LL << 30;
     return done;
 }
 
+- (BOOL)hasFinished
+{
+    return m_hasFinished;
+}
+
 // The connection's delegate
 
 - (void)connection:(NSURLConnection *)connection didReceiveResponse:(NSURLResponse *)response
@@ -128,6 +133,7 @@ static const long long kMostExpected = 1LL << 30;
 - (void)connectionDidFinishLoading:(NSURLConnection *)connection
 {
     (void)connection;
+    m_hasFinished = YES;
     [self setTransferDone:YES];
     [m_timer invalidate];
 }

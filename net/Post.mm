@@ -35,16 +35,19 @@ int postByURLLoading(const std::string &url, const std::string &body, std::strin
     tarvik::Pool pool;
     NSString *text = tarvik::nsstring(url);
     NSURL *destination = text ? [NSURL URLWithString:text] : nil;
-    NSData *data = nil;
-    if (destination)
-        tarvik::attempt([&] {
-            data = [MyUrlConnection sendMySynchronousRequest:postRequest(destination, body)
-                                             transferTimeout:kTransferTimeout];
-        });
-    if (!data)
+    if (!destination)
         return CommunicationLibrary::kFailure;
-    response = *tarvik::bytes(data);
-    return CommunicationLibrary::kSuccess;
+    bool hasFinished = false;
+    tarvik::attempt([&] {
+        MyUrlConnection *connection = [[[MyUrlConnection alloc] initWithTimeout:kTransferTimeout] autorelease];
+        if (![connection sendRequest:postRequest(destination, body)])
+            return;
+        NSData *data = [connection wait];
+        hasFinished = [connection hasFinished];
+        if (data)
+            response = *tarvik::bytes(data);
+    });
+    return hasFinished ? CommunicationLibrary::kSuccess : CommunicationLibrary::kFailure;
 }
 
 /// The two files of one exchange with the external client, removed with it. Their number is a random one that

@@ -11,6 +11,7 @@
 #include <Tarvik/support/Pool.h>
 
 #include <optional>
+#include <string_view>
 
 namespace
 {
@@ -115,11 +116,13 @@ bool CommunicationLibrary::IsProxyRequiredFor(const char *url)
     if (!proxies)
         return false;
 
-    NSString *scheme = [destination scheme];
+    // The scheme as it is written: NSURL's own has most of its letters in lower case.
+    const std::string_view written = destination ? url : "";
+    const std::string_view scheme = written.substr(0, written.find(':'));
     CFStringRef enable = nullptr;
-    if ([scheme isEqualToString:@"http"])
+    if (scheme == "http")
         enable = kSCPropNetProxiesHTTPEnable;
-    else if ([scheme isEqualToString:@"https"])
+    else if (scheme == "https")
         enable = kSCPropNetProxiesHTTPSEnable;
     if (!enable) {
         Utils::LogMessage("Commlib, eronate url sheme, not HTTP or HTTPS");

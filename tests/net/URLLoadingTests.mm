@@ -89,6 +89,8 @@ TEST(URLLoading, FailuresAreFailures)
         {server.url("/redirect/302?file:///etc/passwd"), NSURLErrorRedirectToNonExistentLocation},
         {"http://127.0.0.1:" + std::to_string(freePort()) + "/", NSURLErrorCannotConnectToHost},
         {"http://no-such-host.invalid/", NSURLErrorCannotFindHost},
+        {"gopher://127.0.0.1/", NSURLErrorUnsupportedURL},
+        {"", NSURLErrorUnsupportedURL},
     };
     for (const auto &[url, error] : cases) {
         const Transfer transfer = run({.url = url});
