@@ -1,0 +1,16 @@
+/// \file
+/// Bytes from file to file.
+#pragma once
+#include <cstdint>
+
+namespace tarvik::files {
+
+/// Copies a stretch: shared blocks or a copy inside the kernel where there is one, else through a buffer. 0 or errno; EIO when the
+/// source ends early.
+int copyBytes(int from, uint64_t fromOffset, int to, uint64_t toOffset, uint64_t length);
+/// Makes the whole of a file the contents of another one, holes kept. 0 or errno.
+int copyFile(int from, int to);
+/// Writes all bytes at the offset. 0 or errno.
+int writeAll(int file, const void *bytes, uint64_t length, uint64_t offset);
+
+}  // namespace tarvik::files
