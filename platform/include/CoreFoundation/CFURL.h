@@ -51,6 +51,11 @@ CF_EXPORT CFStringRef CFURLCopyFileSystemPath(CFURLRef url, CFURLPathStyle style
 /// The bytes of the path, ended by a zero byte; false when they do not fit.
 CF_EXPORT Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean resolveAgainstBase, UInt8 *buffer, CFIndex maxBufLen);
 
+/// The item that a file URL leads to, which must exist, and back.
+struct FSRef;
+CF_EXPORT Boolean  CFURLGetFSRef(CFURLRef url, struct FSRef *ref);
+CF_EXPORT CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const struct FSRef *ref); ///< null for an item that is gone
+
 // Percent escapes.
 /// Null characters: nothing is replaced. The empty string: everything is. Otherwise escapes of these characters are left.
 CF_EXPORT CFStringRef CFURLCreateStringByReplacingPercentEscapes(CFAllocatorRef allocator, CFStringRef string, CFStringRef charactersToLeaveEscaped);
