@@ -45,6 +45,8 @@ public:
     ///     "example.org"            that host, and every name that ends in ".example.org"
     ///     ".example.org"           the latter only
     static bool IsProxyRequiredFor(const char *url);
+    /// The same, and why it is so: "its address 10.0.0.5 is excepted by '10.0.0.*'", for people to read.
+    static bool IsProxyRequiredFor(const char *url, std::string &rule);
 
     /// Whether the URL's host can be reached without raising a connection first.
     static bool IsOSXConnectionUp(const wstring &url);

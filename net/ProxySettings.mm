@@ -59,32 +59,38 @@ bool readServer(CFStringRef enable, CFStringRef hostKey, CFStringRef portKey, ch
     return false;
 }
 
-/// By address: an entry, less one "*" at its end, is a prefix.
-bool isExceptedByAddress(NSArray *exceptions, NSString *address)
+/// The entry that excepts a host by address: less one "*" at its end, it is a prefix. nil when none does.
+NSString *exceptionByAddress(NSArray *exceptions, NSString *address)
 {
-    for (NSString *entry : tarvik::each<NSString>(exceptions)) {
-        if ([entry hasSuffix:@"*"])
-            entry = [entry substringToIndex:[entry length] - 1];
+    for (NSString *stored : tarvik::each<NSString>(exceptions)) {
+        NSString *entry = [stored hasSuffix:@"*"] ? [stored substringToIndex:[stored length] - 1] : stored;
         if ([entry length] && [address hasPrefix:entry])
-            return true;
+            return stored;
     }
-    return false;
+    return nil;
 }
 
-/// By name: an entry, which keeps its "*", is the name itself or a domain that it lies in.
-bool isExceptedByName(NSArray *exceptions, NSString *name)
+/// The entry that excepts a host by name: with its "*", it is the name itself or a domain that it lies in.
+/// nil when none does.
+NSString *exceptionByName(NSArray *exceptions, NSString *name)
 {
-    for (NSString *entry : tarvik::each<NSString>(exceptions)) {
-        if (![name hasSuffix:entry])
+    for (NSString *stored : tarvik::each<NSString>(exceptions)) {
+        if (![name hasSuffix:stored])
             continue;
-        if ([name length] == [entry length])
-            return true;
-        if (![entry hasPrefix:@"."])
-            entry = [NSString stringWithFormat:@".%@", entry];
-        if ([name hasSuffix:entry])
-            return true;
+        if ([name length] == [stored length])
+            return stored;
+        NSString *domain = [stored hasPrefix:@"."] ? stored : [NSString stringWithFormat:@".%@", stored];
+        if ([name hasSuffix:domain])
+            return stored;
     }
-    return false;
+    return nil;
+}
+
+/// "its address 10.0.0.5 is excepted by '10.0.0.*'"
+std::string exceptedBy(const char *what, NSString *which, NSString *entry)
+{
+    return tarvik::utf8([NSString stringWithFormat:@"its %s %@ is excepted by '%@'", what, which, entry])
+        .value_or("");
 }
 
 }  // namespace
@@ -107,14 +113,24 @@ bool CommunicationLibrary::GetHTTPSProxySetting(char *host, unsigned long hostSi
 
 bool CommunicationLibrary::IsProxyRequiredFor(const char *url)
 {
+    std::string rule;
+    return IsProxyRequiredFor(url, rule);
+}
+
+bool CommunicationLibrary::IsProxyRequiredFor(const char *url, std::string &rule)
+{
     tarvik::Pool pool;
+    const auto decide = [&](bool isRequired, std::string why) {
+        rule = std::move(why);
+        return isRequired;
+    };
     if (!url)
-        return false;
+        return decide(false, "there is no URL");
     NSString *text = tarvik::nsstring(url);
     NSURL *destination = text ? [NSURL URLWithString:text] : nil;
     const Proxies proxies(SCDynamicStoreCopyProxies(nullptr));
     if (!proxies)
-        return false;
+        return decide(false, "the system has no proxy settings");
 
     // The scheme as it is written: NSURL's own has most of its letters in lower case.
     const std::string_view written = destination ? url : "";
@@ -126,19 +142,25 @@ bool CommunicationLibrary::IsProxyRequiredFor(const char *url)
         enable = kSCPropNetProxiesHTTPSEnable;
     if (!enable) {
         Utils::LogMessage("Commlib, eronate url sheme, not HTTP or HTTPS");
-        return false;
+        return decide(false, "neither an http nor an https URL");
     }
     if (!isSet(proxies, enable))
-        return false;
+        return decide(false, "no proxy is set for " + std::string(scheme));
 
     id exceptions = (id)CFDictionaryGetValue(proxies.get(), kSCPropNetProxiesExceptionsList);
     if (!exceptions)
-        return true;
+        return decide(true, "no exceptions are set");
     NSString *hostName = [destination host];
     NSHost *host = [NSHost hostWithAddress:hostName];
     if (!host)
         host = [NSHost hostWithName:hostName];
-    if (!host || ![exceptions isKindOfClass:[NSArray class]])
-        return false;
-    return !isExceptedByAddress(exceptions, [host address]) && !isExceptedByName(exceptions, [host name]);
+    if (!host)
+        return decide(false, "its host can't be looked up");
+    if (![exceptions isKindOfClass:[NSArray class]])
+        return decide(false, "the exceptions are no list");
+    if (NSString *entry = exceptionByAddress(exceptions, [host address]))
+        return decide(false, exceptedBy("address", [host address], entry));
+    if (NSString *entry = exceptionByName(exceptions, [host name]))
+        return decide(false, exceptedBy("name", [host name], entry));
+    return decide(true, "no exception applies");
 }

@@ -1,5 +1,8 @@
 #include "platform/CoreFoundation/private/Bridging.h"
 
+#include <sys/random.h>
+
+#include <cstdlib>
 #include <cstring>
 
 using namespace tarvik::cf;
@@ -8,9 +11,18 @@ namespace {
 NSUUID *uuidObject(CFUUIDRef uuid) { return (NSUUID *)uuid; }
 }  // namespace
 
-CFUUIDRef CFUUIDCreate(CFAllocatorRef)
+/// Random (RFC 4122, version 4). gnustep-base's own has its version and variant bits wrong.
+CFUUIDRef CFUUIDCreate(CFAllocatorRef allocator)
 {
-    return made<CFUUIDRef>([] { return [NSUUID new]; });
+    unsigned char raw[16];
+    if (getrandom(raw, sizeof raw, 0) != sizeof raw)  // never so for up to 256 bytes
+        abort();
+    raw[6] = (raw[6] & 0x0F) | 0x40;
+    raw[8] = (raw[8] & 0x3F) | 0x80;
+    CFUUIDBytes bytes;
+    static_assert(sizeof raw == sizeof bytes);
+    memcpy(&bytes, raw, sizeof bytes);
+    return CFUUIDCreateFromUUIDBytes(allocator, bytes);
 }
 
 CFUUIDRef CFUUIDCreateFromString(CFAllocatorRef, CFStringRef string)

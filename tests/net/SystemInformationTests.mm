@@ -101,6 +101,7 @@ TEST(SystemInformation, IdentifierEndsInTheHardwareAddress)
     for (size_t i = 0; i < 36; ++i)
         EXPECT_EQ(first[i] == '-', i == 8 || i == 13 || i == 18 || i == 23) << first;
     EXPECT_NE(first.substr(0, 24), second.substr(0, 24));
+    EXPECT_TRUE(first[14] == '4' && strchr("89AB", first[19])) << first << ": a random UUID, RFC 4122";
     if (address.size() == 12) {
         EXPECT_EQ(first.substr(24), address);
         EXPECT_EQ(second.substr(24), address);
