@@ -49,6 +49,9 @@ const std::set<std::string> kRepairs = {
     "-[NSBundle pathsForResourcesOfType:inDirectory:]",
     "-[NSBundle pathsForResourcesOfType:inDirectory:forLocalization:]",
     "-[NSBundle resourcePath]",
+    "-[NSFileManager fileSystemRepresentationWithPath:]",
+    "-[NSFileManager stringWithFileSystemRepresentation:length:]",
+    "-[NSFileManager subpathsAtPath:]",
     "-[NSMutableDataMalloc setCapacity:]",
     "-[NSPipe init]",
 };

@@ -1,0 +1,325 @@
+// Strings as paths: tests, changes, walks, aliases and item information, over real files.
+#import <Tarvik/Tarvik.h>
+#import <Tarvik/support/ArrayRange.h>
+#import <Tarvik/support/Bridge.h>
+#import <Tarvik/support/Pool.h>
+#include <gtest/gtest.h>
+#include <tests/support/LoggedMessages.h>
+#include <tests/support/Namespace.h>
+#include <tests/support/TemporaryFolder.h>
+
+#include <fcntl.h>
+#include <ftw.h>
+#include <fstream>
+#include <set>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+/// A path that can't be taken apart.
+@interface RaisingPath : NSString
+@end
+@implementation RaisingPath
+- (NSUInteger)length { return 1; }
+- (unichar)characterAtIndex:(NSUInteger)index { return unichar('a' + index); }
+- (NSArray *)pathComponents { [NSException raise:@"Broken" format:@"parts"]; return nil; }
+- (NSString *)stringByExpandingTildeInPath { [NSException raise:@"Broken" format:@"tilde"]; return nil; }
+@end
+
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::set<std::string>;
+
+std::string text(NSString *string) { return tarvik::utf8(string).value_or("nil"); }
+
+class PathStrings : public testing::Test {
+protected:
+    NSString *at(const std::string &name) const { return tarvik::nsstring((root_ / name).native()); }
+    void make(const std::string &name, const std::string &contents = "") const
+    {
+        fs::create_directories((root_ / name).parent_path());
+        std::ofstream(root_ / name) << contents;
+    }
+    static Names names(NSArray *paths)
+    {
+        Names all;
+        for (NSString *path : tarvik::each<NSString>(paths))
+            all.insert(text(path));
+        return all;
+    }
+
+    tarvik::Pool pool_;
+    TemporaryFolder folder_;
+    const fs::path root_ = fs::canonical(folder_.path());
+};
+
+TEST(PathTexts, CountAndOrder)
+{
+    tarvik::Pool pool;
+    const std::pair<NSString *, uint32_t> counts[] = {{@"/", 0}, {@"", 0}, {@"a", 1}, {@"/a/b", 2}, {@"/a/b/", 2}, {@"//a//b", 2}};
+    for (const auto &[path, count] : counts)
+        EXPECT_EQ([path pathComponentsCount], count) << text(path);
+    EXPECT_EQ([@"/z" compareAsPath:@"/a/b"], NSOrderedAscending);
+    EXPECT_EQ([@"/a/b" compareAsPath:@"/z"], NSOrderedDescending);
+    EXPECT_EQ([@"/a/c" compareAsPath:@"/a/b"], NSOrderedDescending);
+    EXPECT_EQ([@"/a" compareAsPath:@"/a"], NSOrderedSame);
+    EXPECT_EQ(uint32_t([@"/a" compareAsPath:nil]), uint32_t(kTarvikNotFound));
+    EXPECT_TRUE([[@"/usr/a:b" HFSPath] hasSuffix:@":usr:a/b"]) << text([@"/usr/a:b" HFSPath]);
+}
+
+TEST_F(PathStrings, AreMadeTestedCopiedAndRemoved)
+{
+    EXPECT_TRUE([@"" createDirectories]);
+    EXPECT_TRUE([at("a/b/c") createDirectories]);
+    EXPECT_TRUE([at("a/b/c") createDirectories]);
+    EXPECT_TRUE([at("a/b/c") createDirectory]);
+    EXPECT_FALSE([at("x/y") createDirectory]) << "one folder only";
+    EXPECT_TRUE([at("a/file") createEmptyFile]);
+    EXPECT_EQ(fs::file_size(root_ / "a/file"), 0u);
+    EXPECT_FALSE([at("a/file") createDirectory]);
+    EXPECT_FALSE([at("a/file/below") createDirectories]);
+    EXPECT_TRUE([at("a/file") exists] && ![at("a/file") existsDirectory] && [at("a") existsDirectory]);
+    EXPECT_FALSE([at("none") exists] || [at("none") existsDirectory]);
+    EXPECT_TRUE([@"~" existsDirectory]) << "the tilde is expanded";
+    EXPECT_TRUE([at("a/file") isReadableFile] && [at("a/file") isWritableFile] && ![at("a/file") isExecutableFile] && [at("a/file") isDeletableFile]);
+
+    make("a/file", "contents");
+    EXPECT_FALSE([at("a/file") createCopyOfPath:nil]);
+    EXPECT_TRUE([at("a/file") createCopyOfPath:at("new/deep/copy")]);
+    EXPECT_TRUE([at("a/file") createCopyOfPath:at("new/deep/copy")]) << "replaces";
+    EXPECT_EQ(readFile(root_ / "new/deep/copy"), "contents");
+    EXPECT_TRUE([at("a") createCopyOfPath:at("new/tree")]);
+    EXPECT_EQ(readFile(root_ / "new/tree/file"), "contents");
+    EXPECT_FALSE([at("none") createCopyOfPath:at("new/none")]);
+    EXPECT_TRUE([at("new") remove]);
+    EXPECT_FALSE([at("new") remove] || [at("new") exists]);
+}
+
+TEST_F(PathStrings, ExceptionsAreLoggedAndAnswered)
+{
+    const LoggedMessages logged;
+    NSString *raising = [[[RaisingPath alloc] init] autorelease];
+    EXPECT_FALSE([raising createDirectories]);
+    EXPECT_EQ([raising storeableDictionary], nil);
+    ASSERT_EQ(logged.count(), 2u);
+    EXPECT_EQ(logged[0], "-[NSString(FoundationX) createDirectories]:946: unexpected exception: name[Broken] reason[parts]");
+    EXPECT_EQ(logged[1], "-[NSString(FoundationX) storeableDictionary]:669: unexpected exception: name[Broken] reason[tilde]");
+}
+
+TEST_F(PathStrings, KindsOfItems)
+{
+    make("plain", "x");
+    make(".hidden");
+    make("Ink.app/Ink");
+    make("Text.RTFD/TXT.rtf");
+    make("dir/x");
+    make("link.desktop", "[Desktop Entry]\nType=Link\nURL=file:///etc\n");
+    make("app.desktop", "[Desktop Entry]\nType=Application\nName=x\nExec=true\n");
+    make("Entry.desktop/x");
+    fs::create_symlink("dir", root_ / "link");
+    fs::create_symlink("nowhere", root_ / "broken");
+    ASSERT_EQ(mkfifo((root_ / "fifo").c_str(), 0600), 0);
+    constexpr LSItemInfoFlags kApp = kLSItemInfoIsApplication | kLSItemInfoIsNativeApp, kLink = kLSItemInfoIsAliasFile | kLSItemInfoIsSymlink;
+    const std::pair<const char *, LSItemInfoFlags> cases[] = {
+        {"plain", kLSItemInfoIsPlainFile},
+        {".hidden", kLSItemInfoIsPlainFile | kLSItemInfoIsInvisible},
+        {"Ink.app", kLSItemInfoIsContainer | kLSItemInfoIsPackage | kApp},
+        {"Text.RTFD", kLSItemInfoIsContainer | kLSItemInfoIsPackage},
+        {"dir", kLSItemInfoIsContainer},
+        {"link.desktop", kLSItemInfoIsPlainFile | kLSItemInfoIsAliasFile},
+        {"app.desktop", kLSItemInfoIsPlainFile | kApp},
+        {"Entry.desktop", kLSItemInfoIsContainer},
+        {"link", kLink},
+        {"broken", kLink},
+        {"fifo", 0},
+    };
+    for (const auto &[name, flags] : cases) {
+        LSItemInfoRecord record;
+        EXPECT_TRUE([at(name) getLSItemInfoRecord:&record whichInfo:kLSRequestAllFlags]) << name;
+        EXPECT_EQ(record.flags, flags) << name;
+    }
+    EXPECT_TRUE([@"/" isVolume] && [@"/" isContainer] && ![@"/" isDirectory] && ![@"/" isFolder]);
+    EXPECT_TRUE([at("dir") isDirectory] && [at("dir") isFolder] && [at("Ink.app") isDirectory] && ![at("Ink.app") isFolder]);
+    EXPECT_TRUE([at("none") isPlainFile] && ![at("none") isAlias] && ![at("none") isFolder]);
+
+    LSItemInfoRecord record;
+    ASSERT_TRUE([at("link.desktop") getLSItemInfoRecord:&record whichInfo:kLSRequestExtension]);
+    EXPECT_EQ(text((NSString *)record.extension), "desktop");
+    EXPECT_EQ(record.flags, 0u);
+    CFRelease(record.extension);
+    EXPECT_FALSE([at("none") getLSItemInfoRecord:&record whichInfo:kLSRequestAllInfo]);
+
+    // Caches: by the string object, and by the reference's address.
+    NSString *asked = at("plain");
+    EXPECT_TRUE([asked isPlainFile]);
+    fs::remove(root_ / "plain");
+    EXPECT_TRUE(![asked isFolder] && [asked isPlainFile]);
+    fs::create_directory(root_ / "plain");
+    EXPECT_TRUE([asked isPlainFile]) << "the same string";
+    EXPECT_TRUE([at("plain") isFolder]) << "another one";
+    FSRef ref, other;
+    ASSERT_TRUE([at("dir") getFSRef:&ref]);
+    EXPECT_TRUE(FSIsFolder(&ref) && FSIsDirectory(&ref) && FSIsContainer(&ref) && !FSIsPackage(&ref) && !FSIsVolume(&ref) && !FSIsInvisible(&ref));
+    ASSERT_TRUE([at("Ink.app") getFSRef:&ref]);
+    EXPECT_FALSE(FSIsPackage(&ref)) << "the same address";
+    other = ref;
+    EXPECT_TRUE(FSIsPackage(&other));
+    EXPECT_TRUE(FSIsLSItemInfoRecordFlagOn(nullptr, kLSItemInfoIsPackage, true) && !FSIsFolder(nullptr));
+}
+
+TEST_F(PathStrings, WalksListPackagesAsOneEntry)
+{
+    for (const char *name : {"a", "sub/b", "sub/Pack.app/inside/x", "sub/Pack.app/y", ".git/config", ".dot", "sub/deep/er/c", "empty.pkg/x", "._a", "._orphan"})
+        make(name, "12345");
+    fs::create_symlink("sub", root_ / "link");
+    EXPECT_EQ(names([at("") subfilepaths]), (Names{"a", "sub/b", "sub/Pack.app", ".git/config", "sub/deep/er/c", "empty.pkg", "link"}));
+    EXPECT_EQ([[at("none") subfilepaths] count], 0u);
+    EXPECT_EQ([[at("a") subfilepaths] count], 0u);
+
+    // All that the file manager lists, in the same order, here and in gnustep-base's own enumerator.
+    NSArray *all = [[NSFileManager defaultManager] subpathsAtPath:at("")];
+    NSMutableArray *expected = [NSMutableArray array];
+    for (const auto &entry : fs::recursive_directory_iterator(root_))
+        [expected addObject:tarvik::nsstring(fs::relative(entry.path().parent_path(), root_).native() == "."
+                                                 ? entry.path().filename().native()
+                                                 : (fs::relative(entry.path().parent_path(), root_) / entry.path().filename()).native())];
+    EXPECT_EQ(text([all componentsJoinedByString:@"\n"]), text([expected componentsJoinedByString:@"\n"]));
+    EXPECT_EQ([[NSFileManager defaultManager] subpathsAtPath:at("none")], nil);
+
+    EXPECT_EQ([at("sub") logicalSize], 4 * 5u);
+    EXPECT_EQ([at("a") logicalSize], 5u);
+    EXPECT_EQ([[at("none") logicalSizeNumber] unsignedLongLongValue], 0u);
+}
+
+TEST_F(PathStrings, AfterAPackageWhatBeginsAsItDoesIsLeftOut)
+{
+    // In the file system's order, which differs: what counts is whether the neighbour comes before the package or after it.
+    for (int i = 0; i < 20; ++i) {
+        const std::string package = std::to_string(i) + ".app";
+        make(package + "/x");
+        make(package + ".old", "x");
+    }
+    Names expected;
+    std::vector<std::string> kept;
+    for (NSString *path : tarvik::each<NSString>([[NSFileManager defaultManager] subpathsAtPath:at("")])) {
+        const std::string name = text(path);
+        if (std::any_of(kept.begin(), kept.end(), [&](const std::string &package) { return name.starts_with(package); }))
+            continue;
+        expected.insert(name);
+        if (name.ends_with(".app"))
+            kept.push_back(name);
+    }
+    EXPECT_EQ(names([at("") subfilepaths]), expected);
+    EXPECT_LT(expected.size(), 40u);
+}
+
+TEST_F(PathStrings, NamesThatAreNotUTF8)
+{
+    make("b\xFF\xC3yte", "123");
+    make("d\xE9r/file", "4567");
+    make("é \U0001F600 \uF7A0", "8");
+    NSArray *paths = [at("") subfilepaths];
+    EXPECT_EQ([paths count], 3u);
+    EXPECT_EQ([at("") logicalSize], 8u);
+    uint64_t sizes = 0;
+    for (NSString *path : tarvik::each<NSString>(paths)) {
+        NSString *whole = [at("") stringByAppendingPathComponent:path];
+        EXPECT_TRUE([whole exists] && [whole isReadableFile] && [whole isPlainFile]);
+        sizes += [whole logicalSize];
+        NSString *again = [NSString stringWithAliasData:[whole aliasData]];
+        EXPECT_TRUE([again isEqualToString:[whole stringByStandardizingPath]]);
+        EXPECT_TRUE([whole remove]);
+    }
+    EXPECT_EQ(sizes, 8u);
+    EXPECT_EQ([[at("") subfilepaths] count], 0u);
+    EXPECT_TRUE([[at("") stringByAppendingPathComponent:[[[NSFileManager defaultManager] subpathsAtPath:at("")] lastObject]] remove]);
+}
+
+TEST_F(PathStrings, StoreableDictionariesLeadBack)
+{
+    make("one", "1");
+    make("other/two", "2");
+    NSDictionary *kept = [at("one") storeableDictionary];
+    EXPECT_EQ([at("none") storeableDictionary], nil);
+    EXPECT_EQ([kept count], 2u);
+    auto back = [](NSDictionary *dictionary, BOOL aliasFirst) {
+        return text([NSString stringWithStoreableDictionary:dictionary resolveAliasFirst:aliasFirst]);
+    };
+    fs::rename(root_ / "one", root_ / "moved");
+    EXPECT_EQ(back(kept, YES), text(at("moved")));
+    EXPECT_EQ(back(kept, NO), text(at("moved")));
+    NSDictionary *mixed = [NSDictionary dictionaryWithObjectsAndKeys:[at("other/two") stringByAbbreviatingWithTildeInPath], @"Path", [kept objectForKey:@"Alias"], @"Alias", nil];
+    EXPECT_EQ(back(mixed, YES), text(at("moved")));
+    EXPECT_EQ(back(mixed, NO), text(at("other/two")));
+    fs::remove(root_ / "moved");
+    EXPECT_EQ(back(mixed, YES), text(at("other/two")));
+    EXPECT_EQ(back(kept, YES), "nil");
+    EXPECT_EQ(back(kept, NO), "nil");
+    EXPECT_EQ(back(nil, YES), "nil");
+    NSDictionary *const hostile[] = {
+        [NSDictionary dictionary],
+        [NSDictionary dictionaryWithObjectsAndKeys:[NSNumber numberWithInt:1], @"Path", @"text", @"Alias", nil],
+        [NSDictionary dictionaryWithObjectsAndKeys:@"", @"Path", [NSData data], @"Alias", nil],
+    };
+    for (NSDictionary *dictionary : hostile) {
+        EXPECT_EQ(back(dictionary, YES), "nil");
+        EXPECT_EQ(back(dictionary, NO), "nil");
+    }
+    EXPECT_EQ(text([NSString stringWithStoreableDictionary:[@"~" storeableDictionary] resolveAliasFirst:NO]), text(NSHomeDirectory()));
+}
+
+TEST_F(PathStrings, AliasFilesLeadToTheirTargets)
+{
+    make("target", "x");
+    fs::create_symlink("target", root_ / "one");
+    fs::create_symlink("one", root_ / "two");
+    fs::create_symlink("loop", root_ / "loop");
+    EXPECT_EQ(text([at("two") stringByResolveAliasFile]), text(at("target")));
+    for (const char *name : {"target", "loop", "none"}) {
+        NSString *path = at(name);
+        EXPECT_EQ([path stringByResolveAliasFile], path) << name;
+    }
+    FSRef ref;
+    ASSERT_TRUE([at("target") getFSRef:&ref]);
+    EXPECT_EQ(text([NSString stringWithFSRef:&ref]), text(at("target")));
+    fs::remove(root_ / "target");
+    EXPECT_EQ([NSString stringWithFSRef:&ref], nil);
+    EXPECT_FALSE([at("target") getFSRef:&ref]);
+}
+
+TEST_F(PathStrings, FileSystemsThatAreReadOnlyOrFull)
+{
+    if (!enterPrivateMounts())
+        GTEST_SKIP() << "no mount namespace here";
+    for (const char *name : {"small", "locked"}) {
+        fs::create_directory(root_ / name);
+        ASSERT_EQ(mount("tmpfs", (root_ / name).c_str(), "tmpfs", 0, "size=64k,nr_inodes=8"), 0);
+    }
+    make("big", std::string(200000, 'x'));
+    make("locked/file", "x");
+    ASSERT_EQ(mount(nullptr, (root_ / "locked").c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+    EXPECT_TRUE([at("small") isVolume] && ![at("small") isFolder]);
+    EXPECT_FALSE([at("locked/new") createDirectory] || [at("locked/file") remove] || [at("big") createCopyOfPath:at("locked/copy")]);
+    EXPECT_NE([at("locked/file") aliasData], nil);
+    EXPECT_FALSE([at("big") createCopyOfPath:at("small/copy")]);
+    EXPECT_FALSE([at("small/1/2/3/4/5/6/7/8/9") createDirectories]);
+    // A volume is none of the files of a walk; what lies on it is.
+    EXPECT_EQ(names([at("") subfilepaths]).count("locked/file"), 1u);
+    for (const char *name : {"small", "locked"})
+        umount2((root_ / name).c_str(), MNT_DETACH);
+}
+
+TEST_F(PathStrings, DeepAndUnreadableTrees)
+{
+    fs::path deep = root_;
+    for (int i = 0; i < 300; ++i)
+        deep /= "d";
+    fs::create_directories(deep);
+    std::ofstream(deep / "bottom") << "1234";
+    EXPECT_EQ([[at("") subfilepaths] count], 1u);
+    EXPECT_EQ([at("") logicalSize], 4u);
+    EXPECT_EQ([[[NSFileManager defaultManager] subpathsAtPath:at("")] count], 301u);
+}
+
+}  // namespace
