@@ -6,8 +6,8 @@ words=/usr/share/dict/words
 [ -r $words ] || words=/etc/services
 check 'sorted as sort itself does it' "$(sort -r < $words | sha256sum)" "$(tarvik run --input=$words sort -r | sha256sum)"
 show tarvik run --live sh -c 'for i in 1 2 3; do echo "step $i"; sleep 0.2; done'
-show tarvik run --timeout=1 sleep 100
-check 'a tool that takes too long is ended' 0 "$(pgrep -c -f '^sleep 100$')"
+show tarvik run --timeout=1 sleep 100.$$
+check 'a tool that takes too long is ended' 0 "$(pgrep -c -f "^sleep 100\\.$$\$")"
 
 title 'Disk images: made, mounted, listed, compared, unmounted'
 source=/usr/share/perl
