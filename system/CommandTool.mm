@@ -256,21 +256,22 @@ NSData *read(id source, NSMutableData *all)
 // Standard output alone decides that the reading may end; what standard error has only keeps it going.
 - (void)readOutput:(id)output error:(id)error
 {
-    const BOOL tellsOutput = [mDelegate respondsToSelector:@selector(commandTool:readStandardOutputData:)];
-    const BOOL tellsError = [mDelegate respondsToSelector:@selector(commandTool:readStandardErrorData:)];
     for (BOOL more = YES; more;) {
         NSAutoreleasePool *pass = [[NSAutoreleasePool alloc] init];
         more = NO;
         if (output) {
             if (NSData *piece = read(output, mOutData)) {
-                if (tellsOutput && ![mDelegate commandTool:self readStandardOutputData:piece])
+                // Asked for each piece: a delegate that is taken away meanwhile ends nothing.
+                if ([mDelegate respondsToSelector:@selector(commandTool:readStandardOutputData:)] &&
+                    ![mDelegate commandTool:self readStandardOutputData:piece])
                     return [pass drain];
                 more = YES;
             }
         }
         if (error) {
             if (NSData *piece = read(error, mErrData)) {
-                if (tellsError && ![mDelegate commandTool:self readStandardErrorData:piece])
+                if ([mDelegate respondsToSelector:@selector(commandTool:readStandardErrorData:)] &&
+                    ![mDelegate commandTool:self readStandardErrorData:piece])
                     return [pass drain];
                 more = YES;
             }

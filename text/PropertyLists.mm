@@ -15,9 +15,10 @@ id newParsed(NSData *data, const char *method)
     CFStringRef error = nullptr;
     id list = (id)CFPropertyListCreateFromXMLData(kCFAllocatorDefault, CFDataRef(data),
                                                   kCFPropertyListImmutable, &error);
-    if (error)
+    if (error) {
         NSLog(@"%s error:%@", method, (NSString *)error);
-    CFRelease(error);
+        CFRelease(error);
+    }
     return list;
 }
 
@@ -164,6 +165,8 @@ CFMutableDictionaryRef CFDictionaryCreateMutableWithResource(CFStringRef name, C
 {
     CFBundleRef of = bundle ? bundle : CFBundleGetMainBundle();
     CFURLRef url = of ? CFBundleCopyResourceURL(of, name, type, subDirectory) : nullptr;
+    if (!url)
+        return nullptr;
     CFMutableDictionaryRef dictionary = CFDictionaryCreateMutableWithContentsOfURL(url);
     CFRelease(url);
     return dictionary;
@@ -174,8 +177,10 @@ Boolean CFDictionaryWriteToURL(CFDictionaryRef dictionary, CFURLRef url)
     if (!dictionary || !url)
         return false;
     CFDataRef xml = CFPropertyListCreateXMLData(kCFAllocatorDefault, dictionary);
+    if (!xml)
+        return false;
     SInt32 code = 0;
-    const bool written = xml && CFURLWriteDataAndPropertiesToResource(url, xml, nullptr, &code) && code == 0;
+    const bool written = CFURLWriteDataAndPropertiesToResource(url, xml, nullptr, &code) && code == 0;
     CFRelease(xml);
     return written;
 }

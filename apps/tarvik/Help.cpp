@@ -1,6 +1,7 @@
 #include "Help.h"
 
 #include <algorithm>
+#include <cctype>
 #include <sstream>
 
 namespace {
@@ -43,16 +44,43 @@ std::string roff(const std::string &text)
     return out;
 }
 
+std::string sentence(std::string summary)
+{
+    summary[0] = char(std::toupper(static_cast<unsigned char>(summary[0])));
+    return summary + ".";
+}
+
+// Lines set in by two blanks are examples and stay as they are; the others are filled.
+void writeDetails(std::ostringstream &out, const std::string &details)
+{
+    std::istringstream lines(details);
+    bool asIs = false;
+    out << ".PP\n";
+    for (std::string line; std::getline(lines, line);) {
+        if (const bool example = line.starts_with("  "); example != asIs) {
+            out << (example ? ".nf\n" : ".fi\n");
+            asIs = example;
+        }
+        out << (line.empty() ? ".PP" : roff(line)) << "\n";
+    }
+    if (asIs)
+        out << ".fi\n";
+}
+
 void writeManual(std::ostringstream &out, const std::string &path, const Command &command)
 {
+    if (!command.subcommands.empty() && !command.details.empty()) {
+        out << ".SS \"" << roff(path) << " COMMAND ...\"\n" << roff(sentence(command.summary)) << "\n";
+        writeDetails(out, command.details);
+    }
     if (command.run) {
-        out << ".SS \"" << roff(path) << " " << roff(command.usage) << "\"\n" << roff(command.summary) << ".\n";
+        out << ".SS \"" << roff(path) << " " << roff(command.usage) << "\"\n" << roff(sentence(command.summary)) << "\n";
         for (const Option &option : command.options) {
             const std::string form = optionForm(option);
             out << ".TP\n.B " << roff(form.substr(form.find_first_not_of(' '))) << "\n" << roff(option.help) << "\n";
         }
         if (!command.details.empty())
-            out << ".PP\n.nf\n" << roff(command.details) << "\n.fi\n";
+            writeDetails(out, command.details);
     }
     for (const Command &sub : command.subcommands)
         writeManual(out, path + " " + sub.name, sub);
@@ -64,7 +92,7 @@ std::string helpText(const std::string &path, const Command &command)
 {
     std::ostringstream out;
     if (!command.subcommands.empty()) {
-        out << "Usage: " << path << " COMMAND ...\n" << command.summary << ".\n\nCommands:\n";
+        out << "Usage: " << path << " COMMAND ...\n" << sentence(command.summary) << "\n\nCommands:\n";
         for (const Command &sub : command.subcommands)
             out << padded("  " + sub.name) << sub.summary << "\n";
         if (!command.details.empty())
@@ -72,7 +100,7 @@ std::string helpText(const std::string &path, const Command &command)
         out << "\n'" << path << " COMMAND --help' tells more of each.\n";
         return out.str();
     }
-    out << "Usage: " << path << (command.usage.empty() ? "" : " ") << command.usage << "\n" << command.summary << ".\n\nOptions:\n";
+    out << "Usage: " << path << (command.usage.empty() ? "" : " ") << command.usage << "\n" << sentence(command.summary) << "\n\nOptions:\n";
     for (const Option &option : command.options)
         out << padded("  " + optionForm(option)) << option.help << "\n";
     out << padded("  -h, --help") << "this text\n";

@@ -95,6 +95,8 @@ int info(const Arguments &arguments)
         struct stat status;
         if (stat(path.c_str(), &status) != 0)
             throw systemFailure(given, errno);
+        if (S_ISDIR(status.st_mode))
+            throw systemFailure(given, EISDIR);
         NSDictionary *image = reported(path);
         std::printf("image:    %s\nsize:     %lld bytes\n", shown(path).c_str(),
                     static_cast<long long>(status.st_size));
@@ -219,7 +221,7 @@ const Registration registration({
     .subcommands =
         {
             {.name = "info",
-             .summary = "size, kind and mount points of an image",
+             .summary = "the size of an image and, when it is attached, its kind and mount points",
              .usage = "IMAGE...",
              .run = info},
             {.name = "create",

@@ -101,13 +101,13 @@ int print(const std::string &text)
     return finish(kSuccess);
 }
 
-int runCommand(const Command *command, const std::vector<std::string> &words)
+/// `path` becomes the command's whole name, for messages too.
+int runCommand(const Command *command, const std::vector<std::string> &words, std::string &path)
 {
-    std::string path = "tarvik " + command->name;
     size_t at = 1;
     while (!command->subcommands.empty()) {
         if (at == words.size())
-            throw UsageError("a command is missing; '" + path + " --help' lists them");
+            throw UsageError("a command is missing");
         if (words[at] == "--help" || words[at] == "-h")
             return print(helpText(path, *command));
         const Command *chosen = nullptr;
@@ -116,7 +116,7 @@ int runCommand(const Command *command, const std::vector<std::string> &words)
                 chosen = &sub;
         }
         if (!chosen)
-            throw UsageError("no command '" + words[at] + "'; '" + path + " --help' lists them");
+            throw UsageError("no command '" + words[at] + "'");
         command = chosen;
         path += " " + words[at++];
     }
@@ -147,10 +147,11 @@ int main(int argc, char **argv)
         return kUsage;
     }
     const char *name = found->first.c_str();
+    std::string path = "tarvik " + found->first;
     try {
-        return runCommand(&found->second, words);
+        return runCommand(&found->second, words, path);
     } catch (const UsageError &error) {
-        std::fprintf(stderr, "tarvik %s: %s\nTry 'tarvik %s --help'.\n", name, error.what(), name);
+        std::fprintf(stderr, "%s: %s\nTry '%s --help'.\n", path.c_str(), error.what(), path.c_str());
         return kUsage;
     } catch (const std::exception &error) {
         std::fflush(stdout);

@@ -20,6 +20,10 @@ TEST(Command, HelpAndUsage)
         EXPECT_EQ(result.out, "");
         EXPECT_FALSE(result.error.empty());
     }
+    EXPECT_EQ(runTarvik({"xml", "value"}).error, "tarvik xml value: an argument is missing\nTry 'tarvik xml value --help'.\n");
+    EXPECT_EQ(runTarvik({"xml", "nonsense"}).error, "tarvik xml: no command 'nonsense'\nTry 'tarvik xml --help'.\n");
+    EXPECT_NE(runTarvik({"manual"}).out.find("folder=$(tarvik image mount photos.img)"), std::string::npos)
+        << "what is told of a group of commands too";
 }
 
 TEST(Command, AFullDiskIsAFailure)

@@ -65,7 +65,7 @@ TEST(ImageCommand, CreatesMountsListsAndUnmounts)
     EXPECT_EQ(runTarvik({"image", "unmount", point}).status, 0);
     EXPECT_EQ(runTarvik({"image", "unmount", path}).status, 0) << "is not mounted: as wished";
     for (const std::string &what : {std::string("/nonexistent"), source})
-        for (const char *verb : {"mount", "unmount"})
+        for (const char *verb : {"info", "mount", "unmount"})
             EXPECT_EQ(runTarvik({"image", verb, what}).status, 1) << verb << " " << what;
     EXPECT_FALSE(std::filesystem::exists(point));
 }

@@ -145,6 +145,13 @@ TEST(CommandTool, ADelegateSeesThePiecesAndStopsTheReading)
     EXPECT_TRUE([tool run:NO]) << "waited for all the same";
     EXPECT_EQ(gPieces, std::vector<std::string>{"out one\n"});
     EXPECT_EQ([[tool standardErrorData] length], 0u) << "not taken in the pass that was left";
+
+    gOnPiece = [&] {
+        [tool setDelegate:nil];
+        return true;
+    };
+    EXPECT_TRUE([tool run:NO]);
+    EXPECT_EQ(tarvik::bytes([tool standardOutputData]), "one\ntwo\n") << "goes on without its delegate";
 }
 
 TEST(CommandTool, BackgroundRunNotifiesOnTheCallersRunLoop)
