@@ -1,14 +1,13 @@
 #include "FileForks.h"
 
 #include "FileReferences.h"
-#include "private/Owned.h"
-#include "private/URLReferences.h"
 
+#include <Tarvik/support/CFOwned.h>
 #include <Tarvik/text/EncodingConversion.h>
 
 #include <utility>
 
-using namespace tarvik::files;
+using tarvik::CFOwned;
 
 namespace {
 
@@ -74,7 +73,7 @@ CFMutableDataRef FSReadFileFork(const FSRef *file, const HFSUniStr255 *forkName)
     UInt32 size;
     if (!fork || !fork.getSize(size))
         return nullptr;
-    Owned<CFMutableDataRef> data(CFDataCreateMutable(nullptr, 0));
+    CFOwned<CFMutableDataRef> data(CFDataCreateMutable(nullptr, 0));
     if (!data)
         return nullptr;
     CFDataSetLength(data.get(), size);
@@ -151,6 +150,6 @@ Boolean FSIsMachOBinary(const FSRef *file)
 
 Boolean FSBundleGetExecutableFSRef(CFBundleRef bundle, FSRef *executable)
 {
-    const Owned<CFURLRef> url(bundle ? CFBundleCopyExecutableURL(bundle) : nullptr);
-    return url && referenceOfURL(url.get(), executable);
+    const CFOwned<CFURLRef> url(bundle ? CFBundleCopyExecutableURL(bundle) : nullptr);
+    return url && CFURLGetFSRef(url.get(), executable);
 }

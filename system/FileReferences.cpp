@@ -1,8 +1,6 @@
 #include "FileReferences.h"
 
-#include "private/Owned.h"
-#include "private/URLReferences.h"
-
+#include <Tarvik/support/CFOwned.h>
 #include <Tarvik/text/CStringConversion.h>
 #include <Tarvik/text/EncodingConversion.h>
 
@@ -10,14 +8,14 @@
 #include <cstring>
 #include <limits.h>
 
-using namespace tarvik::files;
+using tarvik::CFOwned;
 
 namespace {
 
 constexpr size_t kPathBuffer = 1025;
 constexpr TextEncoding kUnknownEncoding = 0xFFFF;
 
-char *allocCString(const Owned<CFStringRef> &text, CFStringEncoding encoding) { return text ? CFStringAllocCString(text.get(), encoding) : nullptr; }
+char *allocCString(const CFOwned<CFStringRef> &text, CFStringEncoding encoding) { return text ? CFStringAllocCString(text.get(), encoding) : nullptr; }
 
 }  // namespace
 
@@ -29,7 +27,7 @@ CFStringRef FSCopyNameString(const FSRef *ref)
     return CFStringCreateWithCharacters(nullptr, name.unicode, name.length);
 }
 
-char *FSAllocNameCString(const FSRef *ref, CFStringEncoding encoding) { return allocCString(Owned<CFStringRef>(FSCopyNameString(ref)), encoding); }
+char *FSAllocNameCString(const FSRef *ref, CFStringEncoding encoding) { return allocCString(CFOwned<CFStringRef>(FSCopyNameString(ref)), encoding); }
 
 CFStringRef FSCopyPathString(const FSRef *ref)
 {
@@ -41,15 +39,15 @@ CFStringRef FSCopyPathString(const FSRef *ref)
 
 CFStringRef FSCopyPathStringOfStyle(const FSRef *ref, CFURLPathStyle style)
 {
-    const Owned<CFURLRef> url(copyURLOfReference(ref));
+    const CFOwned<CFURLRef> url(CFURLCreateFromFSRef(nullptr, ref));
     return url ? CFURLCopyFileSystemPath(url.get(), style) : nullptr;
 }
 
-char *FSAllocPathCString(const FSRef *ref, CFStringEncoding encoding) { return allocCString(Owned<CFStringRef>(FSCopyPathString(ref)), encoding); }
+char *FSAllocPathCString(const FSRef *ref, CFStringEncoding encoding) { return allocCString(CFOwned<CFStringRef>(FSCopyPathString(ref)), encoding); }
 
 char *FSAllocPathCStringOfStyle(const FSRef *ref, CFURLPathStyle style, CFStringEncoding encoding)
 {
-    return allocCString(Owned<CFStringRef>(FSCopyPathStringOfStyle(ref, style)), encoding);
+    return allocCString(CFOwned<CFStringRef>(FSCopyPathStringOfStyle(ref, style)), encoding);
 }
 
 char *FSAllocPathUTF8String(const FSRef *ref)
@@ -70,8 +68,8 @@ Boolean FSMakeFromPosixPath(CFStringRef path, FSRef *ref)
 
 Boolean FSMakeFromPathString(CFStringRef path, CFURLPathStyle style, Boolean isDirectory, FSRef *ref)
 {
-    const Owned<CFURLRef> url(path ? CFURLCreateWithFileSystemPath(nullptr, path, style, isDirectory) : nullptr);
-    return url && referenceOfURL(url.get(), ref);
+    const CFOwned<CFURLRef> url(path ? CFURLCreateWithFileSystemPath(nullptr, path, style, isDirectory) : nullptr);
+    return url && CFURLGetFSRef(url.get(), ref);
 }
 
 Boolean FSGetChild(const FSRef *parent, FSRef *child, CFStringRef name)

@@ -1,3 +1,4 @@
+#include "private/ForkContents.h"
 #include "private/ResourceFork.h"
 
 #include <Carbon/Resources.h>
@@ -49,7 +50,9 @@ struct Entry {
 
 struct File {
     ResFileRefNum number;
+    FSRef ref;
     std::string path;
+    bool isFork;  // in the resource fork, not in the file itself
     bool writable;
     bool changed = false;  // the map
     std::list<Entry> entries;  // addresses stay
@@ -109,6 +112,28 @@ Handle findInCurrent(Matches matches)
     return file ? findIn(*file, matches) : failing<Handle>(resNotFound, nullptr);
 }
 
+OSErr save(const File &file, const std::string &bytes)
+{
+    if (file.isFork)
+        return tarvik::resources::writeResourceFork(file.ref, bytes);
+    tarvik::Pool pool;
+    return tarvik::writeWholeFile(file.path, tarvik::nsdata(bytes)) ? OSErr(noErr) : tarvik::files::fileError(errno);
+}
+
+OSErr load(const File &file, std::string &bytes)
+{
+    if (file.isFork) {
+        const OSErr error = tarvik::resources::readResourceFork(file.ref, bytes);
+        return error == noErr && bytes.empty() ? OSErr(eofErr) : error;
+    }
+    tarvik::Pool pool;
+    const auto contents = tarvik::adopt(tarvik::readWholeFile(file.path));
+    if (!contents)
+        return tarvik::files::fileError(errno);
+    bytes.assign(static_cast<const char *>([contents.get() bytes]), [contents.get() length]);
+    return noErr;
+}
+
 OSErr write(File &file)
 {
     if (!file.writable)
@@ -124,9 +149,8 @@ OSErr write(File &file)
     const auto fork = tarvik::resources::forkOf(all);
     if (!fork)
         return addResFailed;  // more than the format holds
-    tarvik::Pool pool;
-    if (!tarvik::writeWholeFile(file.path, tarvik::nsdata(*fork)))
-        return tarvik::files::fileError(errno);
+    if (const OSErr error = save(file, *fork); error != noErr)
+        return error;
     for (Entry &entry : file.entries)
         entry.changed = false;
     file.changed = false;
@@ -155,26 +179,24 @@ std::vector<ResType> currentTypes()
 
 }  // namespace
 
-OSErr FSOpenResourceFile(const FSRef *ref, UniCharCount forkNameLength, const UniChar *, SInt8 permission, ResFileRefNum *refNum)
+OSErr FSOpenResourceFile(const FSRef *ref, UniCharCount forkNameLength, const UniChar *forkName, SInt8 permission, ResFileRefNum *refNum)
 {
     if (!ref || !refNum)
         return failing<OSErr>(paramErr, paramErr);
     *refNum = kNoFile;
-    if (forkNameLength != 0)
+    const bool isFork = tarvik::resources::isResourceForkName(forkNameLength, forkName);
+    if (forkNameLength != 0 && !isFork)
         return failing<OSErr>(errFSBadForkName, errFSBadForkName);
     UInt8 path[PATH_MAX];
     if (const OSStatus status = FSRefMakePath(ref, path, sizeof path); status != noErr)
         return failing(OSErr(status), OSErr(status));
-    File file{gNextNumber, reinterpret_cast<const char *>(path), permission != kReadPermission, false, {}};
+    File file{gNextNumber, *ref, reinterpret_cast<const char *>(path), isFork, permission != kReadPermission, false, {}};
     if (file.writable && access(file.path.c_str(), W_OK) != 0)
         return failing<OSErr>(permErr, permErr);
-    tarvik::Pool pool;
-    auto contents = tarvik::adopt(tarvik::readWholeFile(file.path));
-    if (!contents) {
-        const OSErr error = tarvik::files::fileError(errno);
+    std::string contents;
+    if (const OSErr error = load(file, contents); error != noErr)
         return failing(error, error);
-    }
-    auto resources = tarvik::resources::parseFork({static_cast<const char *>([contents.get() bytes]), [contents.get() length]});
+    auto resources = tarvik::resources::parseFork(contents);
     if (!resources)
         return failing<OSErr>(mapReadErr, mapReadErr);
     for (Resource &resource : *resources)
@@ -185,6 +207,27 @@ OSErr FSOpenResourceFile(const FSRef *ref, UniCharCount forkNameLength, const Un
         gNextNumber = gNextNumber == SHRT_MAX ? 1 : gNextNumber + 1;
     *refNum = gCurrent = gChain.front().number;
     return failing<OSErr>(noErr, noErr);
+}
+
+ResFileRefNum FSOpenResFile(const FSRef *ref, SInt8 permission)
+{
+    HFSUniStr255 name;
+    ResFileRefNum refNum = kNoFile;
+    FSGetResourceForkName(&name);
+    FSOpenResourceFile(ref, name.length, name.unicode, permission, &refNum);
+    return refNum;
+}
+
+OSErr FSCreateResourceFork(const FSRef *ref, UniCharCount forkNameLength, const UniChar *forkName, UInt32)
+{
+    if (!ref)
+        return failing<OSErr>(paramErr, paramErr);
+    if (!tarvik::resources::isResourceForkName(forkNameLength, forkName))
+        return failing<OSErr>(errFSBadForkName, errFSBadForkName);
+    OSErr error = FSCreateFork(ref, forkNameLength, forkName);  // fails for one with bytes
+    if (error == noErr)
+        error = tarvik::resources::writeResourceFork(*ref, tarvik::resources::forkOf({}).value_or(""));
+    return failing(error, error);
 }
 
 void UpdateResFile(ResFileRefNum refNum)

@@ -38,11 +38,15 @@ enum {
     resSysHeap = 64,
 };
 
-/// Opens a fork that is in resource format. The empty fork name is the data fork; errFSBadForkName for another.
-/// An empty fork opens as a file without resources. The file becomes the current one.
+/// Opens a fork that is in resource format: the data fork (the empty name) or the resource fork; errFSBadForkName for another.
+/// An empty data fork opens as a file without resources, an empty resource fork does not (eofErr). The file becomes the current one.
 /// \param permission fsRdPerm (1) to read; anything else to change as well
 /// \return noErr; fnfErr; mapReadErr when the content is no resource format; permErr
 OSErr FSOpenResourceFile(const FSRef *ref, UniCharCount forkNameLength, const UniChar *forkName, SInt8 permission, ResFileRefNum *refNum);
+/// The same with the resource fork; -1 with ResError on failure.
+ResFileRefNum FSOpenResFile(const FSRef *ref, SInt8 permission);
+/// Gives a file whose resource fork is empty one without resources. errFSForkExists; `flags` is 0.
+OSErr FSCreateResourceFork(const FSRef *ref, UniCharCount forkNameLength, const UniChar *forkName, UInt32 flags);
 /// Writes what has changed and closes; the file's handles go with it. The file opened before becomes current.
 void CloseResFile(ResFileRefNum refNum);
 /// Writes what has changed. ResError: addResFailed when it is more than the format holds (16 MiB).
