@@ -262,7 +262,7 @@ TEST(URLLoading, NothingIsLeftOverAThousandTransfers)
     round(100);
     const size_t descriptors = openDescriptors();
     malloc_trim(0);
-    const size_t memory = residentKilobytes("VmRSS:");
+    [[maybe_unused]] const size_t memory = residentKilobytes("VmRSS:");
     round(1000);
     malloc_trim(0);
     EXPECT_EQ(openDescriptors(), descriptors);
