@@ -13,14 +13,12 @@
 /// What stands around a value cannot be in its way.
 ///
 /// Text:      UTF-8 in narrow strings, of any bytes, zeros included; positions are bytes. An empty text
-/// yields nothing. Results:   the flag says whether there is a result; `value`/`out` is assigned, `list`
-/// holds values in document order.
-///            Where nothing is found, `value` is empty (exceptions are named at the function); lists say
-///            nothing more.
-/// Same
-/// object:    `value`/`out` may be the same object as any other argument, which is then read before it is
-/// written.
-///            `text` and the keys must not be elements of `list`.
+///            yields nothing.
+/// Results:   the flag says whether there is a result; `value`/`out` is assigned, `list` holds values in
+///            document order. Where nothing is found, `value` is empty (exceptions are named at the
+///            function); lists say nothing more.
+/// Aliasing:  `value`/`out` may be the same object as any other argument, which is then read before it is
+///            written. `text` and the keys must not be elements of `list`.
 /// Cost:      linear in the text, whatever the text and the markers hold; one pass.
 /// Failure:   nothing is logged or thrown, std::bad_alloc apart.
 /// Threads:   no state; any thread.

@@ -179,9 +179,11 @@ NSData *read(id source, NSMutableData *all)
     if (published(mRunning))
         return;
     [[self retain] autorelease];  // the timer may be the last to hold it
+    // Taken out first: an observer may start the next run, which has a timer of its own.
+    NSTimer *const watch = std::exchange(mRunCheckTimer, nil);
     [[NSNotificationCenter defaultCenter] postNotificationName:CommandToolDidRunNotification object:self];
     [timer invalidate];
-    [std::exchange(mRunCheckTimer, nil) release];
+    [watch release];
 }
 
 - (void)kill

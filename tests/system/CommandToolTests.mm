@@ -16,6 +16,7 @@ namespace {
 // What the delegate saw; every test has a process of its own.
 std::vector<std::string> gPieces;
 std::function<bool()> gOnPiece;
+std::function<void()> gOnRun;
 int gRuns;
 }  // namespace
 
@@ -38,6 +39,8 @@ int gRuns;
 {
     EXPECT_EQ([notification userInfo], nil);
     ++gRuns;
+    if (gOnRun)
+        gOnRun();
 }
 @end
 
@@ -173,6 +176,14 @@ TEST(CommandTool, BackgroundRunNotifiesOnTheCallersRunLoop)
     EXPECT_EQ(tarvik::bytes([tool standardOutputData]), "done\n");
     EXPECT_FALSE(turnRunLoop([&] { return gRuns > 1; }, 0.5)) << "once";
     EXPECT_TRUE([tool run:NO]) << "and runs again";
+    gOnRun = [&] {
+        if (gRuns < 3) {
+            EXPECT_TRUE([tool run:YES]) << "an observer starts the next run";
+        }
+    };
+    EXPECT_TRUE([tool run:YES]);
+    EXPECT_TRUE(turnRunLoop([&] { return gRuns == 3; }));
+    EXPECT_FALSE(turnRunLoop([&] { return gRuns > 3; }, 0.5)) << "each run's timer is gone";
     [[NSNotificationCenter defaultCenter] removeObserver:watcher];
 }
 
