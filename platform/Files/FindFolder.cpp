@@ -70,6 +70,10 @@ std::string inUserDomain(OSType type)
     switch (type) {
     case kTemporaryFolderType:
         return orElse(absolute("TMPDIR"), "/tmp");
+    case kUserTemporaryFolderType: {
+        const std::string cache = orElse(absolute("XDG_CACHE_HOME"), inHome(".cache"));
+        return cache.empty() ? "" : cache + "/tmp";
+    }
     case kDocumentsFolderType:
         return userFolder("DOCUMENTS", "Documents");
     case kDesktopFolderType:

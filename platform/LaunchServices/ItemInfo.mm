@@ -2,6 +2,7 @@
 #include "platform/Aliases/private/ReferencePath.h"
 #include "platform/CoreFoundation/private/Bridging.h"
 #include "platform/CoreFoundation/private/URLPath.h"
+#include "platform/Files/private/Companion.h"
 #include "platform/Files/private/Errors.h"
 #include "platform/Files/private/TreeWalk.h"
 #include "platform/LaunchServices/private/ItemFlags.h"
@@ -72,7 +73,15 @@ bool isMountPoint(int descriptor, const char *path)
            about.stx_attributes & STATX_ATTR_MOUNT_ROOT;
 }
 
-FinderInformation finderInformation(const std::string &) { return {}; }
+FinderInformation finderInformation(const std::string &path)
+{
+    files::Companion companion;
+    if (files::Companion::open(path, companion) != noErr || companion.state() != files::Companion::State::good)
+        return {};
+    const files::FinderInfo &bytes = companion.finderInfo();
+    const auto code = [&](size_t at) { return OSType(bytes[at]) << 24 | OSType(bytes[at + 1]) << 16 | OSType(bytes[at + 2]) << 8 | bytes[at + 3]; };
+    return {code(0), code(4), UInt16(bytes[8] << 8 | bytes[9])};
+}
 
 namespace {
 

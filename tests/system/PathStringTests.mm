@@ -8,6 +8,7 @@
 #include <tests/support/Namespace.h>
 #include <tests/support/TemporaryFolder.h>
 
+#include <cstring>
 #include <fcntl.h>
 #include <ftw.h>
 #include <fstream>
@@ -308,6 +309,49 @@ TEST_F(PathStrings, FileSystemsThatAreReadOnlyOrFull)
     EXPECT_EQ(names([at("") subfilepaths]).count("locked/file"), 1u);
     for (const char *name : {"small", "locked"})
         umount2((root_ / name).c_str(), MNT_DETACH);
+}
+
+TEST_F(PathStrings, CatalogAndFinderInformation)
+{
+    make("doc", "123456");
+    NSString *path = at("doc");
+    FSCatalogInfo info;
+    ASSERT_TRUE([path getFSCatalogInfo:&info ofBitmap:kFSCatInfoGettableInfo]);
+    EXPECT_EQ(info.dataLogicalSize, 6u);
+    std::memcpy(info.finderInfo, "TEXTttxt\x40", 9);  // invisible
+    ASSERT_TRUE([path setFSCatalogInfo:&info ofBitmap:kFSCatInfoFinderInfo]);
+    EXPECT_EQ(text([at("doc") HFSFileTypeString]) + text([at("doc") HFSCreatorString]), "TEXTttxt");
+    EXPECT_TRUE([at("doc") isInvisible]);
+    EXPECT_EQ([[at("") subfilepaths] count], 0u);
+    HFSUniStr255 fork;
+    FSRef ref;
+    FSIORefNum number = 0;
+    FSGetResourceForkName(&fork);
+    ASSERT_TRUE([path getFSRef:&ref]);
+    ASSERT_EQ(FSOpenFork(&ref, fork.length, fork.unicode, fsRdWrPerm, &number), noErr);
+    EXPECT_EQ(FSWriteFork(number, fsFromStart, 0, 4, "rsrc", nullptr), noErr);
+    EXPECT_EQ(FSCloseFork(number), noErr);
+    EXPECT_EQ([path logicalSize], 10u) << "both forks";
+    EXPECT_EQ([at("") logicalSize], 10u) << "and the companion only once";
+    EXPECT_TRUE([path setLabelColorIndex:3]);
+    EXPECT_EQ([path labelColorIndex] * 256 + [path labelColorValue], 0x30Au);
+    EXPECT_FALSE([at("none") setLabelColorIndex:3] || [at("none") labelColorIndex]);
+    FSSpec spec;
+    ASSERT_TRUE([path getFSSpec:&spec]);
+    EXPECT_EQ(text([NSString stringWithFSSpec:&spec]), text(path));
+    EXPECT_FALSE([at("none") getFSCatalogInfo:&info ofBitmap:kFSCatInfoDataSizes]);
+    EXPECT_EQ(info.dataLogicalSize, 0u);
+    EXPECT_EQ([at("none") HFSFileType], 0u);
+}
+
+TEST(SpecialFolders, AreFoundAndMade)
+{
+    tarvik::Pool pool;
+    EXPECT_TRUE([[NSString stringWithFindFolder:kUserDomain type:kTemporaryFolderType createFolder:YES] existsDirectory]);
+    EXPECT_EQ([NSString stringWithFindFolder:kUserDomain type:0x21212121 createFolder:YES], nil);
+    NSString *own = [NSString stringWithApplicationTemporary];
+    EXPECT_TRUE([own existsDirectory]) << text(own);
+    EXPECT_EQ(text([own stringByDeletingLastPathComponent]), text([NSString stringWithFindFolder:kUserDomain type:kUserTemporaryFolderType createFolder:NO]));
 }
 
 TEST_F(PathStrings, DeepAndUnreadableTrees)

@@ -11,11 +11,13 @@
 /// | 'asup' application support | XDG_DATA_HOME, else .local/share in the home | /usr/local/share |
 /// | 'cusr' current user | the home | none |
 /// | 'pref' preferences | XDG_CONFIG_HOME, else .config in the home | /etc/xdg |
+/// | 'utmp' the user's own temporary items | tmp in XDG_CACHE_HOME, else in .cache in the home | none |
 /// | 'desk' desktop | the DESKTOP folder of user-dirs.dirs, else Desktop in the home | none |
 ///
 /// Folders are those of the XDG Base Directory Specification and of xdg-user-dirs; the home is HOME, else the account's.
 /// Variables that are not absolute paths count as unset. Thread: any.
 #pragma once
+#include <Carbon/Files.h>
 #include <Carbon/MacErrors.h>
 #include <Carbon/MacTypes.h>
 
@@ -36,6 +38,7 @@ enum {
     kCurrentUserFolderType = 0x63757372,         ///< 'cusr'
     kPreferencesFolderType = 0x70726566,         ///< 'pref'
     kDesktopFolderType = 0x6465736B,             ///< 'desk'
+    kUserTemporaryFolderType = 0x75746D70,       ///< 'utmp'
 };
 
 /// The POSIX path of a folder, zero-terminated, without a slash at its end. With `createFolder` a missing folder is made,
@@ -43,6 +46,8 @@ enum {
 /// fnfErr: no such type in this domain, or the folder is missing and not to be made; bdNamErr: the path does not fit;
 /// paramErr: a null or empty buffer; permErr, ioErr: it can't be made. The buffer holds an empty text after a failure.
 OSErr FSFindFolderPath(SInt16 domain, OSType folderType, Boolean createFolder, char *path, UInt32 size);
+/// The same as a reference.
+OSErr FSFindFolder(SInt16 domain, OSType folderType, Boolean createFolder, FSRef *foundRef);
 
 #ifdef __cplusplus
 }
