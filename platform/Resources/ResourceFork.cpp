@@ -37,7 +37,7 @@ private:
     std::string_view bytes_;
 };
 
-void append(std::string &out, uint32_t value, size_t width)
+void append(std::string &out, uint64_t value, size_t width)
 {
     while (width-- > 0)
         out += char(value >> (8 * width));

@@ -250,8 +250,8 @@ TEST(Catalog, ReadAndSet)
     EXPECT_EQ(info.volume, topInfo.volume);
     EXPECT_EQ(topInfo.nodeFlags, kFSNodeIsDirectoryMask);
     EXPECT_EQ(topInfo.valence, 1u);
-    EXPECT_EQ(info.accessDate.lowSeconds, 2082844800u);
-    EXPECT_EQ(info.contentModDate.lowSeconds, 3034627200u);
+    EXPECT_EQ(+info.accessDate.lowSeconds, 2082844800u);
+    EXPECT_EQ(+info.contentModDate.lowSeconds, 3034627200u);
     EXPECT_EQ(info.contentModDate.fraction, 0x8000);
 
     info.contentModDate.lowSeconds += 60;
