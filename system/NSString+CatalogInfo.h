@@ -16,7 +16,7 @@
 - (BOOL)getFSCatalogInfo:(FSCatalogInfo *)info ofBitmap:(FSCatalogInfoBitmap)bitmap;
 - (BOOL)setFSCatalogInfo:(const FSCatalogInfo *)info ofBitmap:(FSCatalogInfoBitmap)bitmap;
 
-/// A spec that leads nowhere leaves the receiver uninitialised and is no nil; callers rely on it.
+/// An FSSpec that leads nowhere leaves the receiver uninitialised and is no nil; callers rely on it.
 - (id)initWithFSSpec:(const FSSpec *)spec;
 + (id)stringWithFSSpec:(const FSSpec *)spec;
 - (BOOL)getFSSpec:(FSSpec *)spec;
