@@ -1,5 +1,5 @@
 #import <AppKit/AppKit.h>
-#import <Tarvik/ui/NSResponder+Logging.h>
+#import <Tarvik/TarvikUI.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -34,4 +34,22 @@ TEST(Responder, LogsTheChainFromTheReceiverOn)
     const size_t one = log.find("middle\n"), two = log.find("last %d\n");
     EXPECT_TRUE(banner < one && one < two && two != std::string::npos) << log;
     EXPECT_EQ(log.find("first"), std::string::npos) << log;
+}
+
+TEST(Responder, IsPutBehindAnother)
+{
+    NamedResponder *last = [[[NamedResponder alloc] initWithName:@"last" next:nil] autorelease];
+    NamedResponder *first = [[[NamedResponder alloc] initWithName:@"first" next:last] autorelease];
+    NamedResponder *between = [[[NamedResponder alloc] initWithName:@"between" next:nil] autorelease];
+    [first insertNextResponder:nil];
+    [first insertNextResponder:last];
+    EXPECT_EQ([first nextResponder], last);
+    EXPECT_EQ([last nextResponder], nil);
+    for (int times = 0; times < 2; ++times)
+        [first insertNextResponder:between];
+    EXPECT_EQ([first nextResponder], between);
+    EXPECT_EQ([between nextResponder], last);
+    [last insertNextResponder:[[[NamedResponder alloc] initWithName:@"end" next:between] autorelease]];
+    EXPECT_EQ([[last nextResponder] nextResponder], between);  // its own next one stays where there was none
+    [last setNextResponder:nil];
 }

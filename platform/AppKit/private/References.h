@@ -1,0 +1,62 @@
+// What the toolbox keeps of an AppKit object, and hands out as an opaque reference: made when it is first asked for, and
+// forgotten when the object is deallocated. Main thread.
+#pragma once
+#import <Foundation/NSObject.h>
+#include <objc/runtime.h>
+
+#include <memory>
+#include <unordered_map>
+
+template <class Record>
+class References {
+public:
+    /// `Record::base()` is the class of the objects; a Record is made of one of them.
+    static References &shared()
+    {
+        static References references;
+        return references;
+    }
+    /// Null for nil.
+    Record *of(id object)
+    {
+        if (!object)
+            return nullptr;
+        std::unique_ptr<Record> &record = records_[object];
+        if (!record) {
+            record.reset(new Record(object));
+            objects_[record.get()] = object;
+        }
+        return record.get();
+    }
+    /// The record when the reference is known, otherwise null.
+    Record *known(const Record *reference) const
+    {
+        return objects_.count(reference) ? const_cast<Record *>(reference) : nullptr;
+    }
+    void forget(id object)
+    {
+        const auto found = records_.find(object);
+        if (found == records_.end())
+            return;
+        objects_.erase(found->second.get());
+        const std::unique_ptr<Record> record = std::move(found->second);  // outlives the entries: its end may come back here
+        records_.erase(found);
+    }
+
+private:
+    // AppKit does not tell when an object goes, so its dealloc does.
+    References()
+    {
+        Method dealloc = class_getInstanceMethod(Record::base(), @selector(dealloc));
+        original_ = method_setImplementation(dealloc, reinterpret_cast<IMP>(reinterpret_cast<void (*)()>(forgetAndDealloc)));
+    }
+    static void forgetAndDealloc(id self, SEL command)
+    {
+        shared().forget(self);
+        reinterpret_cast<void (*)(id, SEL)>(reinterpret_cast<void (*)()>(shared().original_))(self, command);
+    }
+
+    std::unordered_map<id, std::unique_ptr<Record>> records_;
+    std::unordered_map<const Record *, id> objects_;
+    IMP original_ = nullptr;
+};
