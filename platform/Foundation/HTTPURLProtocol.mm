@@ -7,10 +7,10 @@
 ///   time limits   timeoutInterval is the longest time without progress, from the look-up of the name on
 ///   TLS           the chain is verified against the system's store, and the host name
 ///   proxies       the system's settings (SystemConfiguration/ProxySettings.h)
-///   redirects     resolved against the URL, offered to the client, followed to http and https only, 20 at
-///   most bodies        streamed as they arrive; a body that is cut short is a failure; gzip and deflate are
-///   undone caching       the request's policy over the shared NSURLCache (HTTPCaching.h) challenges    Basic
-///   and Digest, through the client
+///   redirects     resolved against the URL, offered to the client, followed to http and https only, 20 at most
+///   bodies        streamed as they arrive; a body that is cut short is a failure; gzip and deflate are undone
+///   caching       the request's policy over the shared NSURLCache (HTTPCaching.h)
+///   challenges    Basic and Digest, through the client
 ///
 /// As on the platform, the connection stays alive until its exchange has ended or is cancelled.
 

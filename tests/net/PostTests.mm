@@ -1,13 +1,16 @@
 // A body sent and its answer taken: by the platform's URL loading and by the external client.
 #include "../support/LocalServer.h"
 #include "../support/Namespace.h"
+#include "../support/Program.h"
 #import <Foundation/Foundation.h>
 #include <Carbon/Gestalt.h>
 #include <Tarvik/net/CommunicationLibrary.h>
 #import <Tarvik/net/MyUrlConnection.h>
 #include <Tarvik/support/Bridge.h>
 #include <arpa/inet.h>
+#include <Tarvik/support/Pool.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -39,6 +42,27 @@ TEST(MyUrlConnection, AnswersTheBytesOrNil)
         EXPECT_EQ([[connection valueForKey:@"m_timeout"] intValue], 60);
         EXPECT_FALSE([connection isTransferDone]);
     }
+}
+
+TEST(MyUrlConnection, AThousandTransfersLeaveNothing)
+{
+    const LocalServer server;
+    const auto transfer = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            tarvik::Pool pool;
+            ASSERT_EQ([get(server.url(i % 10 ? "/bytes/5000" : "/reset"), 10) length], i % 10 ? 5000u : 0u) << i;
+        }
+    };
+    transfer(20);
+    const size_t descriptors = openDescriptors();
+    const size_t bytes = mallinfo2().uordblks;
+    transfer(1000);
+    EXPECT_EQ(openDescriptors(), descriptors);
+#ifndef __SANITIZE_ADDRESS__
+    EXPECT_LT(mallinfo2().uordblks, bytes + 100'000) << "a hundred bytes a transfer";
+#else
+    (void)bytes;
+#endif
 }
 
 /// A name server that takes every question and answers none, for this process. -1 where it can't be had.

@@ -47,7 +47,7 @@ TEST(URLLoading, RequestsGoOutAsAsked)
 
     const Transfer head = run({.url = server.url("/bytes/5"), .method = "HEAD"});
     EXPECT_EQ(head.body, "");
-    EXPECT_EQ([head.response expectedContentLength], 5);
+    EXPECT_EQ([head.response.get() expectedContentLength], 5);
 
     // What would smuggle a second header or request never leaves.
     EXPECT_EQ(run({.url = server.url("/echo"), .headers = {{"X-A", "1\r\nX-B: 2"}}}).error, NSURLErrorBadURL);
@@ -66,8 +66,8 @@ TEST(URLLoading, BodiesArriveWhole)
     EXPECT_GT(run({.url = server.url("/drip/20")}).chunks, 1) << "as they come (some together on a busy machine)";
     const Transfer multi = run({.url = server.url("/multi")});
     EXPECT_EQ(multi.field("X-Multi"), "a, b");
-    EXPECT_STREQ([[multi.response MIMEType] UTF8String], "text/html");
-    EXPECT_STREQ([[multi.response textEncodingName] UTF8String], "iso-8859-1");
+    EXPECT_STREQ([[multi.response.get() MIMEType] UTF8String], "text/html");
+    EXPECT_STREQ([[multi.response.get() textEncodingName] UTF8String], "iso-8859-1");
     EXPECT_EQ(run({.url = server.url("/status/404")}).status, 404);
     EXPECT_EQ(run({.url = server.url("/status/204")}).error, 0);
 }

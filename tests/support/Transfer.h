@@ -1,6 +1,7 @@
 // One load by NSURLConnection, waited for, with everything that its delegate was told.
 #pragma once
 #import <Foundation/Foundation.h>
+#include <Tarvik/support/Retained.h>
 
 #include <functional>
 #include <string>
@@ -13,7 +14,7 @@ struct Transfer {
     std::string body;
     NSInteger error = 0;  // NSURLErrorDomain
     double seconds = 0;
-    NSHTTPURLResponse *response = nil;  // autoreleased
+    tarvik::Retained<NSHTTPURLResponse *> response;
 
     // The field of the response; empty when absent.
     std::string field(const char *name) const;

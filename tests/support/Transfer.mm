@@ -14,8 +14,8 @@
 - (void)connection:(NSURLConnection *)connection didReceiveResponse:(NSURLResponse *)response
 {
     (void)connection;
-    _transfer->response = [[(NSHTTPURLResponse *)response retain] autorelease];
-    _transfer->status = int([_transfer->response statusCode]);
+    _transfer->response = tarvik::retain((NSHTTPURLResponse *)response);
+    _transfer->status = int([(NSHTTPURLResponse *)response statusCode]);
 }
 
 - (void)connection:(NSURLConnection *)connection didReceiveData:(NSData *)data
@@ -72,7 +72,7 @@
 
 std::string Transfer::field(const char *name) const
 {
-    NSString *value = [[response allHeaderFields] objectForKey:[NSString stringWithUTF8String:name]];
+    NSString *value = [[response.get() allHeaderFields] objectForKey:[NSString stringWithUTF8String:name]];
     return value ? [value UTF8String] : "";
 }
 
