@@ -4,6 +4,7 @@
 #import <Tarvik/Tarvik.h>
 #import <Tarvik/support/Bridge.h>
 #import <Tarvik/support/Pool.h>
+#include <bench/FileTree.h>
 #include <benchmark/benchmark.h>
 #include <tests/support/TemporaryFolder.h>
 
@@ -19,32 +20,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kFolders = 2000, kFilesInFolder = 50;
-
-/// Made once, gone with the process.
-const std::string &tree()
-{
-    static const TemporaryFolder folder;
-    static const std::string root = [] {
-        const fs::path top = fs::canonical(folder.path()) / "tree";
-        for (int i = 0; i < kFolders; ++i) {
-            const fs::path place = top / std::to_string(i % 40) / ("folder " + std::to_string(i));
-            fs::create_directories(place);
-            for (int j = 0; j < kFilesInFolder; ++j)
-                close(open((place / ("file number " + std::to_string(j) + ".txt")).c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
-        }
-        return top.native();
-    }();
-    return root;
-}
-
 NSString *text(const std::string &path) { return tarvik::nsstring(path); }
 
 void listFilesByTarvik(benchmark::State &state)
 {
+    const tarvik::Pool kept;
+    NSString *const root = text(fileTree());  // made before the clock runs
     for (auto _ : state) {
         tarvik::Pool pool;
-        if ([[text(tree()) subfilepaths] count] != kFolders * kFilesInFolder)
+        if ([[root subfilepaths] count] != kTreeFiles)
             state.SkipWithError("files are missing");
     }
 }
@@ -53,13 +37,13 @@ BENCHMARK(listFilesByTarvik)->Name("tree/subfilepaths, 100,000 files:tarvik")->U
 void listFilesByFts(benchmark::State &state)
 {
     for (auto _ : state) {
-        char *roots[] = {const_cast<char *>(tree().c_str()), nullptr};
+        char *roots[] = {const_cast<char *>(fileTree().c_str()), nullptr};
         FTS *walk = fts_open(roots, FTS_PHYSICAL | FTS_NOSTAT | FTS_NOCHDIR, nullptr);
         size_t count = 0;
         while (const FTSENT *entry = fts_read(walk))
             count += entry->fts_info == FTS_NSOK || entry->fts_info == FTS_F;
         fts_close(walk);
-        if (count != kFolders * kFilesInFolder)
+        if (count != kTreeFiles)
             state.SkipWithError("files are missing");
     }
 }
@@ -69,7 +53,7 @@ void listByTarvik(benchmark::State &state)
 {
     for (auto _ : state) {
         tarvik::Pool pool;
-        benchmark::DoNotOptimize([[[NSFileManager defaultManager] subpathsAtPath:text(tree())] count]);
+        benchmark::DoNotOptimize([[[NSFileManager defaultManager] subpathsAtPath:text(fileTree())] count]);
     }
 }
 BENCHMARK(listByTarvik)->Name("tree/subpathsAtPath, 100,000 files:tarvik")->Unit(benchmark::kMillisecond);
@@ -79,7 +63,7 @@ void listByGNUstep(benchmark::State &state)
 {
     for (auto _ : state) {
         tarvik::Pool pool;
-        NSDirectoryEnumerator *all = [[NSFileManager defaultManager] enumeratorAtPath:text(tree())];
+        NSDirectoryEnumerator *all = [[NSFileManager defaultManager] enumeratorAtPath:text(fileTree())];
         NSMutableArray *paths = [NSMutableArray array];
         while (NSString *path = [all nextObject])
             [paths addObject:path];
@@ -92,7 +76,7 @@ void sizeByTarvik(benchmark::State &state)
 {
     for (auto _ : state) {
         tarvik::Pool pool;
-        benchmark::DoNotOptimize([text(tree()) logicalSize]);
+        benchmark::DoNotOptimize([text(fileTree()) logicalSize]);
     }
 }
 BENCHMARK(sizeByTarvik)->Name("tree/logicalSize, 100,000 files:tarvik")->Unit(benchmark::kMillisecond);
@@ -102,7 +86,7 @@ void sizeByNftw(benchmark::State &state)
 {
     for (auto _ : state) {
         total = 0;
-        nftw(tree().c_str(), [](const char *, const struct stat *about, int kind, FTW *) { return total += kind == FTW_F ? uint64_t(about->st_size) : 0, 0; }, 20, FTW_PHYS);
+        nftw(fileTree().c_str(), [](const char *, const struct stat *about, int kind, FTW *) { return total += kind == FTW_F ? uint64_t(about->st_size) : 0, 0; }, 20, FTW_PHYS);
         benchmark::DoNotOptimize(total);
     }
 }

@@ -1,70 +1,22 @@
 #include "platform/Files/private/TreeWalk.h"
 
 #include "platform/Files/private/Errors.h"
+#include "platform/Files/private/Listing.h"
 
 #include <Tarvik/support/Handle.h>
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-#include <memory>
 #include <unordered_set>
-#include <vector>
 
 namespace tarvik::files {
 
 namespace {
 
-constexpr size_t kListingRoom = 1 << 15;
 constexpr unsigned kOpenFolders = 128;  // deeper ones are opened by their whole path, so that no tree takes up all descriptors
-
-/// What getdents64 writes.
-struct Entry {
-    uint64_t inode;
-    int64_t offset;
-    unsigned short length;
-    unsigned char kind;
-    char name[];
-};
-
-/// A folder's whole listing, so that nothing is open that need not be while what lies below is visited.
-class Listing {
-public:
-    explicit Listing(int descriptor)
-    {
-        for (;;) {
-            auto room = std::make_unique_for_overwrite<char[]>(kListingRoom);
-            const long count = syscall(SYS_getdents64, descriptor, room.get(), kListingRoom);
-            if (count <= 0)
-                return;
-            pieces_.push_back({std::move(room), size_t(count)});
-        }
-    }
-
-    template <class Each>
-    void each(Each &&each) const
-    {
-        for (const Piece &piece : pieces_)
-            for (size_t at = 0; at < piece.length;) {
-                const auto *entry = reinterpret_cast<const Entry *>(piece.bytes.get() + at);
-                at += entry->length;
-                const char *name = entry->name;
-                if (name[0] != '.' || (name[1] && (name[1] != '.' || name[2])))
-                    each(*entry);
-            }
-    }
-
-private:
-    struct Piece {
-        std::unique_ptr<char[]> bytes;
-        size_t length;
-    };
-    std::vector<Piece> pieces_;
-};
 
 bool isCompanionName(const char *name) { return name[0] == '.' && name[1] == '_' && name[2]; }
 
