@@ -161,19 +161,28 @@ bool unpackField(uint16_t tag, std::string_view bytes, AliasContents &contents)
 
 uint32_t fieldsSum(std::string_view fields)
 {
-    static const auto table = [] {
-        std::array<uint32_t, 256> made;
+    // tables[k][b]: what a byte b does to the sum when k zero bytes follow it. Four bytes are taken at a time.
+    static constexpr auto tables = [] {
+        std::array<std::array<uint32_t, 256>, 4> made{};
         for (uint32_t i = 0; i < 256; ++i) {
             uint32_t value = i;
             for (int bit = 0; bit < 8; ++bit)
                 value = value & 1 ? value >> 1 ^ 0xEDB88320 : value >> 1;
-            made[i] = value;
+            made[0][i] = value;
         }
+        for (size_t k = 1; k < made.size(); ++k)
+            for (uint32_t i = 0; i < 256; ++i)
+                made[k][i] = made[0][made[k - 1][i] & 0xFF] ^ made[k - 1][i] >> 8;
         return made;
     }();
+    const auto byte = [&](size_t i) { return uint32_t(static_cast<unsigned char>(fields[i])); };
     uint32_t value = ~0u;
-    for (unsigned char byte : fields)
-        value = table[(value ^ byte) & 0xFF] ^ value >> 8;
+    for (; fields.size() >= 4; fields.remove_prefix(4)) {
+        value ^= byte(0) | byte(1) << 8 | byte(2) << 16 | byte(3) << 24;
+        value = tables[3][value & 0xFF] ^ tables[2][value >> 8 & 0xFF] ^ tables[1][value >> 16 & 0xFF] ^ tables[0][value >> 24];
+    }
+    for (size_t i = 0; i < fields.size(); ++i)
+        value = tables[0][(value ^ byte(i)) & 0xFF] ^ value >> 8;
     return ~value;
 }
 

@@ -109,6 +109,7 @@ public:
     }
 
     const std::string &path() const { return path_; }
+    const Status &about() const { return about_; }
     bool isWanted() const { return wanted_.item.inode && ItemIdentity::of(about_) == wanted_.item; }
 
 private:
@@ -330,14 +331,12 @@ OSErr describe(const std::string &path, const std::string &startingFile, bool mi
     return noErr;
 }
 
-OSErr find(const AliasContents &contents, const std::string &startingFile, Order order, std::string &path, bool &changed)
+OSErr find(const AliasContents &contents, const std::string &startingFile, Order order, Target &target)
 {
     Search search(contents);
     const OSErr error = search.run(startingFile, order);
-    if (error == noErr) {
-        path = search.path();
-        changed = path != contents.path || !search.isWanted();
-    }
+    if (error == noErr)
+        target = {search.path(), search.about(), search.path() != contents.path || !search.isWanted()};
     return error;
 }
 

@@ -1,5 +1,6 @@
 #include "platform/Aliases/private/AliasSearch.h"
 #include "platform/Aliases/private/ReferencePath.h"
+#include "platform/Files/private/References.h"
 
 #include <Carbon/Aliases.h>
 
@@ -113,17 +114,17 @@ OSErr FSResolveAliasWithMountFlags(const FSRef *fromFile, AliasHandle inAlias, F
         const auto contents = decode(bytesOf(inAlias));
         if (!contents)
             return OSErr(paramErr);
-        std::string start, path;
-        bool changed = false;
+        std::string start;
+        Target found;
         OSErr error = pathOf(fromFile, start);
         if (!error)
-            error = find(*contents, start, mountFlags & kResolveAliasTryFileIDFirst ? Order::IdentityFirst : Order::PathFirst, path, changed);
+            error = find(*contents, start, mountFlags & kResolveAliasTryFileIDFirst ? Order::IdentityFirst : Order::PathFirst, found);
         if (!error)
-            error = referenceTo(path, target);
-        if (error || !changed)
+            error = tarvik::files::makeReference(found.path, found.about, target);
+        if (error || !found.changed)
             return error;
         AliasContents renewed;
-        if (tarvik::aliases::describe(path, start, contents->parent.inode == 0, renewed) == noErr) {
+        if (tarvik::aliases::describe(found.path, start, contents->parent.inode == 0, renewed) == noErr) {
             if (start.empty())
                 renewed.relativePath = contents->relativePath;
             *wasChanged = store(renewed, (*inAlias)->userType, inAlias) == noErr;

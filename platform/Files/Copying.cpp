@@ -58,12 +58,13 @@ int copyBytes(int from, uint64_t fromOffset, int to, uint64_t toOffset, uint64_t
 
 int copyFile(int from, int to)
 {
-    struct stat source;
-    if (fstat(from, &source) != 0)
+    struct stat source, target;
+    if (fstat(from, &source) != 0 || fstat(to, &target) != 0)
         return errno;
     if (ioctl(to, FICLONE, from) == 0)
         return ftruncate(to, source.st_size) == 0 ? 0 : errno;
-    if (ftruncate(to, 0) != 0 || ftruncate(to, source.st_size) != 0)
+    // What is empty is not emptied: ext4 takes that for a file's replacement, and writes all of it out when the file is closed.
+    if ((target.st_size > 0 && ftruncate(to, 0) != 0) || ftruncate(to, source.st_size) != 0)
         return errno;
     for (off_t at = 0; at < source.st_size;) {
         off_t data = lseek(from, at, SEEK_DATA), hole = source.st_size;

@@ -31,7 +31,10 @@ using Clock = std::chrono::steady_clock;
 constexpr auto kFresh = std::chrono::milliseconds(100);  // how long a folder's path is taken to name the same folder
 constexpr auto kSearchPause = std::chrono::seconds(1);   // before a vain search is made again
 constexpr size_t kDescriptors = 256;
-constexpr size_t kFolderPaths = 256;
+// A file that is held keeps its room on the disk when it is deleted: large ones are not held, and all are looked at once in a while.
+constexpr uint64_t kLargestHeld = 16 << 20;
+constexpr auto kSweepPause = std::chrono::seconds(1);
+constexpr size_t kRecentPaths = 256;
 constexpr size_t kSearchedEntries = 100000;
 constexpr size_t kDepth = PATH_MAX / 2;
 constexpr uint32_t kSignature = 0x46535266;  // 'FSRf': a reference, and not memory that happens to lie there
@@ -146,6 +149,7 @@ public:
             enter(number);
         } else {
             place(nodes_[number], folder, name);
+            nodes_[number].isGone = false;  // without times of birth, a new item may have a deleted one's identity
         }
         return number;
     }
@@ -308,6 +312,27 @@ public:
             places_.erase(known);
         }
     }
+    bool holds(uint32_t node)
+    {
+        std::lock_guard lock(lock_);
+        return places_.contains(node);
+    }
+    /// Lets go of what has been deleted, once in a while; which items those were.
+    std::vector<uint32_t> dropDeleted()
+    {
+        std::vector<uint32_t> deleted;
+        std::lock_guard lock(lock_);
+        if (Clock::now() - swept_ < kSweepPause)
+            return deleted;
+        swept_ = Clock::now();
+        for (Kept &kept : kept_)
+            if (struct statx item; kept.descriptor && status(kept.descriptor.get(), "", item) == 0 && item.stx_nlink == 0) {
+                kept.descriptor.reset();
+                places_.erase(kept.node);
+                deleted.push_back(kept.node);
+            }
+        return deleted;
+    }
     enum class State { unknown, deleted, here };
     State follow(uint32_t node, std::string &path)
     {
@@ -337,10 +362,11 @@ private:
     std::array<Kept, kDescriptors> kept_;
     std::unordered_map<uint32_t, size_t> places_;
     size_t next_ = 0;
+    Clock::time_point swept_ = Clock::now();
 };
 
-/// The nodes of the folders that were met last, by path.
-class FolderPaths {
+/// The nodes of the items that were met last, by path (absolute, without links).
+class RecentPaths {
 public:
     std::optional<uint32_t> find(const std::string &path)
     {
@@ -353,7 +379,7 @@ public:
     void add(const std::string &path, uint32_t node)
     {
         std::lock_guard lock(lock_);
-        if (nodes_.size() >= kFolderPaths)
+        if (nodes_.size() >= kRecentPaths)
             nodes_.clear();
         nodes_[path] = {node, Clock::now()};
     }
@@ -405,9 +431,14 @@ Descriptors &descriptors()
     static Descriptors &all = *new Descriptors;
     return all;
 }
-FolderPaths &folderPaths()
+RecentPaths &folderPaths()
 {
-    static FolderPaths &all = *new FolderPaths;
+    static RecentPaths &all = *new RecentPaths;
+    return all;
+}
+RecentPaths &itemPaths()
+{
+    static RecentPaths &all = *new RecentPaths;
     return all;
 }
 VainSearches &vainSearches()
@@ -487,6 +518,12 @@ private:
     struct statx found_;
 };
 
+void sweepDescriptors()
+{
+    for (const uint32_t node : descriptors().dropDeleted())
+        table().setGone(node);
+}
+
 bool settle(uint32_t node, const std::string &path)
 {
     const uint32_t folder = path == "/" ? kNone : folderNode(folderOf(path));
@@ -551,6 +588,22 @@ OSErr locateNode(uint32_t node, std::string &path, struct statx &found, size_t d
     return noErr;
 }
 
+/// Notes an item at a path, and makes its reference.
+OSErr enter(const std::string &path, const struct statx &item, uint32_t &node, FSRef *ref)
+{
+    const bool isTop = path == "/";
+    const uint32_t folder = isTop ? kNone : folderNode(folderOf(path));
+    if (!isTop && folder == kNone)
+        return fnfErr;
+    const bool isLinked = item.stx_nlink > 1 && !S_ISDIR(item.stx_mode);
+    const Identity identity = identityOf(item);
+    node = table().add(identity, isLinked, folder, nameOf(path));
+    const Contents made{kSignature, node, identity};
+    std::memset(ref, 0, sizeof *ref);
+    std::memcpy(ref, &made, sizeof made);
+    return noErr;
+}
+
 OSErr contents(const FSRef *ref, Contents &copy)
 {
     if (!ref)
@@ -578,25 +631,33 @@ std::string joined(const std::string &folder, const std::string &name) { return 
 
 OSErr makeReference(const std::string &path, Leaf leaf, FSRef *ref, struct statx *found)
 {
+    sweepDescriptors();
     Found item;
     struct statx itemStatus;
     if (const int error = find(path, leaf, item); error != 0)
         return fileError(error);
     if (const int error = status(item.descriptor.get(), "", itemStatus); error != 0)
         return fileError(error);
-    const bool isTop = item.path == "/";
-    const uint32_t folder = isTop ? kNone : folderNode(folderOf(item.path));
-    if (!isTop && folder == kNone)
-        return fnfErr;
-    const bool isLinked = itemStatus.stx_nlink > 1 && !S_ISDIR(itemStatus.stx_mode);
-    const Contents made{kSignature, table().add(identityOf(itemStatus), isLinked, folder, nameOf(item.path)), identityOf(itemStatus)};
-    std::memset(ref, 0, sizeof *ref);
-    std::memcpy(ref, &made, sizeof made);
-    if (isLasting(made.item.device))
-        descriptors().keep(made.node, std::move(item.descriptor));
+    uint32_t node;
+    if (const OSErr error = enter(item.path, itemStatus, node, ref); error != noErr)
+        return error;
+    if (isLasting(identityOf(itemStatus).device) && itemStatus.stx_size <= kLargestHeld) {
+        descriptors().keep(node, std::move(item.descriptor));
+        itemPaths().add(item.path, node);
+    }
     if (found)
         *found = itemStatus;
     return noErr;
+}
+
+OSErr makeReference(const std::string &path, const struct statx &item, FSRef *ref)
+{
+    // Its descriptor is there, and a moment ago there was no link on the way.
+    const auto known = itemPaths().find(path);
+    uint32_t node;
+    if (known && descriptors().holds(*known) && table().holds(*known, identityOf(item)))
+        return enter(path, item, node, ref);
+    return makeReference(path, Leaf::asIs, ref);
 }
 
 OSErr locate(const FSRef *ref, std::string &path, struct statx *found)
@@ -606,6 +667,7 @@ OSErr locate(const FSRef *ref, std::string &path, struct statx *found)
         return error;
     if (!table().holds(copy.node, copy.item))
         return fnfErr;  // made by another process
+    sweepDescriptors();
     struct statx item;
     const OSErr error = locateNode(copy.node, path, item, kDepth);
     if (error == noErr && found)

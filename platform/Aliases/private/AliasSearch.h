@@ -3,6 +3,7 @@
 #include "platform/Aliases/private/AliasContents.h"
 
 #include <Carbon/MacTypes.h>
+#include <sys/stat.h>
 
 namespace tarvik::aliases {
 
@@ -12,7 +13,12 @@ OSErr describe(const std::string &path, const std::string &startingFile, bool mi
 /// How to look: what the record says comes first, or the item's identity.
 enum class Order { PathFirst, IdentityFirst };
 
-/// The path of the target; `changed` says whether another place, or another item at the same one, was found.
-OSErr find(const AliasContents &contents, const std::string &startingFile, Order order, std::string &path, bool &changed);
+/// Where the target is, and what it is. `changed`: another place, or another item at the same one, was found.
+struct Target {
+    std::string path;
+    struct statx about;
+    bool changed = false;
+};
+OSErr find(const AliasContents &contents, const std::string &startingFile, Order order, Target &target);
 
 }  // namespace tarvik::aliases

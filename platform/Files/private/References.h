@@ -10,7 +10,8 @@
 ///   3. a search of the folders around that one, up to a limit, not repeated within a second.
 ///
 /// Descriptors are kept for the volumes of "/", the home and the temporary folder only: one would keep another volume from
-/// being unmounted.
+/// being unmounted. They are not kept of files above 16 MiB, and those of deleted items are closed by whatever is asked a
+/// second later: one keeps the file's room on the disk taken.
 #pragma once
 #include <Carbon/Files.h>
 #include <sys/stat.h>
@@ -35,6 +36,8 @@ enum class Leaf { follow, asIs };
 
 /// A reference to what stands at the path.
 OSErr makeReference(const std::string &path, Leaf leaf, FSRef *ref, struct statx *found = nullptr);
+/// The same of an item that was just looked at there (kind, inode, links, time of birth); the path is absolute and plain.
+OSErr makeReference(const std::string &path, const struct statx &item, FSRef *ref);
 /// Where the item is now, and what it is.
 OSErr locate(const FSRef *ref, std::string &path, struct statx *found = nullptr);
 /// The identity alone, without a look at the file system.
