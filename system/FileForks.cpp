@@ -50,6 +50,37 @@ bool renewFork(const FSRef *file, const HFSUniStr255 *name)
     return FSCreateFork(file, name->length, name->unicode) == noErr;
 }
 
+/// A new copy: writable and unlocked while its forks are written, and with its original's dates in the end.
+class CopyInProgress {
+public:
+    CopyInProgress(const FSRef *source, const FSRef *copy) : copy_(copy)
+    {
+        isKnown_ = FSGetCatalogInfo(source, kKept, &info_, nullptr, nullptr, nullptr) == noErr;
+        const bool isProtected = info_.nodeFlags & kFSNodeLockedMask || !(info_.permissions.mode & kOwnerMayWrite);
+        if (!isKnown_ || !isProtected)
+            return;
+        FSCatalogInfo open = info_;
+        open.nodeFlags = 0;
+        open.permissions.mode |= kOwnerMayWrite;
+        FSSetCatalogInfo(copy_, kFSCatInfoNodeFlags | kFSCatInfoPermissions, &open);
+    }
+    ~CopyInProgress()
+    {
+        if (isKnown_)
+            FSSetCatalogInfo(copy_, kKept, &info_);
+    }
+    CopyInProgress(const CopyInProgress &) = delete;
+    CopyInProgress &operator=(const CopyInProgress &) = delete;
+
+private:
+    static constexpr UInt16 kOwnerMayWrite = 0200;
+    static constexpr FSCatalogInfoBitmap kKept = kFSCatInfoNodeFlags | kFSCatInfoPermissions | kFSCatInfoContentMod | kFSCatInfoAccessDate;
+
+    const FSRef *copy_;
+    FSCatalogInfo info_{};
+    bool isKnown_;
+};
+
 constexpr UInt32 kMachOMagics[] = {0xCAFEBABE, 0xBEBAFECA, 0xFEEDFACE, 0xCEFAEDFE, 0xFEEDFACF, 0xCFFAEDFE, 0};
 
 }  // namespace
@@ -125,8 +156,12 @@ Boolean FSCopyFile(const FSRef *source, const FSRef *folder, CFStringRef name, F
     }
     if (!FSCreateFile(folder, name, source, &file))
         return false;
-    const bool hasData = FSCopyFileFork(source, &file, &dataFork);
-    const bool hasResources = FSCopyFileFork(source, &file, &resourceFork);
+    bool hasData, hasResources;
+    {
+        const CopyInProgress unprotected(source, &file);
+        hasData = FSCopyFileFork(source, &file, &dataFork);
+        hasResources = FSCopyFileFork(source, &file, &resourceFork);
+    }
     if (copy)
         *copy = file;
     return hasData && hasResources;

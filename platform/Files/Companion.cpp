@@ -221,7 +221,51 @@ OSErr Companion::replace(const std::string &item, const struct statx &itemStatus
 bool hasCompanion(const std::string &item)
 {
     Companion companion;
-    return Companion::open(item, companion) == noErr && (companion.state() == Companion::State::good || companion.state() == Companion::State::broken);
+    return Companion::open(item, companion) == noErr &&
+           (companion.state() == Companion::State::good || companion.state() == Companion::State::broken);
+}
+
+OSErr CarriedCompanion::mayGoTo(const std::string &newItem) const
+{
+    if (!exists_)
+        return noErr;
+    if (companionPath(newItem).empty())
+        return errFSNameTooLong;
+    Companion there;
+    const OSErr error = Companion::open(newItem, there);
+    return error == noErr && there.writable() != noErr ? OSErr(dupFNErr) : error;
+}
+
+OSErr CarriedCompanion::copyTo(const std::string &newItem) const
+{
+    if (!exists_)
+        return noErr;
+    const FileDescriptor source(::open(companionPath(item_).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    struct statx about;
+    if (!source || status(source.get(), "", about) != 0)
+        return fileError(errno);
+    NewFile copy(companionPath(newItem));
+    if (!copy)
+        return fileError(errno);
+    if (const int error = copyFile(source.get(), copy.descriptor()); error != 0)
+        return fileError(error);
+    fchmod(copy.descriptor(), about.stx_mode & 0777);
+    return copy.replaceTarget() ? OSErr(noErr) : fileError(errno);
+}
+
+OSErr CarriedCompanion::moveTo(const std::string &newItem) const
+{
+    if (!exists_ || rename(companionPath(item_).c_str(), companionPath(newItem).c_str()) == 0)
+        return noErr;
+    if (errno != EXDEV)
+        return fileError(errno);
+    const OSErr error = copyTo(newItem);
+    return error == noErr ? remove() : error;
+}
+
+OSErr CarriedCompanion::remove() const
+{
+    return !exists_ || unlink(companionPath(item_).c_str()) == 0 || errno == ENOENT ? OSErr(noErr) : fileError(errno);
 }
 
 }  // namespace tarvik::files

@@ -127,14 +127,12 @@ OSErr FSDeleteObject(const FSRef *ref)
         return error;
     if (item.stx_attributes & STATX_ATTR_IMMUTABLE)
         return fLckdErr;
-    const bool carries = hasCompanion(path);
+    const CarriedCompanion companion(path);
     // The item first: a companion without its item does no harm, an item without its companion has lost something.
     if ((S_ISDIR(item.stx_mode) ? rmdir(path.c_str()) : unlink(path.c_str())) != 0)
         return errno == EEXIST ? OSErr(fBsyErr) : lastError();
     noteRemoval(ref);
-    if (carries && unlink(companionPath(path).c_str()) != 0 && errno != ENOENT)
-        return lastError();
-    return noErr;
+    return companion.remove();
 }
 
 OSErr FSMoveObject(const FSRef *ref, const FSRef *destDirectory, FSRef *newRef)

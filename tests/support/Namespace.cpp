@@ -3,8 +3,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <linux/capability.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 bool enterPrivateMounts()
@@ -39,4 +41,14 @@ bool mountPrivateDev()
             return false;
     }
     return mount(fresh.c_str(), "/dev", nullptr, MS_MOVE, nullptr) == 0;
+}
+
+bool giveUpRootsAccess()
+{
+    __user_cap_header_struct head = {_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct data[2] = {};
+    if (syscall(SYS_capget, &head, data) != 0)
+        return false;
+    data[0].effective &= ~(1u << CAP_DAC_READ_SEARCH | 1u << CAP_DAC_OVERRIDE);
+    return syscall(SYS_capset, &head, data) == 0;
 }

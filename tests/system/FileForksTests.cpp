@@ -159,6 +159,15 @@ TEST(FileForkFunctions, CopyOfAFile)
     ASSERT_TRUE(FSCopyFile(&plain, &to, text("taken").get(), nullptr));
     EXPECT_FALSE(fs::exists(folder / "to/._taken"));
 
+    // A file that its owner may not write; the copy has its dates.
+    ASSERT_TRUE(giveUpRootsAccess());
+    chmod((folder / "source").c_str(), 0444);
+    fs::last_write_time(folder / "source", fs::file_time_type::clock::now() - std::chrono::hours(1000));
+    ASSERT_TRUE(FSCopyFile(&source, &to, text("protected").get(), &copy));
+    EXPECT_EQ(readFork(copy, kData) + readFork(copy, kResource), "dataresources");
+    EXPECT_EQ(fs::status(folder / "to/protected").permissions(), fs::perms(0444));
+    EXPECT_LT(fs::last_write_time(folder / "source") - fs::last_write_time(folder / "to/protected"), std::chrono::milliseconds(1));
+
     EXPECT_FALSE(FSCopyFile(&plain, &to, text("plain").get(), nullptr));  // onto itself
     EXPECT_EQ(readFork(plain, kData), "data");
     EXPECT_FALSE(FSCopyFile(&to, &to, text("x").get(), nullptr));

@@ -14,6 +14,7 @@
 #include <fstream>
 #include <set>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -95,6 +96,42 @@ TEST_F(PathStrings, AreMadeTestedCopiedAndRemoved)
     EXPECT_FALSE([at("none") createCopyOfPath:at("new/none")]);
     EXPECT_TRUE([at("new") remove]);
     EXPECT_FALSE([at("new") remove] || [at("new") exists]);
+}
+
+TEST_F(PathStrings, CompanionsGoWithWhatIsCopiedMovedAndRemoved)
+{
+    NSFileManager *manager = [NSFileManager defaultManager];
+    make("doc", "x");
+    for (const char *name : {"dir/one", "dir/two", "dir/sub/three"}) {
+        make(name, "x");
+        ASSERT_TRUE([at(name) setLabelColorIndex:5]);
+    }
+    EXPECT_TRUE([at("doc") createCopyOfPath:at("plain")]);
+    EXPECT_FALSE(fs::exists(root_ / "._plain")) << "what has nothing gets nothing";
+    ASSERT_TRUE([at("doc") setLabelColorIndex:3] && [at("dir") setLabelColorIndex:4]);
+
+    EXPECT_TRUE([at("doc") createCopyOfPath:at("new/doc")] && [at("dir") createCopyOfPath:at("new/dir/")]);
+    EXPECT_TRUE([manager moveItemAtPath:at("dir") toPath:at("moved") error:nullptr]);
+    for (const char *place : {"new/dir", "moved"}) {
+        EXPECT_EQ([at(place) labelColorIndex], 4u) << place;
+        EXPECT_EQ([at(place + std::string("/sub/three")) labelColorIndex], 5u) << place;
+    }
+    EXPECT_EQ([at("new/doc") labelColorIndex] + [at("doc") labelColorIndex], 6u);
+    EXPECT_FALSE(fs::exists(root_ / "._dir"));
+    if (enterPrivateMounts() && fs::create_directory(root_ / "elsewhere") && mount("tmpfs", (root_ / "elsewhere").c_str(), "tmpfs", 0, nullptr) == 0) {
+        EXPECT_TRUE([manager moveItemAtPath:at("new/doc") toPath:at("elsewhere/doc") error:nullptr]) << "to another volume";
+        EXPECT_EQ([at("elsewhere/doc") labelColorIndex], 3u);
+        EXPECT_FALSE(fs::exists(root_ / "new/._doc"));
+        umount2((root_ / "elsewhere").c_str(), MNT_DETACH);
+    }
+
+    make("._taken", "foreign");
+    EXPECT_FALSE([at("doc") createCopyOfPath:at("taken")] || [manager moveItemAtPath:at("doc") toPath:at("taken") error:nullptr]);
+    EXPECT_FALSE(fs::exists(root_ / "taken"));
+    EXPECT_EQ(readFile(root_ / "._taken"), "foreign");
+
+    EXPECT_TRUE([at("moved") remove] && [at("doc") remove] && [at("plain") remove] && [at("new/dir") remove]);
+    EXPECT_FALSE(fs::exists(root_ / "._moved") || fs::exists(root_ / "._doc") || fs::exists(root_ / "new/._dir"));
 }
 
 TEST_F(PathStrings, ExceptionsAreLoggedAndAnswered)
@@ -364,6 +401,44 @@ TEST_F(PathStrings, DeepAndUnreadableTrees)
     EXPECT_EQ([[at("") subfilepaths] count], 1u);
     EXPECT_EQ([at("") logicalSize], 4u);
     EXPECT_EQ([[[NSFileManager defaultManager] subpathsAtPath:at("")] count], 301u);
+    fs::remove_all(root_ / "d");
+
+    ASSERT_TRUE(giveUpRootsAccess());
+    for (const char *name : {"open/file", "closed/file", "blind/file"})
+        make(name, "12");
+    fs::permissions(root_ / "closed", fs::perms::none);
+    fs::permissions(root_ / "blind", fs::perms::owner_read);
+    EXPECT_EQ(names([at("") subfilepaths]), (Names{"open/file", "blind/file"}));
+    EXPECT_EQ([at("") logicalSize], 2u) << "what can't be looked at counts as nothing";
+    EXPECT_TRUE([at("closed") isFolder] && ![at("closed/file") exists]);
+    EXPECT_EQ([at("closed/file") aliasData], nil);
+    EXPECT_FALSE([at("closed/file") createCopyOfPath:at("copy")] || [at("closed") remove] || [at("closed/new") createDirectories]);
+    for (const char *name : {"closed", "blind"})
+        fs::permissions(root_ / name, fs::perms::owner_all);
+}
+
+/// A reference, a label and an alias among many, and the walk over all of them; how fast is a matter of the benchmarks.
+TEST_F(PathStrings, LargeTrees)
+{
+    constexpr int kFolders = 500, kFiles = 100000 / kFolders;
+    struct rlimit limit = {64, 64};
+    setrlimit(RLIMIT_NOFILE, &limit);
+    if (!enterPrivateMounts() || mount("tmpfs", root_.c_str(), "tmpfs", 0, "nr_inodes=200k") != 0)
+        GTEST_SKIP() << "no file system in memory for so many files";
+    for (int i = 0; i < kFolders; ++i) {
+        const std::string folder = root_ / std::to_string(i);
+        mkdir(folder.c_str(), 0700);
+        for (int j = 0; j < kFiles; ++j)
+            mknod((folder + "/" + std::to_string(j)).c_str(), S_IFREG | 0600, 0);
+    }
+    make("250/100", "needle");
+    ASSERT_TRUE([at("250/100") setLabelColorIndex:2]);
+    NSData *alias = [at("250/100") aliasData];
+    EXPECT_EQ([[at("") subfilepaths] count], 100000u);
+    EXPECT_EQ([at("") logicalSize], 6u);
+    fs::rename(root_ / "250/100", root_ / "499/needle");
+    EXPECT_EQ(text([NSString stringWithAliasData:alias]), text(at("499/needle")));
+    umount2(root_.c_str(), MNT_DETACH);
 }
 
 }  // namespace

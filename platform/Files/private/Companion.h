@@ -64,4 +64,21 @@ private:
 /// Whether a companion that must go with its item stands there.
 bool hasCompanion(const std::string &item);
 
+/// What happens to an item's companion when the item itself is copied, moved or removed by somebody who knows nothing of companions.
+/// Made before that, so that it can be refused; used after it has succeeded.
+class CarriedCompanion {
+public:
+    explicit CarriedCompanion(const std::string &item) : item_(item), exists_(hasCompanion(item)) {}
+    /// noErr when it may stand beside the item's new place: nothing is there, or the companion of an item that is gone.
+    OSErr mayGoTo(const std::string &newItem) const;
+
+    OSErr copyTo(const std::string &newItem) const;
+    OSErr moveTo(const std::string &newItem) const;
+    OSErr remove() const;
+
+private:
+    std::string item_;
+    bool exists_;
+};
+
 }  // namespace tarvik::files
