@@ -37,7 +37,8 @@ int info(const Arguments &arguments)
     line("executable:  ", CFBundleCopyExecutableURL(bundle.get()));
     line("resources:   ", CFBundleCopyResourcesDirectoryURLAppendingPathComponent(bundle.get(), nullptr, true));
     const tarvik::CFOwned<CFArrayRef> languages(CFBundleCopyBundleLocalizations(bundle.get()));
-    writeOutput("languages:   " + utf8Of([(NSArray *)languages.get() componentsJoinedByString:@" "]) + "\n");
+    NSString *names = [(NSArray *)languages.get() componentsJoinedByString:@" "];
+    writeOutput("languages:   " + ([names length] > 0 ? utf8Of(names) : "none") + "\n");
     return kSuccess;
 }
 

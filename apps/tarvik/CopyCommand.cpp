@@ -1,10 +1,17 @@
 #include "FileItems.h"
 #include "Streams.h"
 
+#include <Carbon/FileTrees.h>
+#include <sys/stat.h>
+
+#include <filesystem>
 #include <memory>
+#include <set>
 
 namespace
 {
+
+namespace fs = std::filesystem;
 
 struct Released {
     void operator()(const void *object) const { CFRelease(object); }
@@ -37,6 +44,113 @@ Target targetOf(std::string path, bool mustBeFolder)
     return {itemAt(folder), std::move(text)};
 }
 
+bool isBelow(const std::string &path, const std::string &folder)
+{
+    return path == folder || path.starts_with(folder == "/" ? folder : folder + "/");
+}
+
+/// Copies items, folders with all they hold. What fails in a folder is told of, and keeps nothing else from being copied.
+class Copier {
+public:
+    explicit Copier(uint64_t total) : progress_("copy", total) {}
+
+    /// Throws Failure.
+    void copy(const std::string &path, const FSRef &source, const FSRef &folder, CFStringRef name)
+    {
+        const FSCatalogInfo info = catalogOf(source, kFSCatInfoGettableInfo, path);
+        FSRef there;
+        if (FSGetChild(&folder, &there, name) && FSCompareFSRefs(&source, &there) == noErr)
+            throw Failure(path + ": is the copy itself");
+        switch (info.permissions.mode & S_IFMT) {
+        case S_IFDIR: return copyFolder(path, source, info, folder, name);
+        case S_IFLNK: return copyLink(path, folder);
+        case S_IFREG: return copyFile(path, source, info, folder, name);
+        default: throw Failure(path + ": is no file, folder or link");
+        }
+    }
+    bool isWhole() const { return isWhole_; }
+
+private:
+    void copyFile(const std::string &path, const FSRef &source, const FSCatalogInfo &info, const FSRef &folder, CFStringRef name)
+    {
+        if (info.dataLogicalSize > UINT32_MAX)
+            throw Failure(path + ": larger than 4 GiB, which a copy of forks does not take (use cp)");
+        if (!FSCopyFile(&source, &folder, name, nullptr))
+            throw Failure(path + (hasReadableResources(source)
+                                      ? ": could not be copied to " + pathOfItem(folder) + " (is it writable, has it room?)"
+                                      : ": the contents alone were copied (the file ._NAME beside it is no sound AppleDouble file)"));
+        progress_.advance(info.dataLogicalSize + info.rsrcLogicalSize);
+    }
+
+    static bool hasReadableResources(const FSRef &source)
+    {
+        HFSUniStr255 fork;
+        FSIORefNum number;
+        FSGetResourceForkName(&fork);
+        return FSOpenFork(&source, fork.length, fork.unicode, fsRdPerm, &number) == noErr && FSCloseFork(number) == noErr;
+    }
+
+    void copyLink(const fs::path &path, const FSRef &folder)
+    {
+        const fs::path copy = pathOfItem(folder) / path.filename();
+        std::error_code error;
+        if (fs::is_symlink(copy))
+            fs::remove(copy, error);
+        fs::copy_symlink(path, copy, error);
+        if (error)
+            throw systemFailure(path, error.value());
+    }
+
+    void copyFolder(const std::string &path, const FSRef &source, const FSCatalogInfo &info, const FSRef &folder, CFStringRef name)
+    {
+        if (isBelow(pathOfItem(folder), pathOfItem(source)))
+            throw Failure(path + ": a folder can't be copied into itself");
+        FSRef copy;
+        const bool isNew = !FSGetChild(&folder, &copy, name);
+        HFSUniStr255 record;
+        CFStringGetHFSUniStr255(name, &record);
+        if (isNew) {
+            const OSErr error =
+                FSCreateDirectoryUnicode(&folder, record.length, record.unicode, kFSCatInfoNone, nullptr, &copy, nullptr, nullptr);
+            if (error != noErr)
+                throw fileFailure(path, error);
+        } else if (!(catalogOf(copy, kFSCatInfoNodeFlags, pathOfItem(copy)).nodeFlags & kFSNodeIsDirectoryMask)) {
+            throw Failure(pathOfItem(copy) + ": is in the way of a folder");
+        }
+        copyContents(path, copy);
+        if (isNew)
+            if (const OSErr error = FSSetCatalogInfo(&copy, kFSCatInfoSettableInfo, &info); error != noErr)
+                throw fileFailure(pathOfItem(copy), error);
+    }
+
+    void copyContents(const std::string &path, const FSRef &copy)
+    {
+        std::error_code error;
+        std::set<std::string> names, companions;
+        for (fs::directory_iterator entry(path, error), end; !error && entry != end; entry.increment(error)) {
+            const std::string name = entry->path().filename();
+            (name.starts_with("._") ? companions : names).insert(name);
+        }
+        if (error)
+            throw systemFailure(path, error.value());
+        const auto copyEach = [&](const std::string &name) {
+            isWhole_ &= forEachFile("copy", {path + "/" + name}, [&](const std::string &item) {
+                const FSRef source = itemAt(item, kFSPathMakeRefDoNotFollowLeafSymlink);
+                this->copy(item, source, copy, Name(FSCopyNameString(&source)).get());
+            }) == kSuccess;
+        };
+        for (const std::string &name : names)
+            copyEach(name);
+        // Those of the items above have gone with them; any other file of such a name is a file.
+        for (const std::string &name : companions)
+            if (!names.contains(name.substr(2)) || !fs::exists(fs::path(pathOfItem(copy)) / name))
+                copyEach(name);
+    }
+
+    Progress progress_;
+    bool isWhole_ = true;
+};
+
 int run(const Arguments &arguments)
 {
     std::vector<std::string> sources = arguments.rest(2);
@@ -44,43 +158,28 @@ int run(const Arguments &arguments)
     sources.pop_back();
 
     uint64_t total = 0;
-    constexpr FSCatalogInfoBitmap kSizes = kFSCatInfoNodeFlags | kFSCatInfoDataSizes | kFSCatInfoRsrcSizes;
-    const auto sizeOf = [](const FSCatalogInfo &info) { return info.dataLogicalSize + info.rsrcLogicalSize; };
-    for (const std::string &path : sources) {
-        FSRef ref;
-        FSCatalogInfo info;
-        if (FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), &ref, nullptr) == noErr &&
-            FSGetCatalogInfo(&ref, kSizes, &info, nullptr, nullptr, nullptr) == noErr)
-            total += sizeOf(info);
-    }
-    Progress progress("copy", total);
-    return forEachFile("copy", sources, [&](const std::string &path) {
+    for (const std::string &path : sources)
+        if (UInt64 data, resources; FSGetForkSizes(reinterpret_cast<const UInt8 *>(path.c_str()), &data, &resources) == noErr)
+            total += data + resources;
+    Copier copier(total);
+    const int status = forEachFile("copy", sources, [&](const std::string &path) {
         const FSRef source = itemAt(path);
-        const FSCatalogInfo info = catalogOf(source, kSizes, path);
-        if (info.nodeFlags & kFSNodeIsDirectoryMask)
-            throw Failure(path + ": a folder (files are copied, one by one)");
-        if (info.dataLogicalSize > UINT32_MAX)
-            throw Failure(path + ": larger than 4 GiB, which a copy of forks does not take (use cp)");
         const Name own(target.name ? nullptr : FSCopyNameString(&source));
-        FSRef there;
-        const CFStringRef name = target.name ? target.name.get() : own.get();
-        if (FSGetChild(&target.folder, &there, name) && FSCompareFSRefs(&source, &there) == noErr)
-            throw Failure(path + ": is the copy itself");
-        if (!FSCopyFile(&source, &target.folder, name, nullptr))
-            throw Failure(path + ": could not be copied to " + pathOfItem(target.folder) + " (is it writable, has it room?)");
-        progress.advance(sizeOf(info));
+        copier.copy(path, source, target.folder, target.name ? target.name.get() : own.get());
     });
+    return copier.isWhole() ? status : kFailure;
 }
 
 const Registration registration({
     .name = "copy",
-    .summary = "copy files with both forks, label, type and dates",
+    .summary = "copy files and folders with both forks, label, type and dates",
     .usage = "SOURCE... TARGET",
-    .details = "TARGET is a folder, or the copy's name when there is one SOURCE. A file of that name is replaced.\n"
-               "Data are shared with the original, or copied by the kernel, where the file system can.\n\n"
+    .details = "TARGET is a folder, or the copy's name when there is one SOURCE. A file of that name is replaced, a folder of that name\n"
+               "takes in what the source holds. Links in a folder are copied as links. Data are shared with the original, or copied\n"
+               "by the kernel, where the file system can.\n\n"
                "Examples:\n"
                "  tarvik copy Icon Icon.backup\n"
-               "  tarvik copy *.rsrc /mnt/archive",
+               "  tarvik copy *.rsrc Projects /mnt/archive",
     .run = run,
 });
 

@@ -14,6 +14,7 @@ Failure fileFailure(const std::string &path, OSStatus error)
         case wPrErr: return "the volume is read-only";
         case dskFulErr: return "no room left on the volume";
         case notAFileErr: return "not a plain file: it has no forks";
+        case errFSNotAFolder: return "not a folder";
         case errFSNameTooLong: return "the name is too long";
         case bdNamErr: return "no usable name, or links that lead nowhere";
         case fLckdErr: return "the file is locked";
@@ -25,10 +26,10 @@ Failure fileFailure(const std::string &path, OSStatus error)
     return Failure(path + ": " + why());
 }
 
-FSRef itemAt(const std::string &path)
+FSRef itemAt(const std::string &path, OptionBits options)
 {
     FSRef ref;
-    if (const OSStatus error = FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), &ref, nullptr); error != noErr)
+    if (const OSStatus error = FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>(path.c_str()), options, &ref, nullptr); error != noErr)
         throw fileFailure(path, error);
     return ref;
 }

@@ -6,8 +6,8 @@
 
 #include <string>
 
-/// The item at a path, links followed. Throws Failure.
-FSRef itemAt(const std::string &path);
+/// The item at a path, links followed unless the options (of FSPathMakeRefWithOptions) say otherwise. Throws Failure.
+FSRef itemAt(const std::string &path, OptionBits options = kFSPathMakeRefDefaultOptions);
 /// Its path now, for people.
 std::string pathOfItem(const FSRef &ref);
 /// What the catalog says. Throws Failure.

@@ -1,3 +1,4 @@
+#include "FileItems.h"
 #include "ObjectiveC.h"
 #include "Streams.h"
 
@@ -18,16 +19,13 @@ int run(const Arguments &arguments)
 {
     const std::string &path = arguments.rest(1, 1)[0];
     const auto number = SInt16(arguments.number("id", -32768, 32767).value_or(1));
-    FSRef ref;
+    const FSRef ref = itemAt(path);
     ResFileRefNum file = -1;
-    OSStatus status = FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), &ref, nullptr);
-    if (status == noErr)
-        status = FSOpenResourceFile(&ref, 0, nullptr, 1, &file);
+    const OSStatus status = FSOpenResourceFile(&ref, 0, nullptr, 1, &file);
+    if (status == mapReadErr)
+        throw Failure(path + ": is no resource file");
     if (status != noErr)
-        throw Failure(path + ": " +
-                      (status == fnfErr         ? "no such file"
-                       : status == mapReadErr   ? "is no resource file"
-                                                : "can't be opened (error " + std::to_string(status) + ")"));
+        throw fileFailure(path, status);
     VersRec record;
     const bool found = RFGetVersion(number, &record);
     CloseResFile(file);

@@ -2,6 +2,7 @@
 #include "../support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace
 {
@@ -45,8 +46,43 @@ TEST(CopyCommand, IntoFoldersAndToNames)
     EXPECT_EQ(runTarvik({"copy", a, a}).status, 1);
     EXPECT_EQ(folder.read("a"), "aa");
     EXPECT_EQ(runTarvik({"copy", a, b, folder / "none"}).status, 1);
-    EXPECT_EQ(runTarvik({"copy", to, folder / "x"}).status, 1);
     EXPECT_EQ(runTarvik({"copy", a}).status, 2);
+}
+
+TEST(CopyCommand, WholeFolders)
+{
+    const TemporaryFolder folder;
+    const std::string top = folder / "top", copy = folder / "copy";
+    fs::create_directories(top + "/sub/empty");
+    folder.write("top/sub/file", "data");
+    folder.write("top/sub/b\xFF", "bytes");
+    folder.write("top/._orphan", "orphan");
+    fs::create_symlink("../nowhere", top + "/sub/link");
+    ASSERT_EQ(runTarvik({"file", "put", "-r", top + "/sub/file"}, "resources").status, 0);
+    ASSERT_EQ(runTarvik({"file", "label", "--set=red", top + "/sub", top}).status, 0);
+    fs::permissions(top + "/sub", fs::perms(0555));
+    fs::last_write_time(top + "/sub", fs::file_time_type::clock::now() - std::chrono::hours(1000));
+
+    EXPECT_EQ(runTarvik({"copy", top, copy}).status, 0);
+    EXPECT_EQ(runProgram({"diff", "-r", "--no-dereference", "--exclude=._sub", top, copy}).out, "") << "companions too";
+    EXPECT_EQ(runTarvik({"file", "label", copy}).out, "red     " + copy + "\n");
+    EXPECT_EQ(fs::status(copy + "/sub").permissions(), fs::perms(0555));
+    EXPECT_LT(fs::last_write_time(top + "/sub") - fs::last_write_time(copy + "/sub"), std::chrono::milliseconds(1));
+
+    // Again, into what is there; one item that fails keeps no other one from being copied.
+    ASSERT_EQ(mkfifo((top + "/fifo").c_str(), 0600), 0);
+    folder.write("top/zero", "new");
+    fs::create_directories(copy + "/top");
+    const ProgramResult again = runTarvik({"copy", top, copy});
+    EXPECT_EQ(again.status, 1);
+    EXPECT_EQ(again.error, "tarvik copy: " + top + "/fifo: is no file, folder or link\n");
+    EXPECT_EQ(readFile(copy + "/top/zero"), "new");
+    EXPECT_EQ(runTarvik({"copy", top, top + "/sub"}).status, 1) << "a folder into itself";
+    folder.write("top/._zero", "foreign");
+    EXPECT_EQ(runTarvik({"copy", top + "/zero", folder / "alone"}).status, 1) << "without its second fork";
+    EXPECT_EQ(folder.read("alone"), "new");
+    for (const std::string &place : {top, copy, copy + "/top"})
+        fs::permissions(place + "/sub", fs::perms::owner_all);
 }
 
 }  // namespace
