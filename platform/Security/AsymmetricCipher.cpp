@@ -46,19 +46,10 @@ OwnedKey decode(const SecureBytes &der, const char *structure, bool isPublic)
 
 CSSM_RETURN readKey(const std::optional<KeyCopy> &key, bool encrypting, OwnedKey &read)
 {
-    if (!key)
-        return CSSMERR_CSP_MISSING_ATTR_KEY;
-    const CSSM_KEYHEADER &header = key->header;
-    const CSSM_KEYUSE wanted = encrypting ? CSSM_KEYUSE_ENCRYPT : CSSM_KEYUSE_DECRYPT;
-    if (header.BlobType != CSSM_KEYBLOB_RAW)
-        return CSSMERR_CSP_KEY_BLOB_TYPE_INCORRECT;
-    if (header.AlgorithmId != CSSM_ALGID_RSA)
-        return CSSMERR_CSP_ALGID_MISMATCH;
-    if (header.KeyClass != (encrypting ? CSSM_KEYCLASS_PUBLIC_KEY : CSSM_KEYCLASS_PRIVATE_KEY))
-        return CSSMERR_CSP_INVALID_KEY_CLASS;
-    if (!(header.KeyUsage & (CSSM_KEYUSE_ANY | wanted)))
-        return CSSMERR_CSP_KEY_USAGE_INCORRECT;
-    const char *structure = structureOf(header.Format, encrypting);
+    const CSSM_KEYCLASS keyClass = encrypting ? CSSM_KEYCLASS_PUBLIC_KEY : CSSM_KEYCLASS_PRIVATE_KEY;
+    if (const CSSM_RETURN error = checkKeyHeader(key, CSSM_ALGID_RSA, keyClass, encrypting); error != CSSM_OK)
+        return error;
+    const char *structure = structureOf(key->header.Format, encrypting);
     if (!structure)
         return CSSMERR_CSP_UNSUPPORTED_KEY_FORMAT;
     read = decode(key->data, structure, encrypting);

@@ -25,6 +25,10 @@ struct KeyCopy {
     SecureBytes data;
 };
 
+/// Whether a cipher of the algorithm takes a key of this class, with its bytes at hand, for this direction. The format and the
+/// size are the cipher's own concern.
+CSSM_RETURN checkKeyHeader(const std::optional<KeyCopy> &key, CSSM_ALGORITHMS algorithm, CSSM_KEYCLASS keyClass, bool encrypting);
+
 /// What a context is set up with. Its kind and algorithm say which fields count.
 struct Attributes {
     std::optional<KeyCopy> key;

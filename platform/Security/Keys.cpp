@@ -1,4 +1,4 @@
-/// Deriving keys from passwords, and freeing keys.
+/// Deriving keys from passwords, checking and freeing keys.
 #include <cstring>
 
 #include <openssl/core_names.h>
@@ -79,6 +79,22 @@ CSSM_KEYHEADER sessionKeyHeader(const Attributes &attributes, CSSM_KEYUSE usage,
 }
 
 }  // namespace
+
+CSSM_RETURN cssm::checkKeyHeader(const std::optional<KeyCopy> &key, CSSM_ALGORITHMS algorithm, CSSM_KEYCLASS keyClass,
+                                 bool encrypting)
+{
+    if (!key)
+        return CSSMERR_CSP_MISSING_ATTR_KEY;
+    const CSSM_KEYHEADER &header = key->header;
+    if (header.BlobType != CSSM_KEYBLOB_RAW)
+        return CSSMERR_CSP_KEY_BLOB_TYPE_INCORRECT;
+    if (header.KeyClass != keyClass)
+        return CSSMERR_CSP_INVALID_KEY_CLASS;
+    if (header.AlgorithmId != algorithm)
+        return CSSMERR_CSP_ALGID_MISMATCH;
+    const CSSM_KEYUSE wanted = encrypting ? CSSM_KEYUSE_ENCRYPT : CSSM_KEYUSE_DECRYPT;
+    return header.KeyUsage & (CSSM_KEYUSE_ANY | wanted) ? CSSM_OK : CSSMERR_CSP_KEY_USAGE_INCORRECT;
+}
 
 CSSM_RETURN CSSM_DeriveKey(CSSM_CC_HANDLE CCHandle, CSSM_DATA_PTR Param, uint32 KeyUsage, uint32 KeyAttr,
                            const CSSM_DATA *, const CSSM_RESOURCE_CONTROL_CONTEXT *, CSSM_KEY_PTR DerivedKey)

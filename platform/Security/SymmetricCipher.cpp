@@ -77,21 +77,11 @@ std::optional<CipherName> findCipher(CSSM_ALGORITHMS algorithm, bool chained, si
 
 CSSM_RETURN checkKey(const Traits &traits, const std::optional<KeyCopy> &key, bool encrypting)
 {
-    if (!key)
-        return CSSMERR_CSP_MISSING_ATTR_KEY;
-    const CSSM_KEYHEADER &header = key->header;
-    const CSSM_KEYUSE wanted = encrypting ? CSSM_KEYUSE_ENCRYPT : CSSM_KEYUSE_DECRYPT;
-    if (header.BlobType != CSSM_KEYBLOB_RAW)
-        return CSSMERR_CSP_KEY_BLOB_TYPE_INCORRECT;
-    if (header.KeyClass != CSSM_KEYCLASS_SESSION_KEY)
-        return CSSMERR_CSP_INVALID_KEY_CLASS;
-    if (header.AlgorithmId != traits.algorithm)
-        return CSSMERR_CSP_ALGID_MISMATCH;
-    if (header.Format != CSSM_KEYBLOB_RAW_FORMAT_NONE &&
-        header.Format != CSSM_KEYBLOB_RAW_FORMAT_OCTET_STRING)
+    if (const CSSM_RETURN error = checkKeyHeader(key, traits.algorithm, CSSM_KEYCLASS_SESSION_KEY, encrypting); error != CSSM_OK)
+        return error;
+    const CSSM_KEYBLOB_FORMAT format = key->header.Format;
+    if (format != CSSM_KEYBLOB_RAW_FORMAT_NONE && format != CSSM_KEYBLOB_RAW_FORMAT_OCTET_STRING)
         return CSSMERR_CSP_UNSUPPORTED_KEY_FORMAT;
-    if (!(header.KeyUsage & (CSSM_KEYUSE_ANY | wanted)))
-        return CSSMERR_CSP_KEY_USAGE_INCORRECT;
     return takesKeyOf(traits.algorithm, key->data.size()) ? CSSM_OK : CSSMERR_CSP_UNSUPPORTED_KEY_SIZE;
 }
 
