@@ -1,9 +1,8 @@
 #include "platform/AppleEvents/private/Dispatch.h"
 #include "platform/AppleEvents/private/GuardedCall.h"
 #include "platform/AppleEvents/private/HandlerTable.h"
-#include "platform/AppleEvents/private/Storage.h"
+#include "platform/AppleEvents/private/Station.h"
 
-#include <Carbon/AEInteraction.h>
 
 using namespace tarvik;
 using namespace tarvik::ae;
@@ -113,6 +112,8 @@ OSErr AEInstallEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventH
         return paramErr;
     return withMemory([&]() -> OSErr {
         handlersOf(isSysHandler).events.set(eventClass, eventID, {handler, handlerRefcon});
+        if (!isSysHandler)
+            Station::get().open();  // where it can't, the handler still serves this process's own events
         return noErr;
     });
 }

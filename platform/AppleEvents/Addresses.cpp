@@ -1,5 +1,7 @@
 #include "platform/AppleEvents/private/Addresses.h"
 
+#include "platform/AppleEvents/private/StationFolder.h"
+
 #include <Carbon/Processes.h>
 
 #include <cstring>
@@ -23,7 +25,7 @@ OSErr process(pid_t pid, Address &address)
 {
     if (pid <= 0)
         return procNotFound;
-    address = {pid == getpid(), std::to_string(pid), pid};
+    address = {pid == getpid(), {pid}};
     return noErr;
 }
 
@@ -34,6 +36,18 @@ OSErr processNumber(const ProcessSerialNumber &number, Address &address)
     pid_t pid = 0;
     const OSErr error = GetProcessPID(&number, &pid);
     return error ? OSErr(procNotFound) : process(pid, address);
+}
+
+OSErr application(OSType signature, const std::string &bundleIdentifier, Address &address)
+{
+    const Identity &own = ownIdentity();
+    address.isSelf = bundleIdentifier.empty() ? signature != 0 && own.signature == signature : own.bundleIdentifier == bundleIdentifier;
+    if (address.isSelf)
+        return noErr;
+    const StationFolder folder;
+    if (folder)
+        address.pids = folder.find(signature, bundleIdentifier);
+    return address.pids.empty() ? OSErr(procNotFound) : OSErr(noErr);
 }
 
 }  // namespace
@@ -52,6 +66,14 @@ OSErr resolve(const Event &event, Address &address)
     case typeKernelProcessID: {
         SInt32 pid;
         return readValue(target, pid) ? process(pid, address) : OSErr(errAECorruptData);
+    }
+    case typeApplSignature: {
+        OSType signature;
+        return readValue(target, signature) ? application(signature, {}, address) : OSErr(errAECorruptData);
+    }
+    case typeApplicationBundleID: {
+        const std::string_view identifier = bytesOf(&target);
+        return identifier.empty() ? OSErr(errAECorruptData) : application(0, std::string(identifier), address);
     }
     default: return errAEUnknownAddressType;
     }

@@ -3,17 +3,16 @@
 #pragma once
 #include "platform/AppleEvents/private/Storage.h"
 
-#include <string>
+#include <vector>
 
 namespace tarvik::ae {
 
 struct Address {
     bool isSelf = false;
-    std::string station;  ///< of another process: the name of its socket
-    int32_t pid = 0;      ///< which must be the one that listens there; 0: any of the user's
+    std::vector<int32_t> pids;  ///< otherwise: the first of these that receives
 };
 
-/// procNotFound, errAEUnknownAddressType, errAECorruptData.
+/// procNotFound, errAEUnknownAddressType, errAECorruptData. Throws std::bad_alloc.
 OSErr resolve(const Event &event, Address &address);
 
 }  // namespace tarvik::ae

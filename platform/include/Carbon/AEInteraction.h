@@ -21,7 +21,7 @@
 /// a host that has a loop of its own.
 ///
 /// Between processes events go through a socket that only the same user can reach and whose peers' user is checked: in the folder
-/// apple-events of XDG_RUNTIME_DIR, or of the temporary folder where there is none (or it isn't the user's own). An event of more than
+/// apple-events of XDG_RUNTIME_DIR, or /tmp/apple-events-UID where there is none (or it isn't the user's own). An event of more than
 /// 64 MB is not sent (memFullErr), and not received.
 ///
 /// Results: procNotFound: nobody receives events under that address; errAETimeout; connectionInvalid: the receiver ended before
