@@ -7,8 +7,9 @@ export folder=$DEMO_FOLDER
 unshare --user --map-root-user --mount bash -c '
     mkdir dev && mount --bind dev dev && touch dev/null && mount --bind /dev/null dev/null && mount --rbind dev /dev
     socat -u UNIX-RECV:/dev/log OPEN:"$folder/records",creat,append & receiver=$!
-    for i in 1 2 3 4 5 6 7 8 9 10; do [ -S /dev/log ] && break; sleep 0.1; done
+    for _ in $(seq 100); do [ -S /dev/log ] && break; sleep 0.05; done
     tarvik log --function="-[DiskImage mount]" --line=200 "no medium, 100% sure"
-    sleep 0.2; kill $receiver'
+    for _ in $(seq 100); do [ -s "$folder/records" ] && break; sleep 0.05; done
+    kill $receiver'
 printf '   the record: %s\n' "$(cat records)"
 check 'function, line and message, under the default priority' '-[DiskImage mount]:200: no medium, 100% sure' "$(sed 's/.*tarvik: //' records)"

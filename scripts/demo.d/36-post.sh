@@ -5,12 +5,13 @@ server=$(free_port) proxy=$(free_port)
 
 title 'A server (socat) that keeps what it gets, and a forward proxy (tinyproxy)'
 cat > answer.sh <<'END'
-length=0
-: > head
+length=0 lines=
 while IFS= read -r line; line=${line%$'\r'}; [ -n "$line" ]; do
-    printf '%s\n' "$line" >> head
+    lines+=$line$'\n'
     case ${line,,} in content-length:*) length=${line##* } ;; esac
 done
+[ -n "$lines" ] || exit 0  # somebody who only wanted to know whether the port is open
+printf '%s' "$lines" > head
 head -c "$length" > body
 answer="<received bytes=\"$length\"/>"
 printf 'HTTP/1.1 200 OK\r\nContent-Type: text/xml\r\nContent-Length: %d\r\nConnection: close\r\n\r\n%s\n' $((${#answer} + 1)) "$answer"

@@ -23,4 +23,5 @@ check 'every file is as in the source (diff -r)' '' "$(diff -r --no-dereference 
 check 'the report is a property list' OK "$(tarvik image list --plist | xmllint --noout - && echo OK)"
 show tarvik image unmount "$image"
 check 'the folder is gone' no "$([ -e "$folder" ] && echo yes || echo no)"
+for _ in $(seq 50); do [ -z "$(losetup -j "$image")" ] && break; sleep 0.1; done  # the kernel lets go of it in its own time
 check 'no loop device is left' '' "$(losetup -j "$image")"
