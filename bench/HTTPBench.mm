@@ -117,11 +117,6 @@ void getByPeer(benchmark::State &state)
 }
 BENCHMARK(getByPeer)->Name("http/get100MB:libcurl")->UseRealTime()->Unit(benchmark::kMillisecond);
 
-void getWithoutRepair(benchmark::State &state)
-{
-    const WithoutRepair unrepaired;
-    getAll(state);
-}
-BENCHMARK(getWithoutRepair)->Name("http/get100MB:gnustep-base")->UseRealTime()->Unit(benchmark::kMillisecond);
+// (gnustep-base's own loading copies what it has with each piece that comes: minutes at this size.)
 
 }  // namespace
