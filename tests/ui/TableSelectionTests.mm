@@ -1,9 +1,7 @@
 #import <AppKit/AppKit.h>
 #import <Tarvik/TarvikUI.h>
 #include <gtest/gtest.h>
-#include <tests/support/Program.h>
-
-#include <string>
+#include <tests/ui/Desktop.h>
 
 @interface PlainRows : NSObject {
 @public
@@ -30,10 +28,6 @@ class TableSelection : public testing::Test {
 protected:
     void SetUp() override
     {
-        [NSApplication sharedApplication];
-        window_ = [[NSWindow alloc] initWithContentRect:NSMakeRect(200, 300, 300, 200) styleMask:NSTitledWindowMask
-                                                backing:NSBackingStoreBuffered defer:NO];
-        [window_ setReleasedWhenClosed:NO];
         rows_ = [[PlainRows alloc] init];
         rows_->mRows = 5;
         table_ = [[[NSTableView alloc] initWithFrame:NSMakeRect(0, 0, 300, 200)] autorelease];
@@ -46,20 +40,17 @@ protected:
         [table_ setHeaderView:nil];
         [table_ setDataSource:rows_];
         [table_ setDelegate:rows_];
-        NSScrollView *scroller = [[[NSScrollView alloc] initWithFrame:[[window_ contentView] bounds]] autorelease];
+        NSScrollView *scroller = window_.add([[[NSScrollView alloc] initWithFrame:NSMakeRect(0, 0, 300, 200)] autorelease]);
         [scroller setDocumentView:table_];
-        [[window_ contentView] addSubview:scroller];
-        [window_ makeKeyAndOrderFront:nil];
+        window_.show();
     }
     void TearDown() override
     {
         [table_ setDataSource:nil];
         [table_ setDelegate:nil];
-        [window_ close];
-        [window_ release];
         [rows_ release];
     }
-    NSWindow *window_ = nil;
+    const TestWindow window_;
     PlainRows *rows_ = nil;
     NSTableView *table_ = nil;
 };
@@ -106,7 +97,7 @@ TEST_F(TableSelection, EditsColumnByColumnAndStoresNothing)
     EXPECT_EQ([table_ editedRow], 2);
     EXPECT_EQ([table_ editedColumn], 2);
     EXPECT_EQ(rows_->mStored, 0);
-    NSText *editor = (NSText *)[window_ firstResponder];
+    NSText *editor = (NSText *)[window_.get() firstResponder];
     ASSERT_TRUE([editor isKindOfClass:[NSText class]]);
     EXPECT_STREQ([[editor string] UTF8String], "two2");
     EXPECT_EQ([editor selectedRange].length, 4u);
@@ -120,12 +111,9 @@ TEST_F(TableSelection, EditsColumnByColumnAndStoresNothing)
 
 TEST_F(TableSelection, TheRowUnderTheMouse)
 {
-    const NSPoint inRow = [table_ convertPoint:NSMakePoint(20, NSMidY([table_ rectOfRow:1])) toView:nil];
-    const NSPoint target = [window_ convertBaseToScreen:inRow];
-    const CGFloat down = NSMaxY([[NSScreen mainScreen] frame]) - target.y;
-    ASSERT_EQ(runProgram({"xdotool", "mousemove", std::to_string(int(target.x)), std::to_string(int(down))}).status, 0);
+    { const Hand hand("mousemove " + onScreen(table_, NSMakePoint(20, NSMidY([table_ rectOfRow:1])))); }
     EXPECT_EQ([table_ mouseOverRow], 1);
-    ASSERT_EQ(runProgram({"xdotool", "mousemove", "1", "1"}).status, 0);
+    { const Hand hand("mousemove 1 1"); }
     EXPECT_EQ([table_ mouseOverRow], -1);
 }
 

@@ -1,9 +1,7 @@
 #import <AppKit/AppKit.h>
 #import <Tarvik/TarvikUI.h>
 #include <gtest/gtest.h>
-#include <tests/support/Program.h>
-
-#include <string>
+#include <tests/ui/Desktop.h>
 
 @interface FrameCounter : NSView {
 @public
@@ -74,51 +72,33 @@ TEST(View, TakenOutAndPutBackIsNeitherLostNorLeaked)
     EXPECT_EQ([moved retainCount], owners);
 }
 
-class ViewInWindow : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        [NSApplication sharedApplication];
-        window_ = [[NSWindow alloc] initWithContentRect:NSMakeRect(200, 300, 300, 200) styleMask:NSTitledWindowMask
-                                                backing:NSBackingStoreBuffered defer:NO];
-        [window_ setReleasedWhenClosed:NO];
-    }
-    void TearDown() override
-    {
-        [window_ close];
-        [window_ release];
-    }
-    NSWindow *window_ = nil;
-};
-
-TEST_F(ViewInWindow, TheKeyboardFocusWanders)
+TEST(View, LetsTheKeyboardFocusWander)
 {
+    const TestWindow window;
     FrameCounter *first = viewAt(0, 0, 10, 10), *second = viewAt(20, 0, 10, 10);
-    for (NSView *view : {first, second})
-        [[window_ contentView] addSubview:view];
+    window.add(first);
+    window.add(second);
     [first setNextKeyView:second];
     [second setNextKeyView:first];
     [second getTabFocus];
-    EXPECT_EQ([window_ firstResponder], second);
+    EXPECT_EQ([window.get() firstResponder], second);
     [second forwardTabFocus];
-    EXPECT_EQ([window_ firstResponder], first);
+    EXPECT_EQ([window.get() firstResponder], first);
     [first backTabFocus];
-    EXPECT_EQ([window_ firstResponder], second);
+    EXPECT_EQ([window.get() firstResponder], second);
     [viewAt(0, 0, 1, 1) getTabFocus];  // without a window
 }
 
-TEST_F(ViewInWindow, TheMouseIsWhereItIs)
+TEST(View, KnowsWhereTheMouseIs)
 {
+    const TestWindow window;
     FrameCounter *view = viewAt(100, 50, 10, 10);
     EXPECT_TRUE(NSEqualPoints([view mouseLocation], NSMakePoint(2147483648.0, 2147483648.0)));
-    [[window_ contentView] addSubview:view];
-    [window_ orderFront:nil];
-    const NSPoint target = [window_ convertBaseToScreen:NSMakePoint(107, 61)];
-    const CGFloat down = NSMaxY([[NSScreen mainScreen] frame]) - target.y;
-    const std::string x = std::to_string(int(target.x)), y = std::to_string(int(down));
-    ASSERT_EQ(runProgram({"xdotool", "mousemove", x, y}).status, 0);
-    EXPECT_NEAR([window_ mouseLocation].x, 107, 1);
-    EXPECT_NEAR([window_ mouseLocation].y, 61, 1);
+    window.add(view);
+    window.show();
+    { const Hand hand("mousemove " + onScreen(view, NSMakePoint(7, 11))); }
+    EXPECT_NEAR([window.get() mouseLocation].x, 107, 1);
+    EXPECT_NEAR([window.get() mouseLocation].y, 61, 1);
     EXPECT_NEAR([view mouseLocation].x, 7, 1);
     EXPECT_NEAR([view mouseLocation].y, 11, 1);
 }

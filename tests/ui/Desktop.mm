@@ -1,0 +1,94 @@
+#include "Desktop.h"
+
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <cmath>
+#include <utility>
+
+TestWindow::TestWindow(NSRect content)
+{
+    [NSApplication sharedApplication];
+    window_ = [[NSWindow alloc] initWithContentRect:content styleMask:NSTitledWindowMask backing:NSBackingStoreBuffered defer:NO];
+    [window_ setReleasedWhenClosed:NO];
+}
+
+TestWindow::~TestWindow()
+{
+    [window_ close];
+    [window_ release];
+}
+
+void TestWindow::show() const
+{
+    [window_ makeKeyAndOrderFront:nil];
+    [window_ display];
+    eventually([&] { return [window_ isKeyWindow]; });
+}
+
+std::string onScreen(NSView *view, NSPoint point)
+{
+    const NSPoint place = [[view window] convertBaseToScreen:[view convertPoint:point toView:nil]];
+    const CGFloat down = NSMaxY([[NSScreen mainScreen] frame]) - place.y;
+    return std::to_string(std::lround(place.x)) + " " + std::to_string(std::lround(down));
+}
+
+std::string middleOf(NSView *view)
+{
+    const NSRect bounds = [view bounds];
+    return onScreen(view, NSMakePoint(NSMidX(bounds), NSMidY(bounds)));
+}
+
+Hand::Hand(const std::string &words)
+{
+    std::string command = "exec xdotool " + words;
+    const char *argv[] = {"sh", "-c", command.c_str(), nullptr};
+    if (posix_spawn(&child_, "/bin/sh", nullptr, nullptr, const_cast<char **>(argv), environ))
+        child_ = -1;
+}
+
+Hand::~Hand()
+{
+    if (child_ > 0)
+        waitpid(child_, nullptr, 0);
+}
+
+bool eventually(const std::function<bool()> &condition)
+{
+    NSDate *end = [NSDate dateWithTimeIntervalSinceNow:2];
+    while (!condition()) {
+        NSDate *soon = [NSDate dateWithTimeIntervalSinceNow:0.02];
+        if (NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask untilDate:soon inMode:NSDefaultRunLoopMode dequeue:YES])
+            [NSApp sendEvent:event];
+        if ([end timeIntervalSinceNow] < 0)
+            return condition();
+    }
+    return true;
+}
+
+@interface LaterCall : NSObject {
+@public
+    void *mFunction;  // the compiler has no encoding for a std::function
+}
+@end
+@implementation LaterCall
+- (void)call:(NSTimer *)timer
+{
+    (void)timer;
+    (*static_cast<std::function<void()> *>(mFunction))();
+}
+- (void)dealloc
+{
+    delete static_cast<std::function<void()> *>(mFunction);
+    [super dealloc];
+}
+@end
+
+void later(double seconds, std::function<void()> function)
+{
+    LaterCall *call = [[[LaterCall alloc] init] autorelease];
+    call->mFunction = new std::function<void()>(std::move(function));
+    NSTimer *timer = [NSTimer timerWithTimeInterval:seconds target:call selector:@selector(call:) userInfo:nil repeats:NO];
+    for (NSString *mode : {NSDefaultRunLoopMode, NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode})
+        [[NSRunLoop currentRunLoop] addTimer:timer forMode:mode];
+}
