@@ -49,7 +49,7 @@ std::optional<Value> parseNumber(std::string_view text)
 
 double Machine::number(const Value &value) { return asNumber(value).number(); }
 
-Value Machine::asNumber(const Value &original)
+Value Machine::asNumber(const Value &original, const char *wanted)
 {
     const Value value = contentsOf(original);
     switch (value.kind()) {
@@ -66,11 +66,11 @@ Value Machine::asNumber(const Value &original)
         break;
     case Kind::list:
         if (value.list()->items.size() == 1 && !value.list()->items[0].is(Kind::list))
-            return asNumber(value.list()->items[0]);
+            return asNumber(value.list()->items[0], wanted);
         break;
     default: break;
     }
-    cantMake(value, "number");
+    cantMake(value, wanted);
 }
 
 int64_t Machine::whole(const Value &value)
@@ -78,7 +78,7 @@ int64_t Machine::whole(const Value &value)
     const Value found = contentsOf(value);
     if (found.is(Kind::integer))
         return found.integer();
-    const Value parsed = asNumber(found);
+    const Value parsed = asNumber(found, "integer");
     if (std::fabs(parsed.number()) > kLargestWhole)
         cantMake(found, "integer");
     return rounded(parsed.number());

@@ -1185,7 +1185,13 @@ private:
                 }
             }
             if (place.kind == Place::local) {
-                expression(node->b, place.a);
+                // What a call gives may be nothing, and nothing can't be assigned.
+                const bool calls = node->b->kind == Node::call || node->b->kind == Node::labelledCall || node->b->kind == Node::command;
+                const int operand = expression(node->b, calls ? -1 : place.a);
+                if (operand != place.a) {
+                    at(node->b);
+                    emit(Op::move, place.a, operand, 0);
+                }
                 if (keeps)
                     emit(Op::move, scope.result, place.a, 0);
                 return;

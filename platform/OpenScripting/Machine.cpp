@@ -69,6 +69,8 @@ Value Machine::call(const Value &script, Name handler, std::vector<Value> argume
         raise(error::notUnderstood, "«script» doesn’t understand the “" + heap.names.spelling(handler) + "” message.");
     // `on run` may leave its parameters out or have them where none are given.
     arguments.resize(function->parameters);
+    if (handler == Word::run && arguments.size() == 1 && !arguments[0])
+        arguments[0] = heap.list();
     return execute(*function, Value::retain(owner), script, std::move(arguments));
 }
 
@@ -282,6 +284,17 @@ void Machine::callSite(Frame &frame, Op op, const Instruction &instruction)
                 const Value handler = *held;
                 return enter(site, *handler.handler()->function, handler.handler()->owner, handler.handler()->owner, base + 1, result);
             }
+        }
+        if (target.is(Kind::application) && !site.labelled) {
+            const std::vector<Value> arguments(base + 1, base + 1 + site.count);
+            const std::string name = target.application()->name;
+            const Name handler = site.name;
+            const int16_t to = instruction.a;
+            Value answer = host.callApplication(*this, name, handler, arguments);
+            Frame &now = frames_.back();
+            now.registers[to] = std::move(answer);
+            ++now.pc;
+            return;
         }
         const std::string who = target.is(Kind::script) ? "«script»" : display(target);
         raise(error::notUnderstood, who + " doesn’t understand the “" + heap.names.spelling(site.name) + "” message.", target);

@@ -3,6 +3,7 @@
 #include "private/FileAccess.h"
 #include "private/Machine.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cmath>

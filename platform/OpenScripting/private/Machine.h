@@ -55,6 +55,8 @@ public:
     virtual Value interact(Machine &machine, const Invocation &invocation) = 0;
     /// An event for an application; `target` is an application.
     virtual Value sendEvent(Machine &machine, const std::string &application, uint32_t eventClass, uint32_t eventID, const Invocation &invocation) = 0;
+    /// `tell application "x" to f(1)`: a subroutine of an application.
+    virtual Value callApplication(Machine &machine, const std::string &application, Name handler, const std::vector<Value> &arguments) = 0;
     /// A property of an application, or of one of its elements.
     virtual Value applicationProperty(Machine &machine, const Value &place) = 0;
     virtual void setApplicationProperty(Machine &machine, const Value &place, const Value &value) = 0;
@@ -100,7 +102,7 @@ public:
     bool truth(const Value &value);
     int64_t whole(const Value &value);
     double number(const Value &value);
-    Value asNumber(const Value &value);
+    Value asNumber(const Value &value, const char *wanted = "number");
     Value asText(const Value &value, int depth = 0);
     /// -1700: Can’t make VALUE into type TYPE.
     [[noreturn]] void cantMake(const Value &value, std::string_view type) const;
