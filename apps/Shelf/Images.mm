@@ -1,0 +1,172 @@
+#include "Images.h"
+
+#include "Closure.h"
+
+#include <Tarvik/Tarvik.h>
+#import <Tarvik/support/Bridge.h>
+#include <Tarvik/support/Handle.h>
+
+#include <errno.h>
+#include <fcntl.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <vector>
+
+/// Reads the percentages that the tool writes while it makes an image, and ends the tool when it is no longer wanted.
+@interface CreationWatcher : NSObject {
+@public
+    Closure<shelf::Progress> mProgress;
+    bool mEnded;
+}
+@end
+
+@implementation CreationWatcher
+- (BOOL)commandTool:(CommandTool *)tool readStandardOutputData:(NSData *)piece
+{
+    const std::string mark = "PERCENT:", text = tarvik::bytes(piece).value_or("");
+    const size_t at = text.rfind(mark);
+    const double percent = at == std::string::npos ? -1 : std::atof(text.c_str() + at + mark.size());
+    if (percent >= 0 && !mEnded && !mProgress(std::clamp(percent / 100, 0.0, 1.0))) {
+        mEnded = true;
+        [tool kill];
+    }
+    return YES;
+}
+@end
+
+namespace shelf {
+namespace {
+
+NSString *systemReason(int error) { return tarvik::nsstring(strerror(error)); }
+
+/// Who the file at the path is: changes when another takes its place.
+std::pair<ino_t, timespec> identity(const std::string &path)
+{
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0)
+        return {};
+    return {status.st_ino, status.st_mtim};
+}
+
+CSSM_DATA dataOf(const std::vector<uint8_t> &buffer, size_t length)
+{
+    CSSM_DATA data = {};
+    data.Data = const_cast<uint8_t *>(buffer.data());
+    data.Length = static_cast<decltype(data.Length)>(length);
+    return data;
+}
+
+/// A digest in pieces, with a provider of its own.
+class Digest {
+public:
+    Digest()
+    {
+        if (CDSAUtilityBase::cdsaCspAttach(&provider_) == 0)
+            isOpen_ = CDSAUtilityBase::cdsaStagedDigestInit(provider_, CSSM_ALGID_SHA1, &context_) == 0;
+    }
+    ~Digest()
+    {
+        if (isOpen_)  // a context ends with its final call
+            (void)finish();
+        CDSAUtilityBase::cdsaCspDetach(provider_);
+    }
+    Digest(const Digest &) = delete;
+    Digest &operator=(const Digest &) = delete;
+
+    bool add(const std::vector<uint8_t> &buffer, size_t length)
+    {
+        const CSSM_DATA piece = dataOf(buffer, length);
+        CSSM_DATA none = {};
+        isOpen_ = isOpen_ && CDSAUtilityBase::cdsaStagedDigest(context_, false, &piece, &none) == 0;
+        return isOpen_;
+    }
+    std::string finish()
+    {
+        CSSM_DATA digest = {};
+        if (!isOpen_ || CDSAUtilityBase::cdsaStagedDigest(context_, true, nullptr, &digest) != 0)
+            return {};
+        isOpen_ = false;
+        std::string text(digest.Length * 2 + 1, '\0');
+        CDSAUtilityBase::convertHEXValueToHEXString(digest.Data, int(digest.Length), text.data());
+        text.pop_back();
+        free(digest.Data);
+        return text;
+    }
+
+private:
+    CSSM_CSP_HANDLE provider_ = 0;
+    CSSM_CC_HANDLE context_ = 0;
+    bool isOpen_ = false;
+};
+
+}  // namespace
+
+bool createImage(NSString *folder, NSString *path, const Progress &progress)
+{
+    const std::string file = tarvik::utf8(path).value_or("");
+    const auto before = identity(file);
+    CommandTool *tool = [CommandTool commandToolWithPath:kDiskImageEditorPath];
+    CreationWatcher *watcher = [[[CreationWatcher alloc] init] autorelease];
+    watcher->mProgress = progress;
+    [tool setArguments:[NSArray arrayWithObjects:@"create", @"-puppetstrings", @"-ov", @"-srcfolder", folder, path, nil]];
+    [tool setReadStandardOutput:YES];
+    [tool setDelegate:watcher];
+    const bool ran = [tool run:NO];
+    [tool setDelegate:nil];
+    // The tool's exit status is not to be had; a new file is there whole or not at all.
+    const auto after = identity(file);
+    return ran && !watcher->mEnded && after.first != 0 &&
+           (after.first != before.first || memcmp(&after.second, &before.second, sizeof after.second) != 0);
+}
+
+NSString *mountImage(NSString *path, NSString *&reason)
+{
+    DiskImage *image = [DiskImage diskImageWithFilepath:path];
+    if (NSString *point = [image mount])
+        return point;
+    // It does not keep what the tool said: ask again.
+    CommandTool *tool = [CommandTool commandToolWithPath:kDiskImageMounterPath];
+    [tool setArguments:[NSArray arrayWithObject:path]];
+    [tool setReadStandardError:YES];
+    [tool run:NO];
+    reason = tarvik::nsstring(tarvik::bytes([tool standardErrorData]).value_or(""));
+    reason = [reason stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
+    return [image mountPoint];
+}
+
+NSString *checksumOfImage(NSString *path, const Progress &progress, NSString *&reason)
+{
+    // Not blocked by a pipe that was put in the image's place.
+    const tarvik::FileDescriptor file(open(tarvik::utf8(path).value_or("").c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat status;
+    if (!file || fstat(file.get(), &status) != 0)
+        return reason = systemReason(errno), nil;
+    if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode))
+        return reason = [@"This is no disk image." localize], nil;
+    Digest digest;
+    std::vector<uint8_t> buffer(1 << 20);
+    for (int64_t done = 0;;) {
+        const ssize_t count = read(file.get(), buffer.data(), buffer.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return reason = systemReason(errno), nil;
+        if (count == 0)
+            break;
+        done += count;
+        if (!digest.add(buffer, size_t(count)))
+            return reason = [@"The checksum could not be computed." localize], nil;
+        if (!progress(status.st_size > 0 ? double(done) / double(status.st_size) : 0))
+            return nil;
+    }
+    const std::string text = digest.finish();
+    if (text.empty())
+        return reason = [@"The checksum could not be computed." localize], nil;
+    return tarvik::nsstring(text);
+}
+
+}  // namespace shelf

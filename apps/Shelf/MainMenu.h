@@ -1,0 +1,12 @@
+/// \file
+/// The menus. Items send their actions along the responder chain; who takes one says whether it may be chosen.
+#pragma once
+#import <AppKit/AppKit.h>
+
+namespace shelf {
+
+NSMenu *mainMenu();
+/// "None" and the colours; the items' tags are the labels' numbers, their action is `setImageLabel:`.
+NSMenu *labelMenu();
+
+}  // namespace shelf

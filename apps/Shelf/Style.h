@@ -1,0 +1,31 @@
+/// \file
+/// How Shelf looks and feels, as defaults of this application: the user's own settings come first.
+#pragma once
+#import <AppKit/AppKit.h>
+
+namespace shelf {
+
+/// Before the application object is made.
+void registerStyle();
+/// A round spot of a label's colour; an empty image for no label. Shared; not to be changed.
+NSImage *labelSpot(int label);
+/// The label's colour; clear for none.
+NSColor *labelColor(int label);
+
+}  // namespace shelf
+
+/// A push button of today: flat, a thin line around it, rounded, lit while pressed.
+@interface FlatButtonCell : NSButtonCell
+@end
+
+/// Shows a label (its index as object value) as a spot and its name.
+@interface LabelCell : NSTextFieldCell
+@end
+
+/// One line of text in the middle of its row, with "…" in the place of what there is no room for.
+@interface LineCell : NSTextFieldCell
+@end
+
+/// A column's heading: flat, with thin lines.
+@interface FlatHeaderCell : NSTableHeaderCell
+@end
