@@ -8,6 +8,7 @@
 #include <libxml/parserInternals.h>
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <climits>
 #include <cstring>
@@ -15,8 +16,10 @@
 #include <unordered_map>
 #include <vector>
 
-namespace tarvik::plist {
-namespace {
+namespace tarvik::plist
+{
+namespace
+{
 
 /// The elements of a property list, by their names.
 enum class Element { plist, dict, array, key, string, integer, real, yes, no, date, data, count };
@@ -31,6 +34,20 @@ struct Classes {
     Class dictionary = [NSDictionary class], mutableDictionary = [NSMutableDictionary class];
     Class number = [NSNumber class], date = [NSDate class];
     id yes = [[NSNumber numberWithBool:YES] retain], no = [[NSNumber numberWithBool:NO] retain];
+
+    /// Most of a list is strings: their two messages are looked up once.
+    id newASCII(const void *bytes, NSUInteger length) const
+    {
+        return initString(allocString(string, @selector(alloc)), @selector(initWithBytes:length:encoding:),
+                          bytes, length, NSASCIIStringEncoding);
+    }
+
+private:
+    using Alloc = id (*)(id, SEL);
+    using Init = id (*)(id, SEL, const void *, NSUInteger, NSStringEncoding);
+    Alloc allocString = std::bit_cast<Alloc>([string methodForSelector:@selector(alloc)]);
+    Init initString =
+        std::bit_cast<Init>([[string alloc] methodForSelector:@selector(initWithBytes:length:encoding:)]);
 };
 const Classes &classes()
 {
@@ -48,7 +65,8 @@ std::string_view trimmed(std::string_view text)
 
 /// Keeps libxml2's conversion of encodings, which knows no parser to tell of an error, from writing to
 /// standard error.
-class Quiet {
+class Quiet
+{
 public:
     Quiet()
     {
@@ -64,7 +82,8 @@ private:
 
 /// Builds the objects while libxml2 reads. Everything made stands, owned, on one stack, so that a failure
 /// anywhere releases it.
-class Reader {
+class Reader
+{
 public:
     explicit Reader(Mutability mutability) : mutability_(mutability) {}
     ~Reader()
@@ -198,8 +217,11 @@ id Reader::newString(bool isMutable)
     for (size_t i = 0; i < text_.size(); ++i)
         all |= bytes[i];
     if (all < 0x80 && !hasUnits_) {
-        Class type = isMutable ? classes().mutableString : classes().string;
-        return [[type alloc] initWithBytes:bytes length:text_.size() encoding:NSASCIIStringEncoding];
+        if (!isMutable)
+            return classes().newASCII(bytes, text_.size());
+        return [[classes().mutableString alloc] initWithBytes:bytes
+                                                       length:text_.size()
+                                                     encoding:NSASCIIStringEncoding];
     }
     static const auto &utf8 = *encodings::find(0x08000100);
     units_ += encodings::decode(utf8, bytes, text_.size(), false).value_or(u"");
