@@ -5,13 +5,11 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/AppleEvents.h"
+#include "tests/support/LocalServer.h"
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <chrono>
-#include <csignal>
-#include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -25,48 +23,20 @@ namespace {
 constexpr AEEventClass kTest = "test"_code;
 
 /// A process that serves events, ended with the object.
-class Peer {
+class Peer : public Companion {
 public:
     explicit Peer(const std::string &mode = "", const std::string &argument = "", const std::string &program = TARVIK_TESTS_HELPER "/tarvik-test-eventpeer")
+        : Companion({program, mode, argument})
     {
-        int ends[2];
-        EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
-        pid_ = fork();
-        if (pid_ == 0) {
-            dup2(ends[1], 1);
-            execl(program.c_str(), program.c_str(), mode.c_str(), argument.c_str(), nullptr);
-            _exit(127);
-        }
-        close(ends[1]);
-        out_ = fdopen(ends[0], "r");
-        EXPECT_EQ(line(), "ready");
-    }
-    ~Peer()
-    {
-        kill(pid_, SIGKILL);
-        kill(pid_, SIGCONT);
-        waitpid(pid_, nullptr, 0);
-        fclose(out_);
-    }
-    std::string line()
-    {
-        char text[256] = "";
-        if (!fgets(text, sizeof text, out_))
-            return "";
-        return std::string(text, strcspn(text, "\n"));
+        EXPECT_EQ(firstLine(), "ready");
     }
     /// Until nothing of it is left but its status.
     void awaitEnd() const
     {
         siginfo_t ended;
-        waitid(P_PID, id_t(pid_), &ended, WEXITED | WNOWAIT);
+        waitid(P_PID, id_t(process()), &ended, WEXITED | WNOWAIT);
     }
-    pid_t pid() const { return pid_; }
-    OwnedDesc address() const { return descOfNumber(typeKernelProcessID, SInt32(pid_)); }
-
-private:
-    pid_t pid_;
-    FILE *out_;
+    OwnedDesc address() const { return descOfNumber(typeKernelProcessID, SInt32(process())); }
 };
 
 OwnedDesc event(AEEventID id, const OwnedDesc &target, std::string_view text = "")
@@ -109,7 +79,7 @@ TEST(AppleEventProcessTest, AQuestionAndItsAnswer)
     for (const char *mode : {"", "poll"}) {
         const Peer peer(mode);
         ProcessSerialNumber serial;
-        ASSERT_EQ(GetProcessForPID(peer.pid(), &serial), noErr);
+        ASSERT_EQ(GetProcessForPID(peer.process(), &serial), noErr);
         const OwnedDesc byNumber = descOfNumber(typeProcessSerialNumber, serial);
         for (const std::string &text : {std::string("Zoë"), std::string(), std::string(3 << 20, 'x'), std::string("again")}) {
             const Sent sent = send(event("echo"_code, byNumber, text));
@@ -120,7 +90,7 @@ TEST(AppleEventProcessTest, AQuestionAndItsAnswer)
         SInt32 answerer = 0;
         const Sent sent = send(event("echo"_code, peer.address()));
         AEGetAttributePtr(sent.reply.get(), keySenderPIDAttr, typeSInt32, nullptr, &answerer, sizeof answerer, nullptr);
-        EXPECT_EQ(answerer, peer.pid());
+        EXPECT_EQ(answerer, peer.process());
         EXPECT_EQ(send(event("none"_code, peer.address())).status, errAEEventNotHandled);
         const Sent refused = send(event("refu"_code, peer.address()));
         EXPECT_EQ(refused.status, noErr);
@@ -135,7 +105,7 @@ TEST(AppleEventProcessTest, NoReplyKeepsItsOrder)
         EXPECT_EQ(send(event("note"_code, peer.address(), text), kAENoReply).status, noErr);
     EXPECT_EQ(send(event("note"_code, peer.address(), "four")).status, noErr);
     for (const char *text : {"one", "two", "three", "four, answered"})
-        EXPECT_EQ(peer.line(), text);
+        EXPECT_EQ(peer.firstLine(), text);
 }
 
 TEST(AppleEventProcessTest, QueuedRepliesComeThroughTheRunLoop)
@@ -280,7 +250,7 @@ TEST(AppleEventProcessTest, NobodyElseGetsIn)
     {
         // A socket under another process's number.
         const Peer deaf("deaf"), peer;
-        std::filesystem::rename(runtimeFolder() + "/" + std::to_string(peer.pid()), runtimeFolder() + "/" + std::to_string(deaf.pid()));
+        std::filesystem::rename(runtimeFolder() + "/" + std::to_string(peer.process()), runtimeFolder() + "/" + std::to_string(deaf.process()));
         EXPECT_EQ(send(event("echo"_code, deaf.address())).status, procNotFound);
     }
     // What those have left who were killed is cleared away by the next one.

@@ -14,8 +14,9 @@ public:
     ~Companion();
     Companion(const Companion &) = delete;
     Companion &operator=(const Companion &) = delete;
-    /// The first line that it says; empty when it ends without one.
+    /// The first line that it says, then the next; empty when it ends without one.
     std::string firstLine();
+    pid_t process() const { return process_; }
 
 private:
     pid_t process_ = -1;
