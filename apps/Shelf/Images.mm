@@ -135,6 +135,9 @@ NSString *mountImage(NSString *path, NSString *&reason)
     [tool run:NO];
     reason = tarvik::nsstring(tarvik::bytes([tool standardErrorData]).value_or(""));
     reason = [reason stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
+    NSString *const prefix = @"hdid: attach failed - ";
+    if ([reason hasPrefix:prefix])
+        reason = [reason substringFromIndex:[prefix length]];
     return [image mountPoint];
 }
 

@@ -73,6 +73,7 @@ void ask(NSWindow *window, const Alert &alert, std::function<void(bool)> answer)
         if (answer)
             answer(code == NSAlertDefaultReturn);
     });
+    [window displayIfNeeded];
     NSBeginAlertSheet(alert.title, alert.defaultButton ? alert.defaultButton : [@"OK" localize], alert.alternateButton, nil, window,
                       delegate, kEnded, nullptr, nullptr, formatOf(alert.message));
 }

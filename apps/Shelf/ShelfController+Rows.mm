@@ -5,6 +5,7 @@
 
 #import <Tarvik/support/ArrayRange.h>
 #import <Tarvik/support/Bridge.h>
+#import <Tarvik/support/Guard.h>
 
 #include <algorithm>
 #include <cstring>
@@ -61,9 +62,12 @@ void write(NSArray *rows, NSPasteboard *pasteboard, NSData *numbers)
         [pasteboard setData:numbers forType:kMovedType];
 }
 
+/// Nil when there is none of the type, and when what calls itself so is no property list, at which the platform raises.
 id propertyList(NSPasteboard *pasteboard, NSString *type)
 {
-    return [[pasteboard types] containsObject:type] ? [pasteboard propertyListForType:type] : nil;
+    id list = nil;
+    tarvik::attempt([&] { list = [[pasteboard types] containsObject:type] ? [pasteboard propertyListForType:type] : nil; });
+    return list;
 }
 
 }  // namespace

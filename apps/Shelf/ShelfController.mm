@@ -287,6 +287,8 @@ void assign(T *&place, T *object)
     [mWindow saveFrameUsingName:@"Shelf"];
     [self store];
     [mJobs finishWithin:kPatience];
+    [mTimer invalidate];  // it holds this object
+    mTimer = nil;
 }
 
 - (NSUndoManager *)windowWillReturnUndoManager:(NSWindow *)window { return (void)window, mUndo; }

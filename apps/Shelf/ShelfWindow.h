@@ -5,6 +5,8 @@
 #import <AppKit/AppKit.h>
 #include <Tarvik/TarvikUI.h>
 
+#include "Style.h"
+
 /// A table whose Return key opens and whose Delete key deletes.
 @interface ShelfTable : TableView
 @end
@@ -15,7 +17,7 @@
     NSMutableArray *mButtons;  // those above: each enabled when its action may be done
     FileIconView *mIcon;
     NSTextField *mTitle, *mDetail, *mStatus, *mEmpty;
-    NSProgressIndicator *mProgress;
+    FlatProgress *mProgress;
     NSButton *mCancel;
 }
 - (id)initWithTarget:(id)target labels:(NSMenu *)labels;

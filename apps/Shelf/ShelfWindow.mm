@@ -1,7 +1,6 @@
 #include "ShelfWindow.h"
 
 #include "Catalogue.h"
-#include "Style.h"
 
 namespace {
 
@@ -98,11 +97,8 @@ void dress(NSButton *button, NSString *title, SEL action, id target)
     if (!works)
         return;
     [mStatus setStringValue:text];
-    [mProgress setIndeterminate:fraction < 0];
-    if (fraction >= 0)
-        [mProgress setDoubleValue:fraction];
-    else
-        [mProgress animate:nil];
+    mProgress->mFraction = fraction;
+    [mProgress setNeedsDisplay:YES];
 }
 
 @end
@@ -185,7 +181,6 @@ void dress(NSButton *button, NSString *title, SEL action, id target)
     [mTable setIntercellSpacing:NSMakeSize(10, 0)];
     [mTable setDrawsGrid:NO];
     [mTable setBackgroundColor:[NSColor whiteColor]];
-    [mTable setUsesAlternatingRowBackgroundColors:YES];
     [mTable setAllowsMultipleSelection:YES];
     [mTable setAllowsEmptySelection:YES];
     [mTable setAllowsColumnSelection:NO];
@@ -225,9 +220,7 @@ void dress(NSButton *button, NSString *title, SEL action, id target)
     const CGFloat width = ceil([[mCancel cell] cellSize].width) + 16;
     [mCancel setFrame:NSMakeRect(kWidth - kEdge - width, 10, width, 24)];
     [mCancel setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
-    mProgress = [[[NSProgressIndicator alloc] initWithFrame:NSMakeRect(workLeft, 16, workWidth - width - 8, 12)] autorelease];
-    [mProgress setMinValue:0];
-    [mProgress setMaxValue:1];
+    mProgress = [[[FlatProgress alloc] initWithFrame:NSMakeRect(workLeft, 18, workWidth - width - 8, 8)] autorelease];
     [mProgress setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
     for (NSView *view : {(NSView *)mIcon, (NSView *)mTitle, (NSView *)mDetail, (NSView *)mStatus, (NSView *)mProgress, (NSView *)mCancel})
         [content addSubview:view];

@@ -18,6 +18,13 @@ NSColor *labelColor(int label);
 @interface FlatButtonCell : NSButtonCell
 @end
 
+/// A bar that fills up, or a piece that wanders when it is not known how far the work is.
+@interface FlatProgress : NSView {
+@public
+    double mFraction;  // below 0: not known
+}
+@end
+
 /// Shows a label (its index as object value) as a spot and its name.
 @interface LabelCell : NSTextFieldCell
 @end

@@ -5,12 +5,26 @@
 #include <Tarvik/Tarvik.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
 NSDictionary *look(NSFont *font, NSColor *color)
 {
     return [NSDictionary dictionaryWithObjectsAndKeys:font, NSFontAttributeName, color, NSForegroundColorAttributeName, nil];
+}
+
+NSBezierPath *rounded(NSRect edge, CGFloat radius)
+{
+    const CGFloat left = NSMinX(edge), right = NSMaxX(edge), low = NSMinY(edge), high = NSMaxY(edge);
+    NSBezierPath *shape = [NSBezierPath bezierPath];
+    [shape moveToPoint:NSMakePoint(left + radius, low)];
+    [shape appendBezierPathWithArcFromPoint:NSMakePoint(right, low) toPoint:NSMakePoint(right, high) radius:radius];
+    [shape appendBezierPathWithArcFromPoint:NSMakePoint(right, high) toPoint:NSMakePoint(left, high) radius:radius];
+    [shape appendBezierPathWithArcFromPoint:NSMakePoint(left, high) toPoint:NSMakePoint(left, low) radius:radius];
+    [shape appendBezierPathWithArcFromPoint:NSMakePoint(left, low) toPoint:NSMakePoint(right, low) radius:radius];
+    [shape closePath];
+    return shape;
 }
 
 /// The text cut to the width, "…" in the place of what is missing: in its middle, or at its end.
@@ -118,21 +132,37 @@ NSImage *labelSpot(int label)
 
 - (void)drawBezelWithFrame:(NSRect)frame inView:(NSView *)view
 {
-    NSRect edge = NSInsetRect(frame, 0.5, 0.5);
     (void)view;
-    NSBezierPath *shape = [NSBezierPath bezierPath];
-    const CGFloat radius = 4, left = NSMinX(edge), right = NSMaxX(edge), low = NSMinY(edge), high = NSMaxY(edge);
-    [shape moveToPoint:NSMakePoint(left + radius, low)];
-    [shape appendBezierPathWithArcFromPoint:NSMakePoint(right, low) toPoint:NSMakePoint(right, high) radius:radius];
-    [shape appendBezierPathWithArcFromPoint:NSMakePoint(right, high) toPoint:NSMakePoint(left, high) radius:radius];
-    [shape appendBezierPathWithArcFromPoint:NSMakePoint(left, high) toPoint:NSMakePoint(left, low) radius:radius];
-    [shape appendBezierPathWithArcFromPoint:NSMakePoint(left, low) toPoint:NSMakePoint(right, low) radius:radius];
-    [shape closePath];
+    NSBezierPath *shape = rounded(NSInsetRect(frame, 0.5, 0.5), 4);
     [[NSColor colorWithCalibratedWhite:[self isHighlighted] ? 0.86 : 0.99 alpha:1] set];
     [shape fill];
     [[NSColor colorWithCalibratedWhite:[self isEnabled] ? 0.70 : 0.82 alpha:1] set];
     [shape setLineWidth:1];
     [shape stroke];
+}
+
+@end
+
+@implementation FlatProgress
+
+- (void)drawRect:(NSRect)dirty
+{
+    (void)dirty;
+    const NSRect bar = NSInsetRect([self bounds], 0.5, 0.5);
+    const CGFloat radius = bar.size.height / 2;
+    [[NSColor colorWithCalibratedWhite:0.86 alpha:1] set];
+    [rounded(bar, radius) fill];
+    NSRect done = bar;
+    if (mFraction >= 0) {
+        done.size.width = std::max(bar.size.width * std::min(mFraction, 1.0), bar.size.height);
+    } else {
+        constexpr double kTurn = 1.6;  // seconds from one end to the other
+        done.size.width = bar.size.width / 4;
+        const double place = std::fmod([NSDate timeIntervalSinceReferenceDate] / kTurn, 2);
+        done.origin.x += (bar.size.width - done.size.width) * (place < 1 ? place : 2 - place);
+    }
+    [shelf::labelColor(4) set];
+    [rounded(done, radius) fill];
 }
 
 @end

@@ -183,10 +183,11 @@ TEST(ShelfTexts, AreTranslated)
 {
     const std::string resources = TARVIK_SOURCE_DIR "/apps/Shelf/Resources/";
     NSDictionary *tables[2];
-    for (int i : {0, 1})
-        tables[i] = [[NSString stringWithContentsOfFile:ns(resources + (i ? "German" : "English") + ".lproj/Localizable.strings")
-                                               encoding:NSUTF8StringEncoding
-                                                  error:nullptr] propertyListFromStringsFileFormat];
+    for (int i : {0, 1}) {
+        const std::string file = readFile(resources + (i ? "German" : "English") + ".lproj/Localizable.strings"), mark = "\xEF\xBB\xBF";
+        ASSERT_TRUE(file.starts_with(mark));  // without it the platform takes the file for one of the user's own encoding
+        tables[i] = [ns(file.substr(mark.size())) propertyListFromStringsFileFormat];
+    }
     ASSERT_GT([tables[0] count], 50u);
     EXPECT_TRUE([[NSSet setWithArray:[tables[0] allKeys]] isEqual:[NSSet setWithArray:[tables[1] allKeys]]]);
     const auto conversions = [](NSString *text) {

@@ -1,0 +1,162 @@
+# Shelf, the application. On the user's display when there is one; otherwise a tour under a display of its own, which leaves
+# pictures in build/PRESET/shots.
+. "$DEMO/lib.sh"
+build=$(dirname "$(dirname "$(command -v tarvik)")")
+shelf=$build/Shelf.app/Shelf
+mkdir -p "$build/shots"
+
+title 'Shelf: a catalogue of disk images'
+for name in Anatomy Botany Cartography; do
+    mkdir "$name"
+    cp -r "$DEMO" "$name/$name notes"
+    tarvik image create "$name" "$PWD/$name.img" </dev/null 2>/dev/null || exit 1
+done
+printf 'This was an image once.\n' > "$PWD/Damaged.img"
+
+if [ -n "${DISPLAY:-}" ] && [ -t 0 ] && [ -t 1 ]; then
+    echo '   Shelf is open with three images and a damaged one. Close its window to go on.'
+    timeout 1800 "$shelf" ./*.img
+    for image in "$PWD"/*.img; do tarvik image unmount "$image"; done
+    exit 0
+fi
+
+# ---- A display and a window manager of our own; the server keeps its picture in a file
+frames=$(mktemp -d)
+exec 3< <(exec timeout 120 Xvfb -displayfd 1 -screen 0 1024x640x24 -fbdir "$frames" -nolisten tcp 2>/dev/null)
+server=$!
+application=
+leave() {
+    [ -z "$application" ] || kill "$application" 2>/dev/null
+    for image in "$PWD"/*.img; do tarvik image unmount "$image" 2>/dev/null; done
+    kill "$manager" "$server" 2>/dev/null
+    rm -rf "$frames"
+}
+manager=
+trap leave EXIT
+read -r -t 20 display <&3 || { echo 'demo: Xvfb did not start' >&2; exit 1; }
+export DISPLAY=:$display
+unset WAYLAND_DISPLAY
+timeout 120 openbox >/dev/null 2>&1 &
+manager=$!
+
+# await TEXT COMMAND...: until it succeeds; ends the step when it does not
+await() {
+    local end=$((SECONDS + 15))
+    while [ $SECONDS -lt $end ]; do
+        "${@:2}" >/dev/null 2>&1 && { printf '%s   ok: %s%s\n' "$green" "$1" "$plain"; return; }
+        sleep 0.1
+    done
+    shot failed
+    printf '%s   WRONG: %s (see %s)%s\n' "$red" "$1" "$build/shots/failed.png" "$plain"
+    exit 1
+}
+shot() { at 700 400; sleep 0.4; frame "$1"; }
+frame() { xwdtopnm -quiet "$frames/Xvfb_screen0" 2>/dev/null | pnmcrop -quiet -black | pnmtopng -quiet -compression=9 > "$build/shots/$1.png" 2>/dev/null; }
+start() {
+    timeout 60 "$shelf" "$@" 2>shelf.log &
+    application=$!
+    window=
+    await 'the window is there' found
+    sleep 1
+}
+# The biggest window of the name: windows come and go while one looks
+found() {
+    local id WINDOW X Y WIDTH HEIGHT SCREEN
+    for id in $(xdotool search --onlyvisible --name '^Shelf$'); do
+        eval "$(xdotool getwindowgeometry --shell "$id")"
+        [ "${WIDTH:-0}" -lt 500 ] || { window=$id; return 0; }
+    done
+    return 1
+}
+keys() { xdotool key --delay 40 "$@"; sleep 0.3; }
+at() { xdotool mousemove --window "$window" "$1" "$2" sleep 0.1; }   # in the window
+press() { xdotool mousedown 1 sleep 0.08 mouseup 1 sleep "${1:-0.2}"; }
+row() { at 60 $((110 + 22 * $1)); press; }
+quit() {
+    keys ctrl+q
+    wait "$application"
+    application=
+}
+# What the user defaults hold: the value of KEY in the row of the image NAME
+defaults() { find "$(dirname "$GNUSTEP_CONFIG_FILE")" -name Shelf.plist; }
+stored() { xmllint --xpath "string(//dict[key='path' and string[contains(., '/$1')]]/key[.='$2']/following-sibling::*[1])" "$(defaults)" 2>/dev/null; }
+rows() { xmllint --xpath "count(//key[.='Images']/following-sibling::array[1]/dict)" "$(defaults)" 2>/dev/null; }
+mounted() { findmnt -n -o TARGET -S "$(losetup -j "$1" -n -O NAME 2>/dev/null | head -1)" 2>/dev/null || tarvik image list --no-header | grep -F "$1"; }
+is() { [ "$1" = "$("${@:2}")" ]; }
+
+title 'Empty at first, then with images named on the command line'
+start
+shot 1-empty
+quit
+start "$PWD"/*.img
+
+title 'Mounting, with the keyboard; the kernel agrees'
+row 1
+keys ctrl+m
+await 'the image is mounted' mounted "$PWD/Botany.img"
+point=$(tarvik image list --no-header | awk -v image="$PWD/Botany.img" '$NF == image { print $1 }')
+check 'the mounted folder is the one that went into it (diff -r)' '' "$(diff -r --no-dereference Botany "$point" 2>&1)"
+
+title 'Labels, a note, checksums'
+row 0
+keys ctrl+1
+row 1
+keys ctrl+6
+row 2
+keys ctrl+4
+at 860 110; press 0.05; press 0.6
+xdotool type --delay 15 'Lent to Rosalind'
+keys Return
+row 2
+keys ctrl+a ctrl+k
+await 'the label is stored, and the note' is 'Lent to Rosalind' stored "Anatomy.img" note
+await 'checksum as sha1sum computes it' is "$(sha1sum < "Botany.img" | cut -d' ' -f1)" stored "Botany.img" checksum
+row 1
+shot 2-catalogue
+
+title 'A menu; a file that is no image'
+at 135 10
+xdotool mousedown 1 sleep 0.4
+sleep 0.4; frame 3-menu
+at 600 300
+xdotool mouseup 1
+row 3
+keys ctrl+m
+await 'the alert says what to do' xdotool search --onlyvisible --name '^(Window|Alert|)$'
+sleep 0.5
+shot 4-alert
+keys Return
+sleep 0.5
+
+title 'The row deleted, and the deletion undone'
+keys Delete
+await 'it is gone' is 3 rows
+keys ctrl+z
+await 'it is back' is 4 rows
+
+title 'Unmounting'
+row 1
+keys ctrl+u
+await 'the folder is gone' test ! -e "$point"
+quit
+check 'four rows are kept' 4 "$(rows)"
+
+title 'Ten thousand rows, from an exported catalogue'
+{
+    printf '<?xml version="1.0" encoding="UTF-8"?>\n<catalogue>\n'
+    awk 'BEGIN { for (i = 1; i <= 10000; ++i) printf "  <image>\n    <name>Disk %05d</name>\n    <path>/srv/images/%d/disk-%05d.img</path>\n    <size>%d</size>\n    <note>Box %d</note>\n  </image>\n", i, i % 7, i, i * 7919 * 131, i % 100 }'
+    printf '</catalogue>\n'
+} > many.xml
+start "$PWD/many.xml"
+sleep 1
+keys End
+shot 5-many
+quit
+check 'all are kept' 10004 "$(rows)"
+
+title 'In German'
+start -NSLanguages '(German)'
+shot 6-german
+quit
+check 'nothing was said on the console' '' "$(grep -v '^$' shelf.log)"
+echo "   pictures: $build/shots"
