@@ -55,7 +55,7 @@ Hand::~Hand()
 
 bool eventually(const std::function<bool()> &condition)
 {
-    NSDate *end = [NSDate dateWithTimeIntervalSinceNow:2];
+    NSDate *end = [NSDate dateWithTimeIntervalSinceNow:10];
     while (!condition()) {
         NSDate *soon = [NSDate dateWithTimeIntervalSinceNow:0.02];
         if (NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask untilDate:soon inMode:NSDefaultRunLoopMode dequeue:YES])

@@ -66,8 +66,8 @@ TEST(FileIconView, IsDraggedOutAsItsFiles)
     to.show();
     from.show();
 
-    const Hand hand("mousemove " + middleOf(icon) + " sleep 0.1 mousedown 1 sleep 0.15 mousemove_relative 15 5 sleep 0.1 mousemove " +
-                    middleOf(target) + " sleep 0.15 mousemove_relative 3 3 sleep 0.15 mouseup 1");
+    const Hand hand("mousemove " + middleOf(icon) + " sleep 0.1 mousedown 1 sleep 0.25 mousemove_relative 15 5 sleep 0.1 mousemove " +
+                    middleOf(target) + " sleep 0.25 mousemove_relative 3 3 sleep 0.25 mouseup 1");
     EXPECT_TRUE(eventually([&] { return target->mPaths != nil; }));
     EXPECT_TRUE([target->mPaths isEqual:paths]);
     EXPECT_EQ(target->mText, nil);

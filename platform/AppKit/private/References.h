@@ -13,7 +13,7 @@ public:
     /// `Record::base()` is the class of the objects; a Record is made of one of them.
     static References &shared()
     {
-        static References references;
+        static References &references = *new References;  // for good: objects are deallocated until the process ends
         return references;
     }
     /// Null for nil.
@@ -27,6 +27,12 @@ public:
             objects_[record.get()] = object;
         }
         return record.get();
+    }
+    /// Null for an object that nobody has asked of.
+    Record *existing(id object) const
+    {
+        const auto found = records_.find(object);
+        return found == records_.end() ? nullptr : found->second.get();
     }
     /// The record when the reference is known, otherwise null.
     Record *known(const Record *reference) const
