@@ -1,4 +1,5 @@
-// Trees of 100,000 files in 2,000 folders beside fts, nftw and gnustep-base; aliases beside a stat and a listing.
+// Trees of 100,000 files in 2,000 folders beside fts, nftw and gnustep-base; aliases beside a stat and a
+// listing.
 #include <Carbon/Aliases.h>
 #import <Foundation/Foundation.h>
 #import <Tarvik/Tarvik.h>
@@ -52,7 +53,9 @@ void listFilesByFts(benchmark::State &state)
             state.SkipWithError("files are missing");
     }
 }
-BENCHMARK(listFilesByFts)->Name("tree/subfilepaths, 100,000 files:fts without stat")->Unit(benchmark::kMillisecond);
+BENCHMARK(listFilesByFts)
+    ->Name("tree/subfilepaths, 100,000 files:fts without stat")
+    ->Unit(benchmark::kMillisecond);
 
 void listByTarvik(benchmark::State &state)
 {
@@ -75,7 +78,9 @@ void listByGNUstep(benchmark::State &state)
         benchmark::DoNotOptimize([paths count]);
     }
 }
-BENCHMARK(listByGNUstep)->Name("tree/subpathsAtPath, 100,000 files:gnustep-base")->Unit(benchmark::kMillisecond);
+BENCHMARK(listByGNUstep)
+    ->Name("tree/subpathsAtPath, 100,000 files:gnustep-base")
+    ->Unit(benchmark::kMillisecond);
 
 void sizeByTarvik(benchmark::State &state)
 {
@@ -91,7 +96,12 @@ void sizeByNftw(benchmark::State &state)
 {
     for (auto _ : eachTime(state)) {
         total = 0;
-        nftw(fileTree().c_str(), [](const char *, const struct stat *about, int kind, FTW *) { return total += kind == FTW_F ? uint64_t(about->st_size) : 0, 0; }, 20, FTW_PHYS);
+        nftw(
+            fileTree().c_str(),
+            [](const char *, const struct stat *about, int kind, FTW *) {
+                return total += kind == FTW_F ? uint64_t(about->st_size) : 0, 0;
+            },
+            20, FTW_PHYS);
         benchmark::DoNotOptimize(total);
     }
 }
@@ -164,7 +174,9 @@ void resolveRenamed(benchmark::State &state)
             state.SkipWithError("not found");
     }
 }
-BENCHMARK(resolveRenamed)->Name("alias/find a renamed file among 10,000:tarvik")->Unit(benchmark::kMicrosecond);
+BENCHMARK(resolveRenamed)
+    ->Name("alias/find a renamed file among 10,000:tarvik")
+    ->Unit(benchmark::kMicrosecond);
 
 void listFolder(benchmark::State &state)
 {
@@ -178,6 +190,8 @@ void listFolder(benchmark::State &state)
         closedir(folder);
     }
 }
-BENCHMARK(listFolder)->Name("alias/find a renamed file among 10,000:one listing")->Unit(benchmark::kMicrosecond);
+BENCHMARK(listFolder)
+    ->Name("alias/find a renamed file among 10,000:one listing")
+    ->Unit(benchmark::kMicrosecond);
 
 }  // namespace

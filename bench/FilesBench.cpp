@@ -47,7 +47,9 @@ void forEach(benchmark::State &state, Body &&body)
 void makeReference(benchmark::State &state)
 {
     FSRef ref;
-    forEach(state, [&](size_t i) { benchmark::DoNotOptimize(FSPathMakeRef(bytes(files().paths[i]), &ref, nullptr)); });
+    forEach(state, [&](size_t i) {
+        benchmark::DoNotOptimize(FSPathMakeRef(bytes(files().paths[i]), &ref, nullptr));
+    });
 }
 BENCHMARK(makeReference)->Name("files/reference of a path:tarvik");
 
@@ -117,12 +119,24 @@ void copyByForks(benchmark::State &state)
             state.SkipWithError("not copied");
     });
 }
-BENCHMARK(copyByForks)->Name("files/copy of 1 GiB:tarvik")->Iterations(1)->Repetitions(7)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(copyByForks)
+    ->Name("files/copy of 1 GiB:tarvik")
+    ->Iterations(1)
+    ->Repetitions(7)
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
 
 void copyByCp(benchmark::State &state)
 {
-    copyLarge(state, [](const std::string &source, const std::string &target) { runProgram({"cp", source, target}); });
+    copyLarge(state, [](const std::string &source, const std::string &target) {
+        runProgram({"cp", source, target});
+    });
 }
-BENCHMARK(copyByCp)->Name("files/copy of 1 GiB:cp")->Iterations(1)->Repetitions(7)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(copyByCp)
+    ->Name("files/copy of 1 GiB:cp")
+    ->Iterations(1)
+    ->Repetitions(7)
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -1,4 +1,5 @@
-// Alias records from outside: what is read can be written and reads back as the same; resolving one does no harm.
+// Alias records from outside: what is read can be written and reads back as the same; resolving one does no
+// harm.
 #include "platform/Aliases/private/AliasContents.h"
 
 #include <Carbon/Aliases.h>
@@ -11,7 +12,8 @@ using namespace tarvik::aliases;
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size)
 {
     std::string record(reinterpret_cast<const char *>(bytes), std::min<size_t>(size, UINT16_MAX));
-    if (size > 16 && bytes[0] != 0xFF) {  // a length and a sum that are right, or nothing behind them would ever be read
+    if (size > 16 &&
+        bytes[0] != 0xFF) {  // a length and a sum that are right, or nothing behind them would ever be read
         const uint16_t length = uint16_t(record.size());
         const uint32_t sum = fieldsSum(std::string_view(record).substr(16));
         std::memcpy(&record[4], &length, sizeof length);

@@ -1,5 +1,5 @@
-// The companion of a file, of any bytes: what is known of the file never fails in another way than a broken companion does, and a
-// companion that was refused is left as it was.
+// The companion of a file, of any bytes: what is known of the file never fails in another way than a broken
+// companion does, and a companion that was refused is left as it was.
 #include <Tarvik/system/FileForks.h>
 #include <Tarvik/system/FileLabels.h>
 #include <Tarvik/system/FileReferences.h>
@@ -14,7 +14,8 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     static const std::string folder = [] {
-        std::string path = std::string(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + "/finderinfo-XXXXXX";  // in memory: no disk is worn
+        std::string path = std::string(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") +
+                           "/finderinfo-XXXXXX";  // in memory: no disk is worn
         if (!mkdtemp(path.data()))
             std::abort();
         static const std::string made = path;
@@ -22,7 +23,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         std::ofstream(path + "/f") << "data";
         return path;
     }();
-    const std::string bytes(reinterpret_cast<const char *>(data), size), path = folder + "/f", companion = folder + "/._f";
+    const std::string bytes(reinterpret_cast<const char *>(data), size), path = folder + "/f",
+                                                                         companion = folder + "/._f";
     unlink(companion.c_str());
     std::ofstream(companion, std::ios::binary) << bytes;
     FSRef ref;

@@ -1,4 +1,5 @@
-// Dictionaries that keep a path, as they come out of anybody's preferences: whatever they hold, what they lead to is there.
+// Dictionaries that keep a path, as they come out of anybody's preferences: whatever they hold, what they
+// lead to is there.
 //
 // The kinds of both values (a byte each), the path's length (a byte), the path, the alias record.
 #include "platform/Aliases/private/AliasContents.h"
@@ -56,8 +57,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size)
         NSString *path = [NSString stringWithStoreableDictionary:dictionary resolveAliasFirst:aliasFirst];
         FSRef item;
         if (path && ![path exists] &&
-            FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>([path fileSystemRepresentation]), kFSPathMakeRefDoNotFollowLeafSymlink,
-                                     &item, nullptr) != noErr)
+            FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>([path fileSystemRepresentation]),
+                                     kFSPathMakeRefDoNotFollowLeafSymlink, &item, nullptr) != noErr)
             abort();
     }
     return 0;

@@ -56,7 +56,8 @@ public:
     CopyInProgress(const FSRef *source, const FSRef *copy) : copy_(copy)
     {
         isKnown_ = FSGetCatalogInfo(source, kKept, &info_, nullptr, nullptr, nullptr) == noErr;
-        const bool isProtected = info_.nodeFlags & kFSNodeLockedMask || !(info_.permissions.mode & kOwnerMayWrite);
+        const bool isProtected =
+            info_.nodeFlags & kFSNodeLockedMask || !(info_.permissions.mode & kOwnerMayWrite);
         if (!isKnown_ || !isProtected)
             return;
         FSCatalogInfo open = info_;
@@ -74,7 +75,8 @@ public:
 
 private:
     static constexpr UInt16 kOwnerMayWrite = 0200;
-    static constexpr FSCatalogInfoBitmap kKept = kFSCatInfoNodeFlags | kFSCatInfoPermissions | kFSCatInfoContentMod | kFSCatInfoAccessDate;
+    static constexpr FSCatalogInfoBitmap kKept =
+        kFSCatInfoNodeFlags | kFSCatInfoPermissions | kFSCatInfoContentMod | kFSCatInfoAccessDate;
 
     const FSRef *copy_;
     FSCatalogInfo info_{};
@@ -91,9 +93,11 @@ Boolean FSCreateFile(const FSRef *parent, CFStringRef name, const FSRef *templat
     if (!parent || !CFStringGetHFSUniStr255(name, &record))
         return false;
     FSCatalogInfo info;
-    const bool hasInfo = templateFile && FSGetCatalogInfo(templateFile, kFSCatInfoGettableInfo, &info, nullptr, nullptr, nullptr) == noErr;
-    return FSCreateFileUnicode(parent, record.length, record.unicode, hasInfo ? kFSCatInfoSettableInfo : kFSCatInfoNone, hasInfo ? &info : nullptr, file,
-                               nullptr) == noErr;
+    const bool hasInfo = templateFile && FSGetCatalogInfo(templateFile, kFSCatInfoGettableInfo, &info,
+                                                          nullptr, nullptr, nullptr) == noErr;
+    return FSCreateFileUnicode(parent, record.length, record.unicode,
+                               hasInfo ? kFSCatInfoSettableInfo : kFSCatInfoNone, hasInfo ? &info : nullptr,
+                               file, nullptr) == noErr;
 }
 
 CFMutableDataRef FSReadFileFork(const FSRef *file, const HFSUniStr255 *forkName)
@@ -111,20 +115,25 @@ CFMutableDataRef FSReadFileFork(const FSRef *file, const HFSUniStr255 *forkName)
     if (CFDataGetLength(data.get()) != CFIndex(size))
         return nullptr;
     ByteCount count = 0;
-    if (size > 0 && (FSReadFork(fork.number(), fsFromStart, 0, size, CFDataGetMutableBytePtr(data.get()), &count) != noErr || count != size))
+    if (size > 0 && (FSReadFork(fork.number(), fsFromStart, 0, size, CFDataGetMutableBytePtr(data.get()),
+                                &count) != noErr ||
+                     count != size))
         return nullptr;
     return data.release();
 }
 
 Boolean FSWriteFileFork(const FSRef *file, const HFSUniStr255 *forkName, CFDataRef data)
 {
-    if (!file || !forkName || !data || CFDataGetLength(data) > CFIndex(UINT32_MAX) || !renewFork(file, forkName))
+    if (!file || !forkName || !data || CFDataGetLength(data) > CFIndex(UINT32_MAX) ||
+        !renewFork(file, forkName))
         return false;
     ForkFile fork(file, forkName, fsWrPerm);
     if (!fork)
         return false;
     const auto size = ByteCount(CFDataGetLength(data));
-    return (size == 0 || FSWriteFork(fork.number(), fsFromStart, 0, size, CFDataGetBytePtr(data), nullptr) == noErr) && fork.close();
+    return (size == 0 ||
+            FSWriteFork(fork.number(), fsFromStart, 0, size, CFDataGetBytePtr(data), nullptr) == noErr) &&
+           fork.close();
 }
 
 Boolean FSCopyFileFork(const FSRef *source, const FSRef *destination, const HFSUniStr255 *forkName)
@@ -146,7 +155,8 @@ Boolean FSCopyFileFork(const FSRef *source, const FSRef *destination, const HFSU
 Boolean FSCopyFile(const FSRef *source, const FSRef *folder, CFStringRef name, FSRef *copy)
 {
     HFSUniStr255 dataFork, resourceFork;
-    if (!source || !folder || !name || FSGetDataForkName(&dataFork) != noErr || FSGetResourceForkName(&resourceFork) != noErr)
+    if (!source || !folder || !name || FSGetDataForkName(&dataFork) != noErr ||
+        FSGetResourceForkName(&resourceFork) != noErr)
         return false;
     FSRef file;
     if (FSGetChild(folder, &file, name)) {
@@ -175,7 +185,8 @@ Boolean FSIsMachOBinary(const FSRef *file)
     const ForkFile fork(file, &dataFork, fsRdPerm);
     UInt32 start = 0;
     ByteCount count = 0;
-    if (!fork || FSReadFork(fork.number(), fsFromStart, 0, sizeof start, &start, &count) != noErr || count != sizeof start)
+    if (!fork || FSReadFork(fork.number(), fsFromStart, 0, sizeof start, &start, &count) != noErr ||
+        count != sizeof start)
         return false;
     for (const UInt32 *magic = kMachOMagics; *magic != 0; ++magic)
         if (start == *magic)

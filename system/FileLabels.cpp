@@ -41,4 +41,7 @@ Boolean FSSetLabelColorValue(const FSRef *ref, UInt8 value)
 
 UInt32 FSGetLabelColorIndex(const FSRef *ref) { return LabelColorValueToIndex(FSGetLabelColorValue(ref)); }
 
-Boolean FSSetLabelColorIndex(const FSRef *ref, UInt32 index) { return FSSetLabelColorValue(ref, LabelColorIndexToValue(index)); }
+Boolean FSSetLabelColorIndex(const FSRef *ref, UInt32 index)
+{
+    return FSSetLabelColorValue(ref, LabelColorIndexToValue(index));
+}

@@ -15,7 +15,10 @@ namespace {
 constexpr size_t kPathBuffer = 1025;
 constexpr TextEncoding kUnknownEncoding = 0xFFFF;
 
-char *allocCString(const CFOwned<CFStringRef> &text, CFStringEncoding encoding) { return text ? CFStringAllocCString(text.get(), encoding) : nullptr; }
+char *allocCString(const CFOwned<CFStringRef> &text, CFStringEncoding encoding)
+{
+    return text ? CFStringAllocCString(text.get(), encoding) : nullptr;
+}
 
 }  // namespace
 
@@ -27,7 +30,10 @@ CFStringRef FSCopyNameString(const FSRef *ref)
     return CFStringCreateWithCharacters(nullptr, name.unicode, name.length);
 }
 
-char *FSAllocNameCString(const FSRef *ref, CFStringEncoding encoding) { return allocCString(CFOwned<CFStringRef>(FSCopyNameString(ref)), encoding); }
+char *FSAllocNameCString(const FSRef *ref, CFStringEncoding encoding)
+{
+    return allocCString(CFOwned<CFStringRef>(FSCopyNameString(ref)), encoding);
+}
 
 CFStringRef FSCopyPathString(const FSRef *ref)
 {
@@ -43,7 +49,10 @@ CFStringRef FSCopyPathStringOfStyle(const FSRef *ref, CFURLPathStyle style)
     return url ? CFURLCopyFileSystemPath(url.get(), style) : nullptr;
 }
 
-char *FSAllocPathCString(const FSRef *ref, CFStringEncoding encoding) { return allocCString(CFOwned<CFStringRef>(FSCopyPathString(ref)), encoding); }
+char *FSAllocPathCString(const FSRef *ref, CFStringEncoding encoding)
+{
+    return allocCString(CFOwned<CFStringRef>(FSCopyPathString(ref)), encoding);
+}
 
 char *FSAllocPathCStringOfStyle(const FSRef *ref, CFURLPathStyle style, CFStringEncoding encoding)
 {
@@ -68,7 +77,8 @@ Boolean FSMakeFromPosixPath(CFStringRef path, FSRef *ref)
 
 Boolean FSMakeFromPathString(CFStringRef path, CFURLPathStyle style, Boolean isDirectory, FSRef *ref)
 {
-    const CFOwned<CFURLRef> url(path ? CFURLCreateWithFileSystemPath(nullptr, path, style, isDirectory) : nullptr);
+    const CFOwned<CFURLRef> url(path ? CFURLCreateWithFileSystemPath(nullptr, path, style, isDirectory)
+                                     : nullptr);
     return url && CFURLGetFSRef(url.get(), ref);
 }
 

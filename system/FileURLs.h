@@ -24,7 +24,8 @@ CFURLRef CFURLCreateFromFSSpec(const FSSpec *spec);
 Boolean  CFURLGetFSSpec(CFURLRef url, FSSpec *spec);
 
 /// A special folder, made if it is missing and the flag is set; with a component, which need not exist, appended.
-CFURLRef CFURLCreateWithFindFolder(SInt16 domain, OSType folderType, Boolean createFolder, CFStringRef component, Boolean isDirectory);
+CFURLRef CFURLCreateWithFindFolder(SInt16 domain, OSType folderType, Boolean createFolder,
+                                   CFStringRef component, Boolean isDirectory);
 /// The bundle of a name in a special folder; null for a null name.
 CFBundleRef CFBundleCreateWithFindFolder(SInt16 domain, OSType folderType, CFStringRef bundleName);
 

@@ -21,8 +21,14 @@ Boolean FSIsLSItemInfoRecordFlagOn(const FSRef *ref, LSItemInfoFlags mask, Boole
     return (gLatestLSI.flags & mask) == mask;
 }
 
-Boolean FSIsInvisible(const FSRef *ref) { return FSIsLSItemInfoRecordFlagOn(ref, kLSItemInfoIsInvisible, false); }
-Boolean FSIsContainer(const FSRef *ref) { return FSIsLSItemInfoRecordFlagOn(ref, kLSItemInfoIsContainer, false); }
+Boolean FSIsInvisible(const FSRef *ref)
+{
+    return FSIsLSItemInfoRecordFlagOn(ref, kLSItemInfoIsInvisible, false);
+}
+Boolean FSIsContainer(const FSRef *ref)
+{
+    return FSIsLSItemInfoRecordFlagOn(ref, kLSItemInfoIsContainer, false);
+}
 Boolean FSIsPackage(const FSRef *ref) { return FSIsLSItemInfoRecordFlagOn(ref, kLSItemInfoIsPackage, false); }
 Boolean FSIsVolume(const FSRef *ref) { return FSIsLSItemInfoRecordFlagOn(ref, kLSItemInfoIsVolume, false); }
 Boolean FSIsDirectory(const FSRef *ref) { return FSIsContainer(ref) && !FSIsVolume(ref); }

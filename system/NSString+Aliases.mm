@@ -38,7 +38,9 @@ NSString *resolved(NSData *data)
     const Alias alias(reinterpret_cast<AliasHandle>(handle));
     FSRef target;
     Boolean wasChanged;
-    return FSResolveAliasWithMountFlags(nullptr, alias.get(), &target, &wasChanged, 0) == noErr ? tarvik::pathText(&target) : nil;
+    return FSResolveAliasWithMountFlags(nullptr, alias.get(), &target, &wasChanged, 0) == noErr
+               ? tarvik::pathText(&target)
+               : nil;
 }
 
 }  // namespace
@@ -48,22 +50,29 @@ NSString *resolved(NSData *data)
 - (NSDictionary *)storeableDictionary
 {
     NSDictionary *const none = nil;
-    return tarvik::guarded("-[NSString(FoundationX) storeableDictionary]", kStoreableDictionaryLine, none, [&]() -> NSDictionary * {
-        NSData *alias = [self aliasData];
-        if (!alias)
-            return nil;
-        return [NSDictionary dictionaryWithObjectsAndKeys:[self stringByAbbreviatingWithTildeInPath], kPathKey, alias, kAliasKey, nil];
-    });
+    return tarvik::guarded("-[NSString(FoundationX) storeableDictionary]", kStoreableDictionaryLine, none,
+                           [&]() -> NSDictionary * {
+                               NSData *alias = [self aliasData];
+                               if (!alias)
+                                   return nil;
+                               return [NSDictionary
+                                   dictionaryWithObjectsAndKeys:[self stringByAbbreviatingWithTildeInPath],
+                                                                kPathKey, alias, kAliasKey, nil];
+                           });
 }
 
 - (id)initWithStoreableDictionary:(NSDictionary *)dictionary resolveAliasFirst:(BOOL)aliasFirst
 {
-    NSString *stored = [valueOfKind<NSString>([NSString class], dictionary, kPathKey) stringByExpandingTildeInPath];
+    NSString *stored =
+        [valueOfKind<NSString>([NSString class], dictionary, kPathKey) stringByExpandingTildeInPath];
     NSString *found = nil;
     const bool storedIsThere = [stored exists];
     if (aliasFirst || !storedIsThere)
         found = [NSString stringWithAliasData:valueOfKind<NSData>([NSData class], dictionary, kAliasKey)];
-    NSString *path = aliasFirst ? (found ? found : storedIsThere ? stored : nil) : (storedIsThere ? stored : found);
+    NSString *path = aliasFirst ? (found           ? found
+                                   : storedIsThere ? stored
+                                                   : nil)
+                                : (storedIsThere ? stored : found);
     if (path)
         return [self initWithString:path];
     [self release];
@@ -79,7 +88,9 @@ NSString *resolved(NSData *data)
 {
     FSRef ref;
     AliasHandle alias = nullptr;
-    return [[self stringByExpandingTildeInPath] getFSRef:&ref] && FSNewAlias(nullptr, &ref, &alias) == noErr ? alias : nullptr;
+    return [[self stringByExpandingTildeInPath] getFSRef:&ref] && FSNewAlias(nullptr, &ref, &alias) == noErr
+               ? alias
+               : nullptr;
 }
 
 - (NSData *)aliasData
@@ -106,7 +117,8 @@ NSString *resolved(NSData *data)
     FSRef ref;
     Boolean isFolder, wasAliased = false;
     if (!tarvik::getPathBytes(self, path) ||
-        FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>(path.c_str()), kFSPathMakeRefDoNotFollowLeafSymlink, &ref, nullptr) != noErr ||
+        FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>(path.c_str()),
+                                 kFSPathMakeRefDoNotFollowLeafSymlink, &ref, nullptr) != noErr ||
         FSResolveAliasFile(&ref, true, &isFolder, &wasAliased) != noErr || !wasAliased)
         return self;
     NSString *target = tarvik::pathText(&ref);

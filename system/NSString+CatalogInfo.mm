@@ -29,7 +29,8 @@
 - (BOOL)getFSSpec:(FSSpec *)spec
 {
     FSRef ref;
-    return spec && [self getFSRef:&ref] && FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, spec, nullptr) == noErr;
+    return spec && [self getFSRef:&ref] &&
+           FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, spec, nullptr) == noErr;
 }
 
 @end

@@ -11,7 +11,10 @@ constexpr unsigned long kCreateDirectoriesLine = 946;
 
 bool createFolder(NSString *path)
 {
-    return [[NSFileManager defaultManager] createDirectoryAtPath:path withIntermediateDirectories:NO attributes:nil error:nullptr];
+    return [[NSFileManager defaultManager] createDirectoryAtPath:path
+                                     withIntermediateDirectories:NO
+                                                      attributes:nil
+                                                           error:nullptr];
 }
 
 bool isFolder(NSString *path)
@@ -33,24 +36,27 @@ bool isFolder(NSString *path)
 - (BOOL)createDirectory
 {
     BOOL folder = NO;
-    return [[NSFileManager defaultManager] fileExistsAtPath:self isDirectory:&folder] ? folder : BOOL(createFolder(self));
+    return [[NSFileManager defaultManager] fileExistsAtPath:self isDirectory:&folder]
+               ? folder
+               : BOOL(createFolder(self));
 }
 
 - (BOOL)createDirectories
 {
-    return tarvik::guarded("-[NSString(FoundationX) createDirectories]", kCreateDirectoriesLine, NO, [&]() -> BOOL {
-        if ([self length] == 0)
-            return YES;
-        NSArray *parts = [self pathComponents];
-        NSString *path = nil;
-        for (NSUInteger i = 0; i < [parts count]; ++i) {
-            NSString *part = [parts objectAtIndex:i];
-            path = path ? [path stringByAppendingPathComponent:part] : part;
-            if (!isFolder(path) && !createFolder(path))
-                return NO;
-        }
-        return path != nil;
-    });
+    return tarvik::guarded("-[NSString(FoundationX) createDirectories]", kCreateDirectoriesLine, NO,
+                           [&]() -> BOOL {
+                               if ([self length] == 0)
+                                   return YES;
+                               NSArray *parts = [self pathComponents];
+                               NSString *path = nil;
+                               for (NSUInteger i = 0; i < [parts count]; ++i) {
+                                   NSString *part = [parts objectAtIndex:i];
+                                   path = path ? [path stringByAppendingPathComponent:part] : part;
+                                   if (!isFolder(path) && !createFolder(path))
+                                       return NO;
+                               }
+                               return path != nil;
+                           });
 }
 
 - (BOOL)createCopyOfPath:(NSString *)destination

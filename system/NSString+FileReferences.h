@@ -13,7 +13,7 @@
 
 @interface NSString (FoundationXFileReferences)
 
-/// The POSIX path; nil when there is none.
+/// The POSIX path; nil when there is none, and for one of more than 1024 bytes.
 - (id)initWithFSRef:(const FSRef *)ref;
 + (id)stringWithFSRef:(const FSRef *)ref;
 - (BOOL)getFSRef:(FSRef *)ref;

@@ -1,11 +1,17 @@
 #import <Tarvik/system/NSString+FileReferences.h>
 #import <system/private/PathBytes.h>
 
+namespace {
+
+constexpr size_t kPathBuffer = 1025;  // callers rely on longer paths being refused
+
+}  // namespace
+
 @implementation NSString (FoundationXFileReferences)
 
 - (id)initWithFSRef:(const FSRef *)ref
 {
-    if (NSString *path = tarvik::pathText(ref))
+    if (NSString *path = tarvik::pathText(ref, kPathBuffer))
         return [self initWithString:path];
     [self release];
     return nil;
@@ -16,7 +22,8 @@
 - (BOOL)getFSRef:(FSRef *)ref
 {
     std::string path;
-    return ref && tarvik::getPathBytes(self, path) && FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), ref, nullptr) == noErr;
+    return ref && tarvik::getPathBytes(self, path) &&
+           FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), ref, nullptr) == noErr;
 }
 
 @end

@@ -4,17 +4,34 @@
 
 @implementation NSString (FoundationXFileTests)
 
-- (BOOL)exists { return [[NSFileManager defaultManager] fileExistsAtPath:[self stringByExpandingTildeInPath]]; }
+- (BOOL)exists
+{
+    return [[NSFileManager defaultManager] fileExistsAtPath:[self stringByExpandingTildeInPath]];
+}
 
 - (BOOL)existsDirectory
 {
     BOOL isFolder = NO;
-    return [[NSFileManager defaultManager] fileExistsAtPath:[self stringByExpandingTildeInPath] isDirectory:&isFolder] && isFolder;
+    return [[NSFileManager defaultManager] fileExistsAtPath:[self stringByExpandingTildeInPath]
+                                                isDirectory:&isFolder] &&
+           isFolder;
 }
 
-- (BOOL)isReadableFile { return [[NSFileManager defaultManager] isReadableFileAtPath:[self stringByExpandingTildeInPath]]; }
-- (BOOL)isWritableFile { return [[NSFileManager defaultManager] isWritableFileAtPath:[self stringByExpandingTildeInPath]]; }
-- (BOOL)isExecutableFile { return [[NSFileManager defaultManager] isExecutableFileAtPath:[self stringByExpandingTildeInPath]]; }
-- (BOOL)isDeletableFile { return [[NSFileManager defaultManager] isDeletableFileAtPath:[self stringByExpandingTildeInPath]]; }
+- (BOOL)isReadableFile
+{
+    return [[NSFileManager defaultManager] isReadableFileAtPath:[self stringByExpandingTildeInPath]];
+}
+- (BOOL)isWritableFile
+{
+    return [[NSFileManager defaultManager] isWritableFileAtPath:[self stringByExpandingTildeInPath]];
+}
+- (BOOL)isExecutableFile
+{
+    return [[NSFileManager defaultManager] isExecutableFileAtPath:[self stringByExpandingTildeInPath]];
+}
+- (BOOL)isDeletableFile
+{
+    return [[NSFileManager defaultManager] isDeletableFileAtPath:[self stringByExpandingTildeInPath]];
+}
 
 @end

@@ -35,7 +35,8 @@ LSItemInfoRecord typeAndCreator(NSString *path)
     std::string path;
     if (!tarvik::getPathBytes([self stringByExpandingTildeInPath], path))
         return NO;
-    CFURLRef url = CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), false);
+    CFURLRef url = CFURLCreateFromFileSystemRepresentation(
+        nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), false);
     const bool found = url && LSCopyItemInfoForURL(url, whichInfo, record) == noErr;
     CFRelease(url);
     if (!found) {

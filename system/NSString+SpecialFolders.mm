@@ -33,16 +33,19 @@ constexpr unsigned long kApplicationTemporaryLine = 1223;
 + (NSString *)stringWithApplicationTemporary
 {
     NSString *const none = nil;
-    return tarvik::guarded("+[NSString(FoundationX) stringWithApplicationTemporary]", kApplicationTemporaryLine, none, [&]() -> NSString * {
-        NSString *folder = [NSString stringWithFindFolder:kUserDomain type:kUserTemporaryFolderType createFolder:YES];
-        NSString *name = [[NSBundle mainBundle] bundleIdentifier];
-        if ([name length] == 0)
-            name = [[[NSBundle mainBundle] executablePath] lastPathComponent];
-        if (!folder || [name length] == 0)
-            return nil;
-        NSString *path = [folder stringByAppendingPathComponent:name];
-        return [path createDirectory] ? path : nil;
-    });
+    return tarvik::guarded("+[NSString(FoundationX) stringWithApplicationTemporary]",
+                           kApplicationTemporaryLine, none, [&]() -> NSString * {
+                               NSString *folder = [NSString stringWithFindFolder:kUserDomain
+                                                                            type:kUserTemporaryFolderType
+                                                                    createFolder:YES];
+                               NSString *name = [[NSBundle mainBundle] bundleIdentifier];
+                               if ([name length] == 0)
+                                   name = [[[NSBundle mainBundle] executablePath] lastPathComponent];
+                               if (!folder || [name length] == 0)
+                                   return nil;
+                               NSString *path = [folder stringByAppendingPathComponent:name];
+                               return [path createDirectory] ? path : nil;
+                           });
 }
 
 @end

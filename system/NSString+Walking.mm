@@ -47,7 +47,8 @@ Boolean list(const char *subpath, size_t length, LSItemInfoFlags flags, void *co
         return false;
     if (flags & (kLSItemInfoIsInvisible | kLSItemInfoIsVolume) || isFolder)
         return true;
-    NSString *text = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:subpath length:length];
+    NSString *text = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:subpath
+                                                                                 length:length];
     if (text)
         [listing.paths addObject:text];
     if (isPackage)
@@ -65,7 +66,8 @@ Boolean list(const char *subpath, size_t length, LSItemInfoFlags flags, void *co
     std::string path;
     if (!paths || !tarvik::getPathBytes(self, path))
         return paths;
-    CFURLRef url = CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), true);
+    CFURLRef url = CFURLCreateFromFileSystemRepresentation(
+        nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), true);
     Listing listing = {paths, {}};
     LSVisitItemsBelow(url, list, &listing);
     CFRelease(url);
@@ -76,7 +78,9 @@ Boolean list(const char *subpath, size_t length, LSItemInfoFlags flags, void *co
 {
     std::string path;
     UInt64 data = 0, resources = 0;
-    const bool found = tarvik::getPathBytes(self, path) && FSGetForkSizes(reinterpret_cast<const UInt8 *>(path.c_str()), &data, &resources) == noErr;
+    const bool found =
+        tarvik::getPathBytes(self, path) &&
+        FSGetForkSizes(reinterpret_cast<const UInt8 *>(path.c_str()), &data, &resources) == noErr;
     return found ? data + resources : 0;
 }
 

@@ -1,6 +1,7 @@
 #include <Tarvik/support/Guard.h>
 #import <system/private/PathBytes.h>
 
+#include <algorithm>
 #include <cstring>
 
 bool tarvik::getPathBytes(NSString *path, std::string &bytes)
@@ -16,13 +17,14 @@ bool tarvik::getPathBytes(NSString *path, std::string &bytes)
 
 NSString *tarvik::pathText(const char *bytes)
 {
-    return [[NSFileManager defaultManager] stringWithFileSystemRepresentation:bytes length:std::strlen(bytes)];
+    return [[NSFileManager defaultManager] stringWithFileSystemRepresentation:bytes
+                                                                       length:std::strlen(bytes)];
 }
 
-NSString *tarvik::pathText(const FSRef *ref)
+NSString *tarvik::pathText(const FSRef *ref, size_t size)
 {
-    UInt8 path[4097] = {};  // the platform's longest path
-    if (!ref || FSRefMakePath(ref, path, sizeof path) != noErr || !path[0])
+    UInt8 path[kLongestPath] = {};
+    if (!ref || FSRefMakePath(ref, path, UInt32(std::min(size, sizeof path))) != noErr || !path[0])
         return nil;
     return pathText(reinterpret_cast<const char *>(path));
 }

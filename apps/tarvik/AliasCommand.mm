@@ -15,9 +15,13 @@ namespace {
 /// A path of the command line, any bytes.
 NSString *pathOf(const std::string &word)
 {
-    return [[NSFileManager defaultManager] stringWithFileSystemRepresentation:word.c_str() length:word.size()];
+    return [[NSFileManager defaultManager] stringWithFileSystemRepresentation:word.c_str()
+                                                                       length:word.size()];
 }
-std::string bytesOf(NSString *path) { return [[NSFileManager defaultManager] fileSystemRepresentationWithPath:path]; }
+std::string bytesOf(NSString *path)
+{
+    return [[NSFileManager defaultManager] fileSystemRepresentationWithPath:path];
+}
 
 struct Disposed {
     void operator()(AliasHandle alias) const { DisposeHandle(reinterpret_cast<Handle>(alias)); }
@@ -101,13 +105,16 @@ int show(const Arguments &arguments)
         FSRef ref;
         Boolean isAlias = false, isFolder = false;
         std::vector<char> path(PATH_MAX);
-        if (FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>(word.c_str()), kFSPathMakeRefDoNotFollowLeafSymlink, &ref, nullptr) != noErr)
+        if (FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>(word.c_str()),
+                                     kFSPathMakeRefDoNotFollowLeafSymlink, &ref, nullptr) != noErr)
             throw Failure(word + ": is not there");
         FSIsAliasFile(&ref, &isAlias, &isFolder);
         const OSErr error = isAlias ? FSResolveAliasFile(&ref, true, &isFolder, &isAlias) : OSErr(noErr);
-        const std::string end = error == noErr && FSRefMakePath(&ref, reinterpret_cast<UInt8 *>(path.data()), UInt32(path.size())) == noErr ? path.data()
-                                : error == bdNamErr                                                                                     ? "(runs in a circle)"
-                                                                                                                                        : "(leads nowhere)";
+        const std::string end = error == noErr && FSRefMakePath(&ref, reinterpret_cast<UInt8 *>(path.data()),
+                                                                UInt32(path.size())) == noErr
+                                    ? path.data()
+                                : error == bdNamErr ? "(runs in a circle)"
+                                                    : "(leads nowhere)";
         if (isAlias)
             std::printf("%s -> %s\n", word.c_str(), end.c_str());
         else

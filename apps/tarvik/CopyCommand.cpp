@@ -34,7 +34,10 @@ Target targetOf(std::string path, bool mustBeFolder)
     if (mustBeFolder)
         throw Failure(path + ": not a folder (several files need one to be copied into)");
     const size_t slash = path.rfind('/');
-    std::string folder = slash == path.npos ? "." : slash == 0 ? "/" : path.substr(0, slash), name = path.substr(slash + 1);
+    std::string folder = slash == path.npos ? "."
+                         : slash == 0       ? "/"
+                                            : path.substr(0, slash),
+                name = path.substr(slash + 1);
     for (char &c : name)
         if (c == ':')
             c = '/';  // as names have it
@@ -49,7 +52,8 @@ bool isBelow(const std::string &path, const std::string &folder)
     return path == folder || path.starts_with(folder == "/" ? folder : folder + "/");
 }
 
-/// Copies items, folders with all they hold. What fails in a folder is told of, and keeps nothing else from being copied.
+/// Copies items, folders with all they hold. What fails in a folder is told of, and keeps nothing else from
+/// being copied.
 class Copier {
 public:
     explicit Copier(uint64_t total) : progress_("copy", total) {}
@@ -71,14 +75,17 @@ public:
     bool isWhole() const { return isWhole_; }
 
 private:
-    void copyFile(const std::string &path, const FSRef &source, const FSCatalogInfo &info, const FSRef &folder, CFStringRef name)
+    void copyFile(const std::string &path, const FSRef &source, const FSCatalogInfo &info,
+                  const FSRef &folder, CFStringRef name)
     {
         if (info.dataLogicalSize > UINT32_MAX)
             throw Failure(path + ": larger than 4 GiB, which a copy of forks does not take (use cp)");
         if (!FSCopyFile(&source, &folder, name, nullptr))
             throw Failure(path + (hasReadableResources(source)
-                                      ? ": could not be copied to " + pathOfItem(folder) + " (is it writable, has it room?)"
-                                      : ": the contents alone were copied (the file ._NAME beside it is no sound AppleDouble file)"));
+                                      ? ": could not be copied to " + pathOfItem(folder) +
+                                            " (is it writable, has it room?)"
+                                      : ": the contents alone were copied (the file ._NAME beside it is no "
+                                        "sound AppleDouble file)"));
         progress_.advance(info.dataLogicalSize + info.rsrcLogicalSize);
     }
 
@@ -87,7 +94,8 @@ private:
         HFSUniStr255 fork;
         FSIORefNum number;
         FSGetResourceForkName(&fork);
-        return FSOpenFork(&source, fork.length, fork.unicode, fsRdPerm, &number) == noErr && FSCloseFork(number) == noErr;
+        return FSOpenFork(&source, fork.length, fork.unicode, fsRdPerm, &number) == noErr &&
+               FSCloseFork(number) == noErr;
     }
 
     void copyLink(const fs::path &path, const FSRef &folder)
@@ -101,7 +109,8 @@ private:
             throw systemFailure(path, error.value());
     }
 
-    void copyFolder(const std::string &path, const FSRef &source, const FSCatalogInfo &info, const FSRef &folder, CFStringRef name)
+    void copyFolder(const std::string &path, const FSRef &source, const FSCatalogInfo &info,
+                    const FSRef &folder, CFStringRef name)
     {
         if (isBelow(pathOfItem(folder), pathOfItem(source)))
             throw Failure(path + ": a folder can't be copied into itself");
@@ -110,11 +119,12 @@ private:
         HFSUniStr255 record;
         CFStringGetHFSUniStr255(name, &record);
         if (isNew) {
-            const OSErr error =
-                FSCreateDirectoryUnicode(&folder, record.length, record.unicode, kFSCatInfoNone, nullptr, &copy, nullptr, nullptr);
+            const OSErr error = FSCreateDirectoryUnicode(&folder, record.length, record.unicode,
+                                                         kFSCatInfoNone, nullptr, &copy, nullptr, nullptr);
             if (error != noErr)
                 throw fileFailure(path, error);
-        } else if (!(catalogOf(copy, kFSCatInfoNodeFlags, pathOfItem(copy)).nodeFlags & kFSNodeIsDirectoryMask)) {
+        } else if (!(catalogOf(copy, kFSCatInfoNodeFlags, pathOfItem(copy)).nodeFlags &
+                     kFSNodeIsDirectoryMask)) {
             throw Failure(pathOfItem(copy) + ": is in the way of a folder");
         }
         copyContents(path, copy);
@@ -159,7 +169,8 @@ int run(const Arguments &arguments)
 
     uint64_t total = 0;
     for (const std::string &path : sources)
-        if (UInt64 data, resources; FSGetForkSizes(reinterpret_cast<const UInt8 *>(path.c_str()), &data, &resources) == noErr)
+        if (UInt64 data, resources;
+            FSGetForkSizes(reinterpret_cast<const UInt8 *>(path.c_str()), &data, &resources) == noErr)
             total += data + resources;
     Copier copier(total);
     const int status = forEachFile("copy", sources, [&](const std::string &path) {
@@ -174,8 +185,10 @@ const Registration registration({
     .name = "copy",
     .summary = "copy files and folders with both forks, label, type and dates",
     .usage = "SOURCE... TARGET",
-    .details = "TARGET is a folder, or the copy's name when there is one SOURCE. A file of that name is replaced, a folder of that name\n"
-               "takes in what the source holds. Links in a folder are copied as links. Data are shared with the original, or copied\n"
+    .details = "TARGET is a folder, or the copy's name when there is one SOURCE. A file of that name is "
+               "replaced, a folder of that name\n"
+               "takes in what the source holds. Links in a folder are copied as links. Data are shared with "
+               "the original, or copied\n"
                "by the kernel, where the file system can.\n\n"
                "Examples:\n"
                "  tarvik copy Icon Icon.backup\n"

@@ -16,8 +16,9 @@ struct Label {
     const char *name;
     const char *escape;  // the terminal's colour
 };
-constexpr Label kLabels[kLabelColorCount] = {{"none", ""},           {"red", "\033[31m"},    {"orange", "\033[38;5;208m"}, {"yellow", "\033[33m"},
-                                             {"blue", "\033[34m"},   {"purple", "\033[35m"}, {"green", "\033[32m"},        {"gray", "\033[90m"}};
+constexpr Label kLabels[kLabelColorCount] = {
+    {"none", ""},         {"red", "\033[31m"},    {"orange", "\033[38;5;208m"}, {"yellow", "\033[33m"},
+    {"blue", "\033[34m"}, {"purple", "\033[35m"}, {"green", "\033[32m"},        {"gray", "\033[90m"}};
 
 std::string coloured(UInt32 index, const std::string &text)
 {
@@ -29,7 +30,8 @@ UInt32 labelOf(const std::string &word)
     for (UInt32 index = 0; index < kLabelColorCount; ++index)
         if (word == kLabels[index].name || word == std::to_string(index))
             return index;
-    throw UsageError("'" + word + "' is no label (none, red, orange, yellow, blue, purple, green, gray, or 0 to 7)");
+    throw UsageError("'" + word +
+                     "' is no label (none, red, orange, yellow, blue, purple, green, gray, or 0 to 7)");
 }
 
 /// A type or creator: up to four characters, filled up with spaces; empty for none.
@@ -69,7 +71,10 @@ HFSUniStr255 forkName(bool isResource)
     return name;
 }
 
-void printLine(const char *name, const std::string &value) { writeOutput(std::string(name) + std::string(12 - std::strlen(name), ' ') + value + "\n"); }
+void printLine(const char *name, const std::string &value)
+{
+    writeOutput(std::string(name) + std::string(12 - std::strlen(name), ' ') + value + "\n");
+}
 
 int info(const Arguments &arguments)
 {
@@ -92,7 +97,8 @@ int info(const Arguments &arguments)
         printLine("creator", shownCode(info.finderInfo + kCreatorAt));
         printLine("label", coloured(label, kLabels[label].name));
         char mode[64];
-        std::snprintf(mode, sizeof mode, "%04o, user %u, group %u", info.permissions.mode & 07777, info.permissions.userID, info.permissions.groupID);
+        std::snprintf(mode, sizeof mode, "%04o, user %u, group %u", info.permissions.mode & 07777,
+                      info.permissions.userID, info.permissions.groupID);
         printLine("mode", mode);
         printLine("created", shownDate(info.createDate));
         printLine("modified", shownDate(info.contentModDate));
@@ -130,7 +136,8 @@ int type(const Arguments &arguments)
         if (newCreator)
             std::memcpy(info.finderInfo + kCreatorAt, creatorCode.data(), kCodeLength);
         if (!newType && !newCreator)
-            writeOutput(shownCode(info.finderInfo + kTypeAt) + " " + shownCode(info.finderInfo + kCreatorAt) + "  " + path + "\n");
+            writeOutput(shownCode(info.finderInfo + kTypeAt) + " " + shownCode(info.finderInfo + kCreatorAt) +
+                        "  " + path + "\n");
         else if (const OSErr error = FSSetCatalogInfo(&ref, kFSCatInfoFinderInfo, &info); error != noErr)
             throw fileFailure(path, error);
     });
@@ -146,7 +153,8 @@ int forks(const Arguments &arguments)
         OSErr error;
         while ((error = FSIterateForks(&ref, &place, &name, &size, nullptr)) == noErr) {
             char line[64];
-            std::snprintf(line, sizeof line, "%-9s %12lld  ", name.length == 0 ? "data" : "resource", static_cast<long long>(size));
+            std::snprintf(line, sizeof line, "%-9s %12lld  ", name.length == 0 ? "data" : "resource",
+                          static_cast<long long>(size));
             writeOutput(line + path + "\n");
         }
         if (error != errFSNoMoreItems)
@@ -226,13 +234,17 @@ const Option kResourceOption = {'r', "resource", nullptr, "the resource fork, no
 const Registration registration({
     .name = "file",
     .summary = "what files carry besides their contents: forks, labels, types",
-    .details = "A file's resource fork, label, type and creator are kept in an AppleDouble file beside it, ._NAME.\n\n"
+    .details = "A file's resource fork, label, type and creator are kept in an AppleDouble file beside it, "
+               "._NAME.\n\n"
                "Examples:\n"
                "  tarvik file label --set=red *.txt\n"
                "  tarvik file cat --resource Icon > icon.rsrc\n"
                "  tarvik file type --type=TEXT --creator=ttxt notes",
     .subcommands =
-        {{.name = "info", .summary = "all that is known of files and folders", .usage = "FILE...", .run = info},
+        {{.name = "info",
+          .summary = "all that is known of files and folders",
+          .usage = "FILE...",
+          .run = info},
          {.name = "label",
           .summary = "show or set label colours",
           .usage = "[--set=COLOUR] FILE...",
@@ -243,7 +255,8 @@ const Registration registration({
          {.name = "type",
           .summary = "show or set types and creators",
           .usage = "[OPTION]... FILE...",
-          .details = "Codes have four characters; shorter ones are filled up with spaces, an empty one clears it.\n\n"
+          .details = "Codes have four characters; shorter ones are filled up with spaces, an empty one "
+                     "clears it.\n\n"
                      "Example:\n  tarvik file type --type=TEXT notes",
           .options = {{'t', "type", "CODE", "set the type"}, {'c', "creator", "CODE", "set the creator"}},
           .run = type},
@@ -257,7 +270,8 @@ const Registration registration({
          {.name = "put",
           .summary = "replace a fork by standard input",
           .usage = "[OPTION]... FILE",
-          .details = "A resource fork is replaced whole or not at all.\n\nExample:\n  tarvik file put --resource Icon < icon.rsrc",
+          .details = "A resource fork is replaced whole or not at all.\n\nExample:\n  tarvik file put "
+                     "--resource Icon < icon.rsrc",
           .options = {kResourceOption, {'f', "from", "INPUT", "read this file instead"}},
           .run = put}},
 });

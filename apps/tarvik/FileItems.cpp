@@ -19,7 +19,9 @@ Failure fileFailure(const std::string &path, OSStatus error)
         case bdNamErr: return "no usable name, or links that lead nowhere";
         case fLckdErr: return "the file is locked";
         case dupFNErr: return "the name is taken";
-        case ioErr: return "can't be read or written; is the companion file (._NAME beside it) damaged, or something else?";
+        case ioErr:
+            return "can't be read or written; is the companion file (._NAME beside it) damaged, or something "
+                   "else?";
         default: return "error " + std::to_string(error);
         }
     };
@@ -29,7 +31,9 @@ Failure fileFailure(const std::string &path, OSStatus error)
 FSRef itemAt(const std::string &path, OptionBits options)
 {
     FSRef ref;
-    if (const OSStatus error = FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>(path.c_str()), options, &ref, nullptr); error != noErr)
+    if (const OSStatus error =
+            FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>(path.c_str()), options, &ref, nullptr);
+        error != noErr)
         throw fileFailure(path, error);
     return ref;
 }
@@ -48,7 +52,8 @@ FSCatalogInfo catalogOf(const FSRef &ref, FSCatalogInfoBitmap which, const std::
     return info;
 }
 
-int forEachFile(const char *command, const std::vector<std::string> &paths, const std::function<void(const std::string &)> &work)
+int forEachFile(const char *command, const std::vector<std::string> &paths,
+                const std::function<void(const std::string &)> &work)
 {
     int status = kSuccess;
     for (const std::string &path : paths) {

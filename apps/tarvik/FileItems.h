@@ -15,4 +15,5 @@ FSCatalogInfo catalogOf(const FSRef &ref, FSCatalogInfoBitmap which, const std::
 /// "PATH: why".
 Failure fileFailure(const std::string &path, OSStatus error);
 /// Runs the work on each path; one that fails is told of and does not keep the others from being done.
-int forEachFile(const char *command, const std::vector<std::string> &paths, const std::function<void(const std::string &)> &work);
+int forEachFile(const char *command, const std::vector<std::string> &paths,
+                const std::function<void(const std::string &)> &work);

@@ -18,14 +18,17 @@ using URL = std::unique_ptr<const __CFURL, Released>;
 bool isURL(const std::string &word)
 {
     const size_t colon = word.find(':');
-    return colon != word.npos && colon > 1 && word.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789+-.") == colon;
+    return colon != word.npos && colon > 1 &&
+           word.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789+-.") ==
+               colon;
 }
 
 URL urlOf(const std::string &word)
 {
     const auto *bytes = reinterpret_cast<const UInt8 *>(word.data());
-    URL url(isURL(word) ? CFURLCreateWithBytes(nullptr, bytes, CFIndex(word.size()), kCFStringEncodingUTF8, nullptr)
-                        : CFURLCreateFromFileSystemRepresentation(nullptr, bytes, CFIndex(word.size()), false));
+    URL url(isURL(word)
+                ? CFURLCreateWithBytes(nullptr, bytes, CFIndex(word.size()), kCFStringEncodingUTF8, nullptr)
+                : CFURLCreateFromFileSystemRepresentation(nullptr, bytes, CFIndex(word.size()), false));
     if (!url)
         throw Failure(word + ": is neither a path nor a URL");
     return url;
@@ -34,7 +37,9 @@ URL urlOf(const std::string &word)
 std::string pathOf(CFURLRef url)
 {
     char path[PATH_MAX];
-    return url && CFURLGetFileSystemRepresentation(url, true, reinterpret_cast<UInt8 *>(path), sizeof path) ? path : "";
+    return url && CFURLGetFileSystemRepresentation(url, true, reinterpret_cast<UInt8 *>(path), sizeof path)
+               ? path
+               : "";
 }
 
 std::string reasonOf(OSStatus error)
@@ -54,7 +59,8 @@ int run(const Arguments &arguments)
     if (const auto name = arguments.value("with")) {
         CFURLRef found = nullptr;
         if (name->find('/') == name->npos)
-            LSFindApplicationForInfo(kLSUnknownCreator, (CFStringRef)textOf(*name), (CFStringRef)textOf(*name), nullptr, &found);
+            LSFindApplicationForInfo(kLSUnknownCreator, (CFStringRef)textOf(*name),
+                                     (CFStringRef)textOf(*name), nullptr, &found);
         else
             found = urlOf(*name).release();
         if (!found)
@@ -71,8 +77,10 @@ int run(const Arguments &arguments)
             continue;
         }
         const void *items[] = {url.get()};
-        const std::unique_ptr<const void, Released> list(CFArrayCreate(nullptr, items, 1, &kCFTypeArrayCallBacks));
-        const LSLaunchURLSpec spec = {application.get(), static_cast<CFArrayRef>(list.get()), nullptr, kLSLaunchDefaults, nullptr};
+        const std::unique_ptr<const void, Released> list(
+            CFArrayCreate(nullptr, items, 1, &kCFTypeArrayCallBacks));
+        const LSLaunchURLSpec spec = {application.get(), static_cast<CFArrayRef>(list.get()), nullptr,
+                                      kLSLaunchDefaults, nullptr};
         if (const OSStatus error = LSOpenFromURLSpec(&spec, nullptr))
             throw Failure(word + ": " + reasonOf(error));
     }
@@ -83,12 +91,14 @@ const Registration registration({
     .name = "open",
     .summary = "open files, folders, URLs and applications",
     .usage = "[--with=APPLICATION|--which] FILE|URL...",
-    .details = "Opens each with the application that the desktop (by MIME type) or a GNUstep application names for it, and doesn't wait for it.\n\n"
+    .details = "Opens each with the application that the desktop (by MIME type) or a GNUstep application "
+               "names for it, and doesn't wait for it.\n\n"
                "Examples:\n"
                "  tarvik open report.pdf https://www.gnustep.org/\n"
                "  tarvik open --with=Ink.app letter.rtf\n"
                "  tarvik open --which photo.png",
-    .options = {{'w', "with", "APPLICATION", "a path, the name of a folder X.app, a bundle identifier, or a desktop entry"},
+    .options = {{'w', "with", "APPLICATION",
+                 "a path, the name of a folder X.app, a bundle identifier, or a desktop entry"},
                 {0, "which", nullptr, "only print which application would open it"}},
     .run = inPool(run),
 });

@@ -13,18 +13,21 @@ namespace {
 
 NSString *pathOf(const std::string &word)
 {
-    return [[NSFileManager defaultManager] stringWithFileSystemRepresentation:word.c_str() length:word.size()];
+    return [[NSFileManager defaultManager] stringWithFileSystemRepresentation:word.c_str()
+                                                                       length:word.size()];
 }
 
 int run(const Arguments &arguments)
 {
     const bool sizes = arguments.has("sizes"), zero = arguments.has("null");
-    for (const std::string &word : arguments.rest().empty() ? std::vector<std::string>{"."} : arguments.rest()) {
+    for (const std::string &word :
+         arguments.rest().empty() ? std::vector<std::string>{"."} : arguments.rest()) {
         NSString *folder = pathOf(word);
         if (![folder existsDirectory])
             throw systemFailure(word, [folder exists] ? ENOTDIR : ENOENT);
         if (arguments.has("total")) {
-            std::printf("%llu\t%s%c", static_cast<unsigned long long>([folder logicalSize]), word.c_str(), zero ? 0 : '\n');
+            std::printf("%llu\t%s%c", static_cast<unsigned long long>([folder logicalSize]), word.c_str(),
+                        zero ? 0 : '\n');
             continue;
         }
         std::string out;
@@ -48,7 +51,8 @@ const Registration registration({
     .name = "tree",
     .summary = "the files below folders, each package as one",
     .usage = "[--sizes|--total] [--null] [FOLDER]...",
-    .details = "Lists files and packages (folders such as Ink.app) by their paths within the folder, invisible ones left out.\n"
+    .details = "Lists files and packages (folders such as Ink.app) by their paths within the folder, "
+               "invisible ones left out.\n"
                "Sizes are those of both forks, in bytes.\n\n"
                "Examples:\n"
                "  tarvik tree --sizes ~/Documents | sort -rn | head\n"

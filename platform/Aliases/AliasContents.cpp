@@ -13,7 +13,18 @@ constexpr uint16_t kFormat = 1;
 constexpr char kMark[] = {'T', 'v', 'A', 'l'};
 
 enum Tag : uint16_t {
-    kPath = 1, kRelativePath, kVolumePath, kVolumeUUID, kVolumeType, kVolumeID, kDevice, kItem, kParent, kItemHandle, kParentHandle, kLikeness
+    kPath = 1,
+    kRelativePath,
+    kVolumePath,
+    kVolumeUUID,
+    kVolumeType,
+    kVolumeID,
+    kDevice,
+    kItem,
+    kParent,
+    kItemHandle,
+    kParentHandle,
+    kLikeness
 };
 
 template <class Number>
@@ -88,8 +99,8 @@ private:
 bool unpack(std::string_view bytes, ItemIdentity &item)
 {
     Reader reader(bytes);
-    return reader.take(item.inode) && reader.take(item.birthSeconds) && reader.take(item.birthNanoseconds) && reader.take(item.kind) &&
-           reader.rest().empty();
+    return reader.take(item.inode) && reader.take(item.birthSeconds) && reader.take(item.birthNanoseconds) &&
+           reader.take(item.kind) && reader.rest().empty();
 }
 
 bool unpack(std::string_view bytes, KernelHandle &handle)
@@ -117,7 +128,8 @@ bool unpackText(std::string_view bytes, std::string &text)
 /// A path without a part that could lead elsewhere; a relative one may start with parts "..".
 bool unpackPath(std::string_view bytes, bool absolute, std::string &path)
 {
-    if (bytes.empty() || bytes.size() >= PATH_MAX || bytes.find('\0') != bytes.npos || (bytes[0] == '/') != absolute)
+    if (bytes.empty() || bytes.size() >= PATH_MAX || bytes.find('\0') != bytes.npos ||
+        (bytes[0] == '/') != absolute)
         return false;
     path = bytes;
     if (path == "/")
@@ -150,8 +162,8 @@ bool unpackField(uint16_t tag, std::string_view bytes, AliasContents &contents)
     case kParentHandle: return unpack(bytes, contents.parentHandle);
     case kLikeness: {
         Reader reader(bytes);
-        return reader.take(contents.size) && reader.take(contents.modifiedSeconds) && reader.take(contents.modifiedNanoseconds) &&
-               reader.rest().empty();
+        return reader.take(contents.size) && reader.take(contents.modifiedSeconds) &&
+               reader.take(contents.modifiedNanoseconds) && reader.rest().empty();
     }
     default: return true;  // of a later version
     }
@@ -161,7 +173,8 @@ bool unpackField(uint16_t tag, std::string_view bytes, AliasContents &contents)
 
 uint32_t fieldsSum(std::string_view fields)
 {
-    // tables[k][b]: what a byte b does to the sum when k zero bytes follow it. Four bytes are taken at a time.
+    // tables[k][b]: what a byte b does to the sum when k zero bytes follow it. Four bytes are taken at a
+    // time.
     static constexpr auto tables = [] {
         std::array<std::array<uint32_t, 256>, 4> made{};
         for (uint32_t i = 0; i < 256; ++i) {
@@ -179,7 +192,8 @@ uint32_t fieldsSum(std::string_view fields)
     uint32_t value = ~0u;
     for (; fields.size() >= 4; fields.remove_prefix(4)) {
         value ^= byte(0) | byte(1) << 8 | byte(2) << 16 | byte(3) << 24;
-        value = tables[3][value & 0xFF] ^ tables[2][value >> 8 & 0xFF] ^ tables[1][value >> 16 & 0xFF] ^ tables[0][value >> 24];
+        value = tables[3][value & 0xFF] ^ tables[2][value >> 8 & 0xFF] ^ tables[1][value >> 16 & 0xFF] ^
+                tables[0][value >> 24];
     }
     for (size_t i = 0; i < fields.size(); ++i)
         value = tables[0][(value ^ byte(i)) & 0xFF] ^ value >> 8;
@@ -228,15 +242,16 @@ std::optional<AliasContents> decode(std::string_view record)
     uint32_t userType, sum;
     uint16_t length, format;
     std::string_view mark, fields;
-    if (!head.take(userType) || !head.take(length) || !head.take(format) || !head.take(mark, sizeof kMark) || !head.take(sum) ||
-        length < kHeadLength || !head.take(fields, length - kHeadLength) || format != kFormat ||
-        mark != std::string_view(kMark, sizeof kMark) || sum != fieldsSum(fields))
+    if (!head.take(userType) || !head.take(length) || !head.take(format) || !head.take(mark, sizeof kMark) ||
+        !head.take(sum) || length < kHeadLength || !head.take(fields, length - kHeadLength) ||
+        format != kFormat || mark != std::string_view(kMark, sizeof kMark) || sum != fieldsSum(fields))
         return std::nullopt;
     AliasContents contents;
     for (Reader reader(fields); !reader.rest().empty();) {
         uint16_t tag, size;
         std::string_view bytes;
-        if (!reader.take(tag) || !reader.take(size) || !reader.take(bytes, size) || !unpackField(tag, bytes, contents))
+        if (!reader.take(tag) || !reader.take(size) || !reader.take(bytes, size) ||
+            !unpackField(tag, bytes, contents))
             return std::nullopt;
     }
     if (contents.path.empty())

@@ -32,7 +32,8 @@ std::string contentsOf(const std::string &path)
 {
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
     struct stat about;
-    if (!file || fstat(file.get(), &about) != 0 || !S_ISREG(about.st_mode) || size_t(about.st_size) > kMaxDesktopEntry)
+    if (!file || fstat(file.get(), &about) != 0 || !S_ISREG(about.st_mode) ||
+        size_t(about.st_size) > kMaxDesktopEntry)
         return {};
     std::string text(size_t(about.st_size), '\0');
     const ssize_t count = pread(file.get(), text.data(), text.size(), 0);
@@ -45,10 +46,12 @@ std::string contentsOf(const std::string &path)
 std::string desktopEntryType(std::string_view text, std::string *url)
 {
     const std::unique_ptr<GKeyFile, ReleaseBy<g_key_file_unref>> entry(g_key_file_new());
-    if (text.empty() || !g_key_file_load_from_data(entry.get(), text.data(), text.size(), G_KEY_FILE_NONE, nullptr))
+    if (text.empty() ||
+        !g_key_file_load_from_data(entry.get(), text.data(), text.size(), G_KEY_FILE_NONE, nullptr))
         return {};
     const Text type(g_key_file_get_string(entry.get(), "Desktop Entry", "Type", nullptr));
-    if (const Text found(url ? g_key_file_get_string(entry.get(), "Desktop Entry", "URL", nullptr) : nullptr); found)
+    if (const Text found(url ? g_key_file_get_string(entry.get(), "Desktop Entry", "URL", nullptr) : nullptr);
+        found)
         *url = found.get();
     return type ? type.get() : "";
 }
@@ -129,12 +132,15 @@ OSErr FSIsAliasFile(const FSRef *fileRef, Boolean *aliasFileFlag, Boolean *folde
     return noErr;
 }
 
-OSErr FSResolveAliasFile(FSRef *theRef, Boolean resolveAliasChains, Boolean *targetIsFolder, Boolean *wasAliased)
+OSErr FSResolveAliasFile(FSRef *theRef, Boolean resolveAliasChains, Boolean *targetIsFolder,
+                         Boolean *wasAliased)
 {
-    return FSResolveAliasFileWithMountFlags(theRef, resolveAliasChains, targetIsFolder, wasAliased, kResolveAliasFileNoUI);
+    return FSResolveAliasFileWithMountFlags(theRef, resolveAliasChains, targetIsFolder, wasAliased,
+                                            kResolveAliasFileNoUI);
 }
 
-OSErr FSResolveAliasFileWithMountFlags(FSRef *theRef, Boolean resolveAliasChains, Boolean *targetIsFolder, Boolean *wasAliased, unsigned long)
+OSErr FSResolveAliasFileWithMountFlags(FSRef *theRef, Boolean resolveAliasChains, Boolean *targetIsFolder,
+                                       Boolean *wasAliased, unsigned long)
 {
     if (!theRef || !targetIsFolder || !wasAliased)
         return paramErr;

@@ -3,6 +3,7 @@
 #include "platform/Aliases/private/Nearby.h"
 #include "platform/Aliases/private/Volumes.h"
 #include "platform/Files/private/Errors.h"
+#include "platform/Files/private/References.h"
 
 #include <Tarvik/support/Handle.h>
 #include <fcntl.h>
@@ -22,17 +23,17 @@ constexpr size_t kMaxEntries = 100'000, kMaxEntriesByName = 20'000;
 constexpr unsigned kAnyDepth = UINT_MAX, kDepthByName = 3;
 
 using Status = struct statx;
+using files::folderOf;
+using files::nameOf;
 
 bool inspect(int folder, const char *path, int flags, Status &about)
 {
     return statx(folder, path, flags | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT,
-                 STATX_TYPE | STATX_INO | STATX_BTIME | STATX_SIZE | STATX_MTIME | STATX_NLINK | STATX_MNT_ID, &about) == 0;
+                 STATX_TYPE | STATX_INO | STATX_BTIME | STATX_SIZE | STATX_MTIME | STATX_NLINK | STATX_MNT_ID,
+                 &about) == 0;
 }
 bool inspect(const std::string &path, Status &about) { return inspect(AT_FDCWD, path.c_str(), 0, about); }
 uint64_t deviceOf(const Status &about) { return uint64_t(about.stx_dev_major) << 32 | about.stx_dev_minor; }
-
-std::string folderOf(const std::string &path) { return path.substr(0, std::max<size_t>(path.rfind('/'), 1)); }
-std::string nameOf(const std::string &path) { return path.substr(path.rfind('/') + 1); }
 
 const Mount *mountOf(const Status &about, std::shared_ptr<const Mounts> &mounts)
 {
@@ -54,7 +55,8 @@ KernelHandle handleOf(const std::string &path)
     int mount;
     if (name_to_handle_at(AT_FDCWD, path.c_str(), &made.head, &mount, 0) != 0 || made.head.handle_bytes == 0)
         return {};
-    return {made.head.handle_type, std::string(reinterpret_cast<const char *>(made.head.f_handle), made.head.handle_bytes)};
+    return {made.head.handle_type,
+            std::string(reinterpret_cast<const char *>(made.head.f_handle), made.head.handle_bytes)};
 }
 
 /// The way from a folder to an item, both absolute: "../x/y".
@@ -88,7 +90,8 @@ public:
 
     OSErr run(const std::string &startingFile, Order order)
     {
-        if (!startingFile.empty() && !wanted_.relativePath.empty() && isThere(resolved(folderOf(startingFile), wanted_.relativePath)))
+        if (!startingFile.empty() && !wanted_.relativePath.empty() &&
+            isThere(resolved(folderOf(startingFile), wanted_.relativePath)))
             return noErr;
         if (order == Order::IdentityFirst && inspect(wanted_.path, about_) && isWanted())
             return path_ = wanted_.path, noErr;
@@ -131,7 +134,10 @@ private:
     }
 
     /// The item that is wanted, not another one.
-    bool isItem(const std::string &path) { return inspect(path, about_) && isWanted() && (path_ = path, true); }
+    bool isItem(const std::string &path)
+    {
+        return inspect(path, about_) && isWanted() && (path_ = path, true);
+    }
 
     bool atRecordedPath()
     {
@@ -154,7 +160,8 @@ private:
     {
         for (const Mount *place : places_)
             if (const auto rest = below(wanted_.volumePath, place->root))
-                if (const std::string path = rest->empty() ? place->point : joined(place->point, *rest); isThere(path) && isOn(place))
+                if (const std::string path = rest->empty() ? place->point : joined(place->point, *rest);
+                    isThere(path) && isOn(place))
                     return true;
         return false;
     }
@@ -192,7 +199,8 @@ private:
     {
         for (const Mount *place : places_)
             if (const auto rest = below(wanted_.volumePath, place->root); rest && !rest->empty())
-                if (const std::string folder = folderOf(joined(place->point, *rest)); inspect(folder, about_) && S_ISDIR(about_.stx_mode))
+                if (const std::string folder = folderOf(joined(place->point, *rest));
+                    inspect(folder, about_) && S_ISDIR(about_.stx_mode))
                     folders_.push_back(folder);
         bool gone = false;
         byHandle(wanted_.parentHandle, [this](const std::string &path) { return addFolder(path); }, gone);
@@ -223,7 +231,8 @@ private:
         return found || (!other.empty() && isItem(other));
     }
 
-    /// The path of what a kernel's handle names, handed to `accept`. Only root may ask; `gone` tells that there is no such item any more.
+    /// The path of what a kernel's handle names, handed to `accept`. Only root may ask; `gone` tells that
+    /// there is no such item any more.
     template <class Accept>
     bool byHandle(const KernelHandle &handle, Accept &&accept, bool &gone)
     {
@@ -240,7 +249,8 @@ private:
             const FileDescriptor volume(open(place->point.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
             if (!volume)
                 continue;
-            const FileDescriptor item(open_by_handle_at(volume.get(), &wanted.head, O_PATH | O_CLOEXEC | O_NOFOLLOW));
+            const FileDescriptor item(
+                open_by_handle_at(volume.get(), &wanted.head, O_PATH | O_CLOEXEC | O_NOFOLLOW));
             Status about;
             if (!item) {
                 gone = errno == ESTALE;
@@ -253,8 +263,10 @@ private:
                 return false;
             }
             char path[PATH_MAX];
-            const ssize_t length = readlink(("/proc/self/fd/" + std::to_string(item.get())).c_str(), path, sizeof path);
-            // A file whose folder the kernel has forgotten has no path; one outside what this mount shows neither.
+            const ssize_t length =
+                readlink(("/proc/self/fd/" + std::to_string(item.get())).c_str(), path, sizeof path);
+            // A file whose folder the kernel has forgotten has no path; one outside what this mount shows
+            // neither.
             if (length > 0 && length < ssize_t(sizeof path) && accept(std::string(path, size_t(length))))
                 return true;
         }
@@ -280,7 +292,8 @@ private:
         if (wanted_.item.kind != S_IFREG || wanted_.size == 0)
             return false;
         return nearby(kDepthByName, kMaxEntriesByName, [&](const Entry &entry) {
-            return entry.name == name && (entry.kind == DT_REG || entry.kind == DT_UNKNOWN) && isThere(entry.path()) && looksTheSame();
+            return entry.name == name && (entry.kind == DT_REG || entry.kind == DT_UNKNOWN) &&
+                   isThere(entry.path()) && looksTheSame();
         });
     }
     bool looksTheSame() const
@@ -301,7 +314,8 @@ private:
 
 }  // namespace
 
-OSErr describe(const std::string &path, const std::string &startingFile, bool minimal, AliasContents &contents)
+OSErr describe(const std::string &path, const std::string &startingFile, bool minimal,
+               AliasContents &contents)
 {
     Status about, other;
     if (!inspect(path, about))
@@ -326,7 +340,8 @@ OSErr describe(const std::string &path, const std::string &startingFile, bool mi
         contents.parentHandle = handleOf(folder);
     }
     contents.itemHandle = handleOf(path);
-    if (!startingFile.empty() && path != "/" && inspect(startingFile, other) && deviceOf(other) == contents.device)
+    if (!startingFile.empty() && path != "/" && inspect(startingFile, other) &&
+        deviceOf(other) == contents.device)
         contents.relativePath = relativePath(folderOf(startingFile), path);
     return noErr;
 }

@@ -105,7 +105,8 @@ OSErr FSResolveAlias(const FSRef *fromFile, AliasHandle alias, FSRef *target, Bo
     return FSResolveAliasWithMountFlags(fromFile, alias, target, wasChanged, kResolveAliasFileNoUI);
 }
 
-OSErr FSResolveAliasWithMountFlags(const FSRef *fromFile, AliasHandle inAlias, FSRef *target, Boolean *wasChanged, unsigned long mountFlags)
+OSErr FSResolveAliasWithMountFlags(const FSRef *fromFile, AliasHandle inAlias, FSRef *target,
+                                   Boolean *wasChanged, unsigned long mountFlags)
 {
     if (!inAlias || !*inAlias || !target || !wasChanged)
         return paramErr;
@@ -118,7 +119,9 @@ OSErr FSResolveAliasWithMountFlags(const FSRef *fromFile, AliasHandle inAlias, F
         Target found;
         OSErr error = pathOf(fromFile, start);
         if (!error)
-            error = find(*contents, start, mountFlags & kResolveAliasTryFileIDFirst ? Order::IdentityFirst : Order::PathFirst, found);
+            error = find(*contents, start,
+                         mountFlags & kResolveAliasTryFileIDFirst ? Order::IdentityFirst : Order::PathFirst,
+                         found);
         if (!error)
             error = tarvik::files::makeReference(found.path, found.about, target);
         if (error || !found.changed)

@@ -53,7 +53,8 @@ bool visitFolder(const std::string &folder, const Visitor &visit)
     return opened && visitOpenFolder(opened.get(), folder, visit);
 }
 
-bool visitNearby(std::string start, const std::string &top, unsigned depth, size_t entries, const Visitor &visit)
+bool visitNearby(std::string start, const std::string &top, unsigned depth, size_t entries,
+                 const Visitor &visit)
 {
     struct Waiting {
         std::string path;

@@ -19,8 +19,8 @@ OSErr pathOf(const FSRef *ref, std::string &path)
 OSErr referenceTo(const std::string &path, FSRef *ref, bool *isFolder)
 {
     Boolean folder = false;
-    const OSStatus error =
-        FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>(path.c_str()), kFSPathMakeRefDoNotFollowLeafSymlink, ref, &folder);
+    const OSStatus error = FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>(path.c_str()),
+                                                    kFSPathMakeRefDoNotFollowLeafSymlink, ref, &folder);
     if (isFolder)
         *isFolder = folder;
     return OSErr(error);

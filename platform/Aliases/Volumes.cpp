@@ -39,8 +39,8 @@ std::map<dev_t, std::string> uuids()
     DIR *folder = opendir("/dev/disk/by-uuid");
     while (const dirent *entry = folder ? readdir(folder) : nullptr) {
         struct stat about;
-        if (entry->d_name[0] != '.' && std::strlen(entry->d_name) <= 64 && fstatat(dirfd(folder), entry->d_name, &about, 0) == 0 &&
-            S_ISBLK(about.st_mode))
+        if (entry->d_name[0] != '.' && std::strlen(entry->d_name) <= 64 &&
+            fstatat(dirfd(folder), entry->d_name, &about, 0) == 0 && S_ISBLK(about.st_mode))
             found[about.st_rdev] = entry->d_name;
     }
     if (folder)
@@ -51,7 +51,8 @@ std::map<dev_t, std::string> uuids()
 /// Asking a server that is gone would hang; such volumes are known by their source.
 bool isRemote(const std::string &type)
 {
-    static const std::set<std::string, std::less<>> remote = {"nfs", "nfs4", "cifs", "smb3", "autofs", "afs", "ceph", "9p", "fuse.sshfs", "davfs"};
+    static const std::set<std::string, std::less<>> remote = {"nfs", "nfs4", "cifs", "smb3",       "autofs",
+                                                              "afs", "ceph", "9p",   "fuse.sshfs", "davfs"};
     return remote.contains(type);
 }
 
@@ -68,7 +69,9 @@ uint64_t fsid(const Mount &mount)
 
 bool isPseudo(const std::string &type)
 {
-    static const std::set<std::string, std::less<>> pseudo = {"proc", "sysfs", "cgroup", "cgroup2", "devpts", "debugfs", "tracefs", "mqueue", "securityfs", "pstore", "bpf", "configfs", "fusectl", "hugetlbfs", "binfmt_misc"};
+    static const std::set<std::string, std::less<>> pseudo = {
+        "proc",       "sysfs",  "cgroup", "cgroup2",  "devpts",  "debugfs",   "tracefs",    "mqueue",
+        "securityfs", "pstore", "bpf",    "configfs", "fusectl", "hugetlbfs", "binfmt_misc"};
     return pseudo.contains(type);
 }
 
@@ -119,7 +122,8 @@ std::shared_ptr<const Mounts> Mounts::read(int descriptor)
         struct stat source;
         if (uuid != known.end())
             mount.identity.uuid = uuid->second;
-        else if (!known.empty() && mount.source.starts_with("/dev/") && stat(mount.source.c_str(), &source) == 0 && known.contains(source.st_rdev))
+        else if (!known.empty() && mount.source.starts_with("/dev/") &&
+                 stat(mount.source.c_str(), &source) == 0 && known.contains(source.st_rdev))
             mount.identity.uuid = known.at(source.st_rdev);  // btrfs: its devices are no block devices
         mount.identity.fsid = fsid(mount);
         made->mounts_.push_back(std::move(mount));
@@ -150,7 +154,8 @@ std::shared_ptr<const Mounts> Mounts::current(bool anew)
 
 const Mount *Mounts::numbered(uint64_t number) const
 {
-    const auto found = std::find_if(mounts_.begin(), mounts_.end(), [&](const Mount &mount) { return mount.number == number; });
+    const auto found = std::find_if(mounts_.begin(), mounts_.end(),
+                                    [&](const Mount &mount) { return mount.number == number; });
     return found == mounts_.end() ? nullptr : &*found;
 }
 

@@ -24,7 +24,8 @@ void put32(std::string &text, uint32_t value)
 
 AppleDouble::Entry *AppleDouble::find(uint32_t id)
 {
-    const auto found = std::find_if(entries.begin(), entries.end(), [&](const Entry &entry) { return entry.id == id; });
+    const auto found =
+        std::find_if(entries.begin(), entries.end(), [&](const Entry &entry) { return entry.id == id; });
     return found == entries.end() ? nullptr : &*found;
 }
 
@@ -61,7 +62,8 @@ AppleDoubleState readAppleDouble(std::string_view start, uint64_t fileSize, Appl
         file.entries.push_back({big32(at), big32(at + 4), big32(at + 8)});
     }
     std::vector<AppleDouble::Entry> byPlace = file.entries, byId = file.entries;
-    std::sort(byPlace.begin(), byPlace.end(), [](const auto &a, const auto &b) { return a.offset < b.offset; });
+    std::sort(byPlace.begin(), byPlace.end(),
+              [](const auto &a, const auto &b) { return a.offset < b.offset; });
     uint64_t end = file.headerSize();
     for (const auto &entry : byPlace) {
         if (entry.length == 0)
@@ -87,12 +89,14 @@ bool layOut(AppleDouble &file)
         order.push_back(&entry);
     // A new entry has offset 0 and comes behind those that have a place.
     const auto rank = [](const AppleDouble::Entry *entry) {
-        return std::pair(entry->id == AppleDouble::resourceFork, entry->offset == 0 ? UINT32_MAX : entry->offset);
+        return std::pair(entry->id == AppleDouble::resourceFork,
+                         entry->offset == 0 ? UINT32_MAX : entry->offset);
     };
     std::stable_sort(order.begin(), order.end(), [&](auto *a, auto *b) { return rank(a) < rank(b); });
     uint64_t end = file.headerSize();
     for (auto *entry : order) {
-        const bool isFixed = entry->id == AppleDouble::finderInfo && entry->length > kFinderInfoSize && entry->offset != 0;
+        const bool isFixed =
+            entry->id == AppleDouble::finderInfo && entry->length > kFinderInfoSize && entry->offset != 0;
         if (isFixed && entry->offset < end)
             return false;
         const uint64_t offset = isFixed ? entry->offset : end;

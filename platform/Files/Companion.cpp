@@ -27,7 +27,8 @@ public:
                 break;
             std::snprintf(name, sizeof name, ".tarvik-%016llx", static_cast<unsigned long long>(number));
             path_ = joined(folderOf(target), name);
-            descriptor_.reset(::open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+            descriptor_.reset(
+                ::open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
             if (!descriptor_ && errno != EEXIST)
                 break;
         }
@@ -111,7 +112,8 @@ OSErr Companion::open(const std::string &item, Companion &companion)
     const std::string path = companionPath(item);
     if (path.empty())
         return noErr;
-    companion.descriptor_.reset(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+    companion.descriptor_.reset(
+        ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
     if (companion.descriptor_)
         return companion.read();
     if (errno == ENOENT || errno == ENOTDIR)
@@ -151,7 +153,8 @@ OSErr Companion::read()
         }
     if (const auto *fork = layout_.find(AppleDouble::resourceFork)) {
         char blank[64];
-        const bool isBlank = fork->length == 286 && get(fork, blank, sizeof blank) && isBlankResourceFork({blank, sizeof blank}, fork->length);
+        const bool isBlank = fork->length == 286 && get(fork, blank, sizeof blank) &&
+                             isBlankResourceFork({blank, sizeof blank}, fork->length);
         resource_ = {fork->id, fork->offset, isBlank ? 0 : fork->length};
     }
     return noErr;
@@ -173,11 +176,14 @@ OSErr Companion::replace(const std::string &item, const struct statx &itemStatus
         if (known.length == 0)
             known.offset = 0;
     const uint32_t infoLength = entry(made, AppleDouble::finderInfo, kFinderInfoSize).length;
-    const bool holdsMore = infoLength > kFinderInfoSize || std::any_of(made.entries.begin(), made.entries.end(), [](const auto &e) {
-                               return e.id != AppleDouble::resourceFork && e.id != AppleDouble::dates && e.id != AppleDouble::finderInfo;
+    const bool holdsMore = infoLength > kFinderInfoSize ||
+                           std::any_of(made.entries.begin(), made.entries.end(), [](const auto &e) {
+                               return e.id != AppleDouble::resourceFork && e.id != AppleDouble::dates &&
+                                      e.id != AppleDouble::finderInfo;
                            });
     if (isZero(info) && resourceLength == 0 && times[2] == INT32_MIN && !holdsMore)
-        return state_ == State::absent || unlink(path.c_str()) == 0 || errno == ENOENT ? OSErr(noErr) : fileError(errno);
+        return state_ == State::absent || unlink(path.c_str()) == 0 || errno == ENOENT ? OSErr(noErr)
+                                                                                       : fileError(errno);
     if (path.empty())
         return errFSNameTooLong;
 
@@ -240,7 +246,8 @@ OSErr CarriedCompanion::copyTo(const std::string &newItem) const
 {
     if (!exists_)
         return noErr;
-    const FileDescriptor source(::open(companionPath(item_).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    const FileDescriptor source(
+        ::open(companionPath(item_).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     struct statx about;
     if (!source || status(source.get(), "", about) != 0)
         return fileError(errno);
@@ -265,7 +272,8 @@ OSErr CarriedCompanion::moveTo(const std::string &newItem) const
 
 OSErr CarriedCompanion::remove() const
 {
-    return !exists_ || unlink(companionPath(item_).c_str()) == 0 || errno == ENOENT ? OSErr(noErr) : fileError(errno);
+    return !exists_ || unlink(companionPath(item_).c_str()) == 0 || errno == ENOENT ? OSErr(noErr)
+                                                                                    : fileError(errno);
 }
 
 }  // namespace tarvik::files

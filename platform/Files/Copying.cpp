@@ -42,7 +42,8 @@ int copyBytes(int from, uint64_t fromOffset, int to, uint64_t toOffset, uint64_t
     }
     std::vector<char> buffer(std::min<uint64_t>(length, 1 << 20));
     while (length > 0) {
-        const ssize_t count = pread(from, buffer.data(), std::min<uint64_t>(length, buffer.size()), off_t(fromOffset));
+        const ssize_t count =
+            pread(from, buffer.data(), std::min<uint64_t>(length, buffer.size()), off_t(fromOffset));
         if (count < 0 && errno == EINTR)
             continue;
         if (count <= 0)
@@ -63,7 +64,8 @@ int copyFile(int from, int to)
         return errno;
     if (ioctl(to, FICLONE, from) == 0)
         return ftruncate(to, source.st_size) == 0 ? 0 : errno;
-    // What is empty is not emptied: ext4 takes that for a file's replacement, and writes all of it out when the file is closed.
+    // What is empty is not emptied: ext4 takes that for a file's replacement, and writes all of it out when
+    // the file is closed.
     if ((target.st_size > 0 && ftruncate(to, 0) != 0) || ftruncate(to, source.st_size) != 0)
         return errno;
     for (off_t at = 0; at < source.st_size;) {
@@ -76,7 +78,8 @@ int copyFile(int from, int to)
             hole = source.st_size;
         hole = std::min(hole, source.st_size);
         if (data < hole)
-            if (const int error = copyBytes(from, uint64_t(data), to, uint64_t(data), uint64_t(hole - data)); error != 0)
+            if (const int error = copyBytes(from, uint64_t(data), to, uint64_t(data), uint64_t(hole - data));
+                error != 0)
                 return error;
         at = std::max(hole, at + 1);
     }

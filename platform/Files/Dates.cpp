@@ -28,7 +28,8 @@ int32_t appleDoubleFromDate(const UTCDateTime &date)
 {
     if (isNever(date))
         return kUnknownDate;
-    return int32_t(std::clamp<int64_t>(timeFromDate(date).tv_sec - kSeconds1970To2000, INT32_MIN + 1, INT32_MAX));
+    return int32_t(
+        std::clamp<int64_t>(timeFromDate(date).tv_sec - kSeconds1970To2000, INT32_MIN + 1, INT32_MAX));
 }
 
 }  // namespace tarvik::files

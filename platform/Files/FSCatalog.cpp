@@ -21,9 +21,12 @@ using namespace tarvik::files;
 namespace {
 
 constexpr FSCatalogInfoBitmap kKnown = kFSCatInfoGettableInfo | kFSCatInfoUserAccess | kFSCatInfoSetOwnership;
-constexpr FSCatalogInfoBitmap kOfCompanion =
-    kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo | kFSCatInfoRsrcSizes | kFSCatInfoCreateDate | kFSCatInfoBackupDate;
+constexpr FSCatalogInfoBitmap kOfCompanion = kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo |
+                                             kFSCatInfoRsrcSizes | kFSCatInfoCreateDate |
+                                             kFSCatInfoBackupDate;
 constexpr size_t kPage = 4096;
+static_assert(sizeof(FSRef) == 80 && sizeof(FSCatalogInfo) == 144 && sizeof(HFSUniStr255) == 512 &&
+              sizeof(UTCDateTime) == 8);
 enum { creationDate = 0, backupDate = 2 };  // places in the companion's dates
 
 UTCDateTime date(const statx_timestamp &time) { return dateFromTime(time.tv_sec, time.tv_nsec); }
@@ -33,7 +36,8 @@ uint32_t valence(const std::string &folder)
     uint32_t count = 0;
     if (DIR *open = opendir(folder.c_str())) {
         while (const dirent *entry = readdir(open))
-            count += std::strncmp(entry->d_name, "._", 2) != 0 && std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0;
+            count += std::strncmp(entry->d_name, "._", 2) != 0 && std::strcmp(entry->d_name, ".") != 0 &&
+                     std::strcmp(entry->d_name, "..") != 0;
         closedir(open);
     }
     return count;
@@ -53,9 +57,11 @@ OSErr readCompanion(const std::string &path, FSCatalogInfoBitmap which, FSCatalo
     if (error != noErr && error != afpAccessDenied && error != permErr)
         return error;
     if (companion.state() == Companion::State::broken)
-        return which & (kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo | kFSCatInfoRsrcSizes) ? OSErr(ioErr) : OSErr(noErr);
+        return which & (kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo | kFSCatInfoRsrcSizes) ? OSErr(ioErr)
+                                                                                            : OSErr(noErr);
     std::memcpy(info.finderInfo, companion.finderInfo().data(), sizeof info.finderInfo);
-    std::memcpy(info.extFinderInfo, companion.finderInfo().data() + sizeof info.finderInfo, sizeof info.extFinderInfo);
+    std::memcpy(info.extFinderInfo, companion.finderInfo().data() + sizeof info.finderInfo,
+                sizeof info.extFinderInfo);
     if (!(info.nodeFlags & kFSNodeIsDirectoryMask)) {
         info.rsrcLogicalSize = companion.resourceLength();
         info.rsrcPhysicalSize = (info.rsrcLogicalSize + kPage - 1) / kPage * kPage;
@@ -69,7 +75,9 @@ OSErr readCompanion(const std::string &path, FSCatalogInfoBitmap which, FSCatalo
 OSErr fill(const std::string &path, const struct statx &item, FSCatalogInfoBitmap which, FSCatalogInfo &info)
 {
     const bool isFolder = S_ISDIR(item.stx_mode), isRoot = isVolumeRoot(path, item);
-    info.nodeFlags = UInt16((isFolder ? kFSNodeIsDirectoryMask : item.stx_nlink > 1 ? kFSNodeHardLinkMask : 0) |
+    info.nodeFlags = UInt16((isFolder             ? kFSNodeIsDirectoryMask
+                             : item.stx_nlink > 1 ? kFSNodeHardLinkMask
+                                                  : 0) |
                             (item.stx_attributes & STATX_ATTR_IMMUTABLE ? kFSNodeLockedMask : 0));
     info.volume = volumeOf(identityOf(item).device);
     info.nodeID = numberOf(item, isRoot);
@@ -104,9 +112,11 @@ OSErr setLocked(const std::string &path, bool isLocked)
     return ioctl(file.get(), FS_IOC_SETFLAGS, &flags) == 0 ? OSErr(noErr) : fileError(errno);
 }
 
-OSErr setPermissions(const std::string &path, const struct statx &item, FSCatalogInfoBitmap which, const FSPermissionInfo &permissions)
+OSErr setPermissions(const std::string &path, const struct statx &item, FSCatalogInfoBitmap which,
+                     const FSPermissionInfo &permissions)
 {
-    if (which & kFSCatInfoSetOwnership && (permissions.userID != item.stx_uid || permissions.groupID != item.stx_gid) &&
+    if (which & kFSCatInfoSetOwnership &&
+        (permissions.userID != item.stx_uid || permissions.groupID != item.stx_gid) &&
         lchown(path.c_str(), permissions.userID, permissions.groupID) != 0)
         return fileError(errno);
     if (S_ISLNK(item.stx_mode))
@@ -114,15 +124,18 @@ OSErr setPermissions(const std::string &path, const struct statx &item, FSCatalo
     // Another owner's programs do not become programs that run as this one's.
     const bool isOwners = which & kFSCatInfoSetOwnership || permissions.userID == item.stx_uid;
     const mode_t mode = permissions.mode & (isOwners ? 07777 : 01777);
-    return mode == (item.stx_mode & 07777) || chmod(path.c_str(), mode) == 0 ? OSErr(noErr) : fileError(errno);
+    return mode == (item.stx_mode & 07777) || chmod(path.c_str(), mode) == 0 ? OSErr(noErr)
+                                                                             : fileError(errno);
 }
 
-OSErr setCompanion(const std::string &path, const struct statx &item, FSCatalogInfoBitmap which, const FSCatalogInfo &info)
+OSErr setCompanion(const std::string &path, const struct statx &item, FSCatalogInfoBitmap which,
+                   const FSCatalogInfo &info)
 {
     Companion companion;
     if (const OSErr error = Companion::open(path, companion); error != noErr)
         return error;
-    if (!(which & (kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo)) && companion.state() != Companion::State::good &&
+    if (!(which & (kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo)) &&
+        companion.state() != Companion::State::good &&
         (!(which & kFSCatInfoBackupDate) || isNever(info.backupDate)))
         return noErr;  // a creation date alone makes no companion
     if (const OSErr error = companion.writable(); error != noErr)
@@ -148,7 +161,8 @@ OSErr setCompanion(const std::string &path, const struct statx &item, FSCatalogI
 
 }  // namespace
 
-OSErr FSGetCatalogInfo(const FSRef *ref, FSCatalogInfoBitmap whichInfo, FSCatalogInfo *catalogInfo, HFSUniStr255 *outName, FSSpec *fsSpec, FSRef *parentRef)
+OSErr FSGetCatalogInfo(const FSRef *ref, FSCatalogInfoBitmap whichInfo, FSCatalogInfo *catalogInfo,
+                       HFSUniStr255 *outName, FSSpec *fsSpec, FSRef *parentRef)
 {
     if (whichInfo & ~kKnown)
         return errFSBadInfoBitmap;
@@ -187,10 +201,13 @@ OSErr FSSetCatalogInfo(const FSRef *ref, FSCatalogInfoBitmap whichInfo, const FS
         return noErr;
     if (!catalogInfo)
         return paramErr;
-    const bool isLocked = item.stx_attributes & STATX_ATTR_IMMUTABLE, lock = catalogInfo->nodeFlags & kFSNodeLockedMask;
+    const bool isLocked = item.stx_attributes & STATX_ATTR_IMMUTABLE,
+               lock = catalogInfo->nodeFlags & kFSNodeLockedMask;
     const bool changesLock = whichInfo & kFSCatInfoNodeFlags && lock != isLocked;
-    OSErr error = changesLock && !lock ? setLocked(path, false) : OSErr(noErr);  // unlocked first, locked last
-    if (error == noErr && whichInfo & (kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo | kFSCatInfoCreateDate | kFSCatInfoBackupDate))
+    OSErr error =
+        changesLock && !lock ? setLocked(path, false) : OSErr(noErr);  // unlocked first, locked last
+    if (error == noErr && whichInfo & (kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo | kFSCatInfoCreateDate |
+                                       kFSCatInfoBackupDate))
         error = setCompanion(path, item, whichInfo, *catalogInfo);
     if (error == noErr && whichInfo & kFSCatInfoPermissions)
         error = setPermissions(path, item, whichInfo, catalogInfo->permissions);

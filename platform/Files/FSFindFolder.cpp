@@ -9,5 +9,6 @@ OSErr FSFindFolder(SInt16 domain, OSType folderType, Boolean createFolder, FSRef
         return paramErr;
     std::string path;
     const OSErr error = findFolder(domain, folderType, createFolder, path);
-    return error ? error : OSErr(FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), foundRef, nullptr));
+    return error ? error
+                 : OSErr(FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), foundRef, nullptr));
 }

@@ -38,7 +38,8 @@ public:
     bool isBeingWritten(const Identity &item, Fork fork)
     {
         std::lock_guard held(lock_);
-        return std::any_of(forks_.begin(), forks_.end(), [&](const auto &open) { return open && open->isWriterOf(item, fork); });
+        return std::any_of(forks_.begin(), forks_.end(),
+                           [&](const auto &open) { return open && open->isWriterOf(item, fork); });
     }
 
 private:
@@ -60,7 +61,9 @@ OSErr with(FSIORefNum number, Body &&body)
     return fork ? body(*fork) : OSErr(rfNumErr);
 }
 
-OSErr openFork(const FSRef *ref, UniCharCount nameLength, const UniChar *name, SInt8 permissions, std::unique_ptr<OpenFork> &opened)
+/// Opens a fork and, if it is asked for, gets its size.
+OSErr openFork(const FSRef *ref, UniCharCount nameLength, const UniChar *name, SInt8 permissions,
+               std::unique_ptr<OpenFork> &opened, int64_t *size = nullptr)
 {
     Fork fork;
     Identity item;
@@ -71,7 +74,8 @@ OSErr openFork(const FSRef *ref, UniCharCount nameLength, const UniChar *name, S
     // Two writers would undo each other's changes: each one puts a whole fork in place.
     if (fork == Fork::resource && permissions != fsRdPerm && openForks().isBeingWritten(item, fork))
         return opWrErr;
-    return OpenFork::open(*ref, fork, permissions, opened);
+    const OSErr error = OpenFork::open(*ref, fork, permissions, opened);
+    return error == noErr && size ? opened->size(*size) : error;
 }
 
 }  // namespace
@@ -98,9 +102,7 @@ OSErr FSCreateFork(const FSRef *ref, UniCharCount forkNameLength, const UniChar 
 {
     std::unique_ptr<OpenFork> fork;
     int64_t size = 0;
-    OSErr error = openFork(ref, forkNameLength, forkName, fsRdPerm, fork);
-    if (error == noErr)
-        error = fork->size(size);
+    const OSErr error = openFork(ref, forkNameLength, forkName, fsRdPerm, fork, &size);
     return error == noErr && size > 0 ? OSErr(errFSForkExists) : error;
 }
 
@@ -108,15 +110,14 @@ OSErr FSDeleteFork(const FSRef *ref, UniCharCount forkNameLength, const UniChar 
 {
     std::unique_ptr<OpenFork> fork;
     int64_t size = 0;
-    OSErr error = openFork(ref, forkNameLength, forkName, fsWrPerm, fork);
-    if (error == noErr)
-        error = fork->size(size);
+    OSErr error = openFork(ref, forkNameLength, forkName, fsWrPerm, fork, &size);
     if (error == noErr && size > 0)
         error = fork->resize(0);
     return error == noErr ? fork->flush() : error;
 }
 
-OSErr FSOpenFork(const FSRef *ref, UniCharCount forkNameLength, const UniChar *forkName, SInt8 permissions, FSIORefNum *forkRefNum)
+OSErr FSOpenFork(const FSRef *ref, UniCharCount forkNameLength, const UniChar *forkName, SInt8 permissions,
+                 FSIORefNum *forkRefNum)
 {
     if (!forkRefNum)
         return paramErr;
@@ -125,7 +126,8 @@ OSErr FSOpenFork(const FSRef *ref, UniCharCount forkNameLength, const UniChar *f
     return error == noErr ? openForks().add(std::move(fork), *forkRefNum) : error;
 }
 
-OSErr FSReadFork(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffset, ByteCount requestCount, void *buffer, ByteCount *actualCount)
+OSErr FSReadFork(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffset, ByteCount requestCount,
+                 void *buffer, ByteCount *actualCount)
 {
     if (actualCount)
         *actualCount = 0;
@@ -145,7 +147,8 @@ OSErr FSReadFork(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffs
     });
 }
 
-OSErr FSWriteFork(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffset, ByteCount requestCount, const void *buffer, ByteCount *actualCount)
+OSErr FSWriteFork(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffset, ByteCount requestCount,
+                  const void *buffer, ByteCount *actualCount)
 {
     if (actualCount)
         *actualCount = 0;
@@ -177,7 +180,8 @@ OSErr FSGetForkPosition(FSIORefNum forkRefNum, SInt64 *position)
 
 OSErr FSSetForkPosition(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffset)
 {
-    return with(forkRefNum, [&](OpenFork &fork) { return fork.place(positionMode, positionOffset, fork.mark); });
+    return with(forkRefNum,
+                [&](OpenFork &fork) { return fork.place(positionMode, positionOffset, fork.mark); });
 }
 
 OSErr FSGetForkSize(FSIORefNum forkRefNum, SInt64 *forkSize)
@@ -214,12 +218,16 @@ OSErr FSCopyForkContents(FSIORefNum sourceRefNum, FSIORefNum destinationRefNum)
     });
 }
 
-OSErr FSIterateForks(const FSRef *ref, CatPositionRec *forkIterator, HFSUniStr255 *forkName, SInt64 *forkSize, UInt64 *forkPhysicalSize)
+OSErr FSIterateForks(const FSRef *ref, CatPositionRec *forkIterator, HFSUniStr255 *forkName, SInt64 *forkSize,
+                     UInt64 *forkPhysicalSize)
 {
     if (!forkIterator)
         return paramErr;
     FSCatalogInfo info;
-    if (const OSErr error = FSGetCatalogInfo(ref, kFSCatInfoNodeFlags | kFSCatInfoDataSizes | kFSCatInfoRsrcSizes, &info, nullptr, nullptr, nullptr); error != noErr)
+    if (const OSErr error =
+            FSGetCatalogInfo(ref, kFSCatInfoNodeFlags | kFSCatInfoDataSizes | kFSCatInfoRsrcSizes, &info,
+                             nullptr, nullptr, nullptr);
+        error != noErr)
         return error;
     const int next = forkIterator->initialize == 0 ? 0 : forkIterator->priv[0];
     if (info.nodeFlags & kFSNodeIsDirectoryMask || next > 1 || (next == 1 && info.rsrcLogicalSize == 0))

@@ -30,7 +30,8 @@ int renameNew(const std::string &from, const std::string &to)
     return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
-/// Whether both names are of one item: a rename to another case or normal form, where the file system sees no difference.
+/// Whether both names are of one item: a rename to another case or normal form, where the file system sees no
+/// difference.
 bool isSameItem(const std::string &path, const std::string &other)
 {
     struct statx item, otherItem;
@@ -70,11 +71,13 @@ OSErr place(const FSRef *parent, UniCharCount nameLength, const UniChar *name, s
     if (const OSErr error = nameFromUnicode(name, nameLength, bytes); error != noErr)
         return error;
     path = joined(folder, bytes);
-    return existingName(folder, bytes) == bytes ? OSErr(noErr) : OSErr(dupFNErr);  // there in another normal form
+    return existingName(folder, bytes) == bytes ? OSErr(noErr)
+                                                : OSErr(dupFNErr);  // there in another normal form
 }
 
 template <class Undo>
-OSErr finish(const std::string &path, FSCatalogInfoBitmap whichInfo, const FSCatalogInfo *catalogInfo, FSRef *newRef, FSSpec *newSpec, Undo &&undo)
+OSErr finish(const std::string &path, FSCatalogInfoBitmap whichInfo, const FSCatalogInfo *catalogInfo,
+             FSRef *newRef, FSSpec *newSpec, Undo &&undo)
 {
     FSRef ref;
     struct statx item;
@@ -92,8 +95,9 @@ OSErr finish(const std::string &path, FSCatalogInfoBitmap whichInfo, const FSCat
 
 }  // namespace
 
-OSErr FSCreateFileUnicode(const FSRef *parentRef, UniCharCount nameLength, const UniChar *name, FSCatalogInfoBitmap whichInfo,
-                          const FSCatalogInfo *catalogInfo, FSRef *newRef, FSSpec *newSpec)
+OSErr FSCreateFileUnicode(const FSRef *parentRef, UniCharCount nameLength, const UniChar *name,
+                          FSCatalogInfoBitmap whichInfo, const FSCatalogInfo *catalogInfo, FSRef *newRef,
+                          FSSpec *newSpec)
 {
     std::string path;
     if (const OSErr error = place(parentRef, nameLength, name, path); error != noErr)
@@ -104,8 +108,9 @@ OSErr FSCreateFileUnicode(const FSRef *parentRef, UniCharCount nameLength, const
     return finish(path, whichInfo, catalogInfo, newRef, newSpec, [&] { unlink(path.c_str()); });
 }
 
-OSErr FSCreateDirectoryUnicode(const FSRef *parentRef, UniCharCount nameLength, const UniChar *name, FSCatalogInfoBitmap whichInfo,
-                               const FSCatalogInfo *catalogInfo, FSRef *newRef, FSSpec *newSpec, UInt32 *newDirID)
+OSErr FSCreateDirectoryUnicode(const FSRef *parentRef, UniCharCount nameLength, const UniChar *name,
+                               FSCatalogInfoBitmap whichInfo, const FSCatalogInfo *catalogInfo, FSRef *newRef,
+                               FSSpec *newSpec, UInt32 *newDirID)
 {
     std::string path;
     if (const OSErr error = place(parentRef, nameLength, name, path); error != noErr)
@@ -128,7 +133,8 @@ OSErr FSDeleteObject(const FSRef *ref)
     if (item.stx_attributes & STATX_ATTR_IMMUTABLE)
         return fLckdErr;
     const CarriedCompanion companion(path);
-    // The item first: a companion without its item does no harm, an item without its companion has lost something.
+    // The item first: a companion without its item does no harm, an item without its companion has lost
+    // something.
     if ((S_ISDIR(item.stx_mode) ? rmdir(path.c_str()) : unlink(path.c_str())) != 0)
         return errno == EEXIST ? OSErr(fBsyErr) : lastError();
     noteRemoval(ref);
@@ -150,7 +156,8 @@ OSErr FSMoveObject(const FSRef *ref, const FSRef *destDirectory, FSRef *newRef)
     return carry(ref, path, joined(folder, nameOf(path)), newRef);
 }
 
-OSErr FSRenameUnicode(const FSRef *ref, UniCharCount nameLength, const UniChar *name, TextEncoding, FSRef *newRef)
+OSErr FSRenameUnicode(const FSRef *ref, UniCharCount nameLength, const UniChar *name, TextEncoding,
+                      FSRef *newRef)
 {
     std::string path, bytes;
     if (const OSErr error = locate(ref, path); error != noErr)

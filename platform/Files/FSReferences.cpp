@@ -34,7 +34,8 @@ OSStatus FSRefMakePath(const FSRef *ref, UInt8 *path, UInt32 maxPathSize)
     return noErr;
 }
 
-OSErr FSMakeFSRefUnicode(const FSRef *parentRef, UniCharCount nameLength, const UniChar *name, TextEncoding, FSRef *newRef)
+OSErr FSMakeFSRefUnicode(const FSRef *parentRef, UniCharCount nameLength, const UniChar *name, TextEncoding,
+                         FSRef *newRef)
 {
     if (!newRef)
         return paramErr;

@@ -69,14 +69,18 @@ OSErr folderOfSpec(SInt16 volume, SInt32 number, std::string &path)
 
 }  // namespace
 
-uint32_t numberOf(const struct statx &item, bool isVolumeRoot) { return isVolumeRoot ? uint32_t(fsRtDirID) : uint32_t(item.stx_ino); }
+uint32_t numberOf(const struct statx &item, bool isVolumeRoot)
+{
+    return isVolumeRoot ? uint32_t(fsRtDirID) : uint32_t(item.stx_ino);
+}
 
 bool isVolumeRoot(const std::string &path, const struct statx &item)
 {
     struct statx above;
     return path == "/" || (item.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT
                                ? (item.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0
-                               : status(AT_FDCWD, folderOf(path).c_str(), above) == 0 && identityOf(above).device != identityOf(item).device);
+                               : status(AT_FDCWD, folderOf(path).c_str(), above) == 0 &&
+                                     identityOf(above).device != identityOf(item).device);
 }
 
 OSErr makeSpec(const std::string &path, const struct statx &item, FSSpec *spec)
@@ -121,7 +125,8 @@ OSErr FSpMakeFSRef(const FSSpec *source, FSRef *newRef)
         return error;
     const OSErr error = makeReference(joined(folder, existingName(folder, name)), Leaf::asIs, newRef);
     std::string path;
-    return error == fnfErr && findShortened(folder, roman, path) ? makeReference(path, Leaf::asIs, newRef) : error;
+    return error == fnfErr && findShortened(folder, roman, path) ? makeReference(path, Leaf::asIs, newRef)
+                                                                 : error;
 }
 
 OSErr FSMakeFSSpec(SInt16 vRefNum, SInt32 dirID, ConstStr255Param fileName, FSSpec *spec)

@@ -30,7 +30,8 @@ OSErr FSVisitFolder(const UInt8 *path, FSEntryVisitorProc visitor, void *context
 try {
     if (!path || !visitor)
         return paramErr;
-    FileDescriptor folder(open(reinterpret_cast<const char *>(path), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK));
+    FileDescriptor folder(
+        open(reinterpret_cast<const char *>(path), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK));
     if (!folder)
         return errno == ENOTDIR ? OSErr(errFSNotAFolder) : files::fileError(errno);
     const files::Listing listing(folder.get());

@@ -14,7 +14,8 @@ namespace {
 uint64_t resourceSize(const std::string &path)
 {
     tarvik::files::Companion companion;
-    const bool good = tarvik::files::Companion::open(path, companion) == noErr && companion.state() == tarvik::files::Companion::State::good;
+    const bool good = tarvik::files::Companion::open(path, companion) == noErr &&
+                      companion.state() == tarvik::files::Companion::State::good;
     return good ? companion.resourceLength() : 0;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/Files/private/Names.h"
 
 #include <CoreFoundation/CFString.h>
+#include <Tarvik/support/UTF8.h>
 
 #include <algorithm>
 #include <cstring>
@@ -17,54 +18,10 @@ using String = std::unique_ptr<const __CFString, Released>;
 constexpr bool isHigh(uint32_t unit) { return (unit & 0xFC00) == 0xD800; }
 constexpr bool isLow(uint32_t unit) { return (unit & 0xFC00) == 0xDC00; }
 
-/// The character at the front of the text and how many bytes it takes; 0 bytes when they are no UTF-8.
-struct Decoded {
-    uint32_t character;
-    size_t bytes;
-};
-Decoded decode(std::string_view text)
-{
-    const auto byte = [&](size_t i) { return uint8_t(text[i]); };
-    const uint8_t lead = byte(0);
-    if (lead < 0x80)
-        return {lead, 1};
-    const size_t count = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-    if (lead < 0xC2 || lead > 0xF4 || text.size() < count)
-        return {0, 0};
-    uint32_t character = lead & (0xFF >> (count + 1));
-    for (size_t i = 1; i < count; ++i) {
-        if ((byte(i) & 0xC0) != 0x80)
-            return {0, 0};
-        character = character << 6 | (byte(i) & 0x3F);
-    }
-    constexpr uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
-    if (character < kLeast[count] || character > 0x10FFFF || (character >= 0xD800 && character < 0xE000))
-        return {0, 0};
-    return {character, count};
-}
-
-void append(std::string &text, uint32_t character)
-{
-    if (character < 0x80) {
-        text += char(character);
-    } else if (character < 0x800) {
-        text += char(0xC0 | character >> 6);
-        text += char(0x80 | (character & 0x3F));
-    } else if (character < 0x10000) {
-        text += char(0xE0 | character >> 12);
-        text += char(0x80 | (character >> 6 & 0x3F));
-        text += char(0x80 | (character & 0x3F));
-    } else {
-        text += char(0xF0 | character >> 18);
-        text += char(0x80 | (character >> 12 & 0x3F));
-        text += char(0x80 | (character >> 6 & 0x3F));
-        text += char(0x80 | (character & 0x3F));
-    }
-}
-
 String copyText(std::string_view text)
 {
-    return String(CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8 *>(text.data()), CFIndex(text.size()), kCFStringEncodingUTF8, false));
+    return String(CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8 *>(text.data()),
+                                          CFIndex(text.size()), kCFStringEncodingUTF8, false));
 }
 
 std::string swapped(std::string_view name, char from, char to)
@@ -88,13 +45,13 @@ OSErr nameFromUnicode(const UniChar *units, size_t count, std::string &name)
     for (size_t i = 0; i < count; ++i) {
         const uint32_t unit = units[i];
         if (isHigh(unit) && i + 1 < count && isLow(units[i + 1]))
-            append(name, 0x10000 + ((unit & 0x3FF) << 10) + (units[++i] & 0x3FFu));
+            appendUTF8(name, 0x10000 + ((unit & 0x3FF) << 10) + (units[++i] & 0x3FFu));
         else if (unit >= 0xDC80 && unit <= 0xDCFF)
             name += char(unit & 0xFF);
         else if (isHigh(unit) || isLow(unit) || unit == ':' || unit == 0)
             return bdNamErr;
         else
-            append(name, unit == '/' ? ':' : unit);
+            appendUTF8(name, unit == '/' ? ':' : unit);
     }
     return name == "." || name == ".." ? OSErr(bdNamErr) : OSErr(noErr);
 }
@@ -104,7 +61,7 @@ void unicodeFromName(std::string_view name, HFSUniStr255 &record)
     std::memset(&record, 0, sizeof record);
     const auto put = [&](uint32_t unit) { record.unicode[record.length++] = UniChar(unit); };
     while (!name.empty()) {
-        const Decoded next = decode(name);
+        const DecodedUTF8 next = decodeUTF8(name);
         const bool isPair = next.bytes == 4;
         if (record.length + size_t(isPair) >= std::size(record.unicode))
             return;
@@ -129,8 +86,8 @@ std::vector<std::string> otherForms(const std::string &name)
     if (!text)
         return forms;
     for (CFStringNormalizationForm form : {kCFStringNormalizationFormC, kCFStringNormalizationFormD}) {
-        const std::unique_ptr<__CFString, Released> changed(
-            const_cast<__CFString *>(static_cast<const __CFString *>(CFStringCreateMutableCopy(nullptr, 0, text.get()))));
+        const std::unique_ptr<__CFString, Released> changed(const_cast<__CFString *>(
+            static_cast<const __CFString *>(CFStringCreateMutableCopy(nullptr, 0, text.get()))));
         CFStringNormalize(changed.get(), form);
         char bytes[1024];
         if (CFStringGetCString(changed.get(), bytes, sizeof bytes, kCFStringEncodingUTF8) && bytes != name &&
@@ -156,7 +113,8 @@ OSErr nameFromRoman(std::string_view roman, std::string &name)
         return errFSMissingName;
     if (roman.find(':') != roman.npos || roman.find('\0') != roman.npos)
         return bdNamErr;
-    const String text(CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8 *>(roman.data()), CFIndex(roman.size()), kCFStringEncodingMacRoman, false));
+    const String text(CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8 *>(roman.data()),
+                                              CFIndex(roman.size()), kCFStringEncodingMacRoman, false));
     char bytes[1024];
     if (!text || !CFStringGetCString(text.get(), bytes, sizeof bytes, kCFStringEncodingUTF8))
         return bdNamErr;

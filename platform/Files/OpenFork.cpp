@@ -35,7 +35,8 @@ FileDescriptor namelessFile(const std::string &folder)
 OSErr forkOfName(UniCharCount length, const UniChar *name, Fork &fork)
 {
     fork = length == 0 ? Fork::data : Fork::resource;
-    const bool isKnown = length == 0 || (name && length == kResourceForkName.size() && std::equal(name, name + length, kResourceForkName.begin()));
+    const bool isKnown = length == 0 || (name && length == kResourceForkName.size() &&
+                                         std::equal(name, name + length, kResourceForkName.begin()));
     return isKnown ? OSErr(noErr) : OSErr(errFSBadForkName);
 }
 
@@ -54,7 +55,8 @@ OSErr OpenFork::open(const FSRef &ref, Fork fork, SInt8 permissions, std::unique
     made->mayWrite_ = permissions != fsRdPerm;
 
     if (fork == Fork::resource) {
-        if (made->mayWrite_ && (item.stx_attributes & STATX_ATTR_IMMUTABLE || faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0)) {
+        if (made->mayWrite_ && (item.stx_attributes & STATX_ATTR_IMMUTABLE ||
+                                faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0)) {
             if (permissions != fsCurPerm)
                 return item.stx_attributes & STATX_ATTR_IMMUTABLE ? OSErr(fLckdErr) : fileError(errno);
             made->mayWrite_ = false;
@@ -127,7 +129,8 @@ OSErr OpenFork::read(int64_t position, uint32_t count, void *buffer, uint32_t &a
         start += start_;
     }
     while (left > 0) {
-        const ssize_t got = pread(file_.get(), static_cast<char *>(buffer) + actual, left, off_t(start + actual));
+        const ssize_t got =
+            pread(file_.get(), static_cast<char *>(buffer) + actual, left, off_t(start + actual));
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
@@ -195,7 +198,8 @@ OSErr OpenFork::copyAll(OpenFork &destination)
     if (fork_ == Fork::data && destination.fork_ == Fork::data) {
         if (!destination.mayWrite_)
             return wrPermErr;
-        return item_ == destination.item_ ? OSErr(noErr) : fileError(copyFile(file_.get(), destination.file_.get()));
+        return item_ == destination.item_ ? OSErr(noErr)
+                                          : fileError(copyFile(file_.get(), destination.file_.get()));
     }
     if (const OSErr error = destination.resize(0); error != noErr)
         return error;

@@ -28,10 +28,12 @@ namespace tarvik::files {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr auto kFresh = std::chrono::milliseconds(100);  // how long a folder's path is taken to name the same folder
+constexpr auto kFresh =
+    std::chrono::milliseconds(100);  // how long a folder's path is taken to name the same folder
 constexpr auto kSearchPause = std::chrono::seconds(1);   // before a vain search is made again
 constexpr size_t kDescriptors = 256;
-// A file that is held keeps its room on the disk when it is deleted: large ones are not held, and all are looked at once in a while.
+// A file that is held keeps its room on the disk when it is deleted: large ones are not held, and all are
+// looked at once in a while.
 constexpr uint64_t kLargestHeld = 16 << 20;
 constexpr auto kSweepPause = std::chrono::seconds(1);
 constexpr size_t kRecentPaths = 256;
@@ -61,13 +63,15 @@ using Directory = Handle<DirectoryTraits>;
 std::optional<std::string> linkOf(int descriptor)
 {
     char path[PATH_MAX];
-    const ssize_t count = readlink(("/proc/self/fd/" + std::to_string(descriptor)).c_str(), path, sizeof path);
+    const ssize_t count =
+        readlink(("/proc/self/fd/" + std::to_string(descriptor)).c_str(), path, sizeof path);
     if (count <= 0 || size_t(count) == sizeof path || path[0] != '/')
         return std::nullopt;
     return std::string(path, size_t(count));
 }
 
-/// An absolute path without "//", "." and "..". For paths that hold no link: there ".." is the folder above in the text, too.
+/// An absolute path without "//", "." and "..". For paths that hold no link: there ".." is the folder above
+/// in the text, too.
 std::optional<std::string> plain(const std::string &path)
 {
     std::string out;
@@ -126,7 +130,8 @@ bool isLasting(uint64_t device)
         std::vector<uint64_t> found;
         const passwd *account = getpwuid(getuid());
         const char *temporary = getenv("TMPDIR");
-        for (const char *folder : {"/", "/tmp", temporary ? temporary : "/", account ? account->pw_dir : "/"}) {
+        for (const char *folder :
+             {"/", "/tmp", temporary ? temporary : "/", account ? account->pw_dir : "/"}) {
             struct statx item;
             if (status(AT_FDCWD, folder, item) == 0)
                 found.push_back(identityOf(item).device);
@@ -142,14 +147,18 @@ public:
     uint32_t add(const Identity &item, bool isLinked, uint32_t folder, std::string_view name)
     {
         std::lock_guard lock(lock_);
-        uint32_t number = lookUp(item, [&](const Node &node) { return !isLinked || (node.folder == folder && name == node.name.get()); });
+        uint32_t number = lookUp(item, [&](const Node &node) {
+            return !isLinked || (node.folder == folder && name == node.name.get());
+        });
         if (number == kNone) {
             number = uint32_t(nodes_.size());
-            nodes_.push_back({item.inode, item.born, folder, deviceNumber(item.device), false, copyName(name)});
+            nodes_.push_back(
+                {item.inode, item.born, folder, deviceNumber(item.device), false, copyName(name)});
             enter(number);
         } else {
             place(nodes_[number], folder, name);
-            nodes_[number].isGone = false;  // without times of birth, a new item may have a deleted one's identity
+            nodes_[number].isGone =
+                false;  // without times of birth, a new item may have a deleted one's identity
         }
         return number;
     }
@@ -162,10 +171,11 @@ public:
     bool holds(uint32_t number, const Identity &item)
     {
         std::lock_guard lock(lock_);
-        return number < nodes_.size() && nodes_[number].inode == item.inode && nodes_[number].born == item.born &&
-               devices_[nodes_[number].device] == item.device;
+        return number < nodes_.size() && nodes_[number].inode == item.inode &&
+               nodes_[number].born == item.born && devices_[nodes_[number].device] == item.device;
     }
-    /// Where the tree has the item; nothing when its folders form a ring, which moves seen in another order can make.
+    /// Where the tree has the item; nothing when its folders form a ring, which moves seen in another order
+    /// can make.
     std::optional<std::string> path(uint32_t number)
     {
         std::lock_guard lock(lock_);
@@ -207,7 +217,8 @@ public:
         if (known == devices_.end() || slots_.empty())
             return found;
         const auto index = uint16_t(known - devices_.begin());
-        for (size_t slot = hash(index, inode) & (slots_.size() - 1); slots_[slot] != kNone; slot = (slot + 1) & (slots_.size() - 1)) {
+        for (size_t slot = hash(index, inode) & (slots_.size() - 1); slots_[slot] != kNone;
+             slot = (slot + 1) & (slots_.size() - 1)) {
             const Node &node = nodes_[slots_[slot]];
             if (node.device == index && uint32_t(node.inode) == inode)
                 found.push_back(slots_[slot]);
@@ -246,7 +257,10 @@ private:
         return uint16_t(std::find(devices_.begin(), devices_.end(), device) - devices_.begin());
     }
     // Of the inode's lower half, as folders are looked for by that.
-    static size_t hash(uint16_t device, uint32_t inode) { return (inode ^ uint64_t(device) << 32) * 0x9E3779B97F4A7C15u >> 24; }
+    static size_t hash(uint16_t device, uint32_t inode)
+    {
+        return (inode ^ uint64_t(device) << 32) * 0x9E3779B97F4A7C15u >> 24;
+    }
 
     template <class Test>
     uint32_t lookUp(const Identity &item, Test &&test)
@@ -254,7 +268,8 @@ private:
         if (slots_.empty())
             return kNone;
         const uint16_t device = deviceNumber(item.device);
-        for (size_t slot = hash(device, uint32_t(item.inode)) & (slots_.size() - 1); slots_[slot] != kNone; slot = (slot + 1) & (slots_.size() - 1)) {
+        for (size_t slot = hash(device, uint32_t(item.inode)) & (slots_.size() - 1); slots_[slot] != kNone;
+             slot = (slot + 1) & (slots_.size() - 1)) {
             const Node &node = nodes_[slots_[slot]];
             if (node.inode == item.inode && node.born == item.born && node.device == device && test(node))
                 return slots_[slot];
@@ -285,7 +300,8 @@ private:
     std::vector<uint64_t> devices_;
 };
 
-/// The latest items' descriptors. A new one takes the oldest one's place, one that has led to its item again apart.
+/// The latest items' descriptors. A new one takes the oldest one's place, one that has led to its item again
+/// apart.
 class Descriptors {
 public:
     void keep(uint32_t node, FileDescriptor descriptor)
@@ -326,7 +342,8 @@ public:
             return deleted;
         swept_ = Clock::now();
         for (Kept &kept : kept_)
-            if (struct statx item; kept.descriptor && status(kept.descriptor.get(), "", item) == 0 && item.stx_nlink == 0) {
+            if (struct statx item;
+                kept.descriptor && status(kept.descriptor.get(), "", item) == 0 && item.stx_nlink == 0) {
                 kept.descriptor.reset();
                 places_.erase(kept.node);
                 deleted.push_back(kept.node);
@@ -447,7 +464,8 @@ VainSearches &vainSearches()
     return all;
 }
 
-/// The node of a folder by its path (absolute, without links), with those of the folders above; kNone when it is gone.
+/// The node of a folder by its path (absolute, without links), with those of the folders above; kNone when it
+/// is gone.
 uint32_t folderNode(const std::string &path)
 {
     if (const auto known = folderPaths().find(path))
@@ -476,10 +494,12 @@ public:
 
     /// The folder alone, whatever its length.
     bool look(const std::string &folder) { return list(folder, nullptr, SIZE_MAX); }
-    /// The folder's own folders, nearest first; then the same from the folder above, as long as entries are left.
+    /// The folder's own folders, nearest first; then the same from the folder above, as long as entries are
+    /// left.
     bool lookAround(std::string folder)
     {
-        for (std::string searched; !folder.empty() && left_ > 0; searched = folder, folder = folder == "/" ? "" : folderOf(folder)) {
+        for (std::string searched; !folder.empty() && left_ > 0;
+             searched = folder, folder = folder == "/" ? "" : folderOf(folder)) {
             std::deque<std::string> waiting{folder};
             for (; !waiting.empty() && left_ > 0; waiting.pop_front())
                 if (waiting.front() != searched && list(waiting.front(), &waiting, left_))
@@ -494,7 +514,8 @@ private:
     bool list(const std::string &folder, std::deque<std::string> *folders, size_t most)
     {
         struct statx status;
-        if (folders && (files::status(AT_FDCWD, folder.c_str(), status) != 0 || identityOf(status).device != item_.device))
+        if (folders && (files::status(AT_FDCWD, folder.c_str(), status) != 0 ||
+                        identityOf(status).device != item_.device))
             return false;
         const Directory open(opendir(folder.c_str()));
         for (const dirent *entry; open && most > 0 && (entry = readdir(open.get())); --most) {
@@ -616,18 +637,25 @@ OSErr contents(const FSRef *ref, Contents &copy)
 
 Identity identityOf(const struct statx &status)
 {
-    const int64_t born = status.stx_mask & STATX_BTIME ? status.stx_btime.tv_sec * 1000000000 + status.stx_btime.tv_nsec : 0;
+    const int64_t born =
+        status.stx_mask & STATX_BTIME ? status.stx_btime.tv_sec * 1000000000 + status.stx_btime.tv_nsec : 0;
     return {uint64_t(status.stx_dev_major) << 32 | status.stx_dev_minor, status.stx_ino, born};
 }
 
 int status(int folder, const char *path, struct statx &status)
 {
-    return statx(folder, path, AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH | AT_NO_AUTOMOUNT, STATX_BASIC_STATS | STATX_BTIME, &status) == 0 ? 0 : errno;
+    return statx(folder, path, AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH | AT_NO_AUTOMOUNT,
+                 STATX_BASIC_STATS | STATX_BTIME, &status) == 0
+               ? 0
+               : errno;
 }
 
 std::string folderOf(const std::string &path) { return path.substr(0, std::max<size_t>(1, path.rfind('/'))); }
 std::string nameOf(const std::string &path) { return path.substr(path.rfind('/') + 1); }
-std::string joined(const std::string &folder, const std::string &name) { return folder == "/" ? folder + name : folder + "/" + name; }
+std::string joined(const std::string &folder, const std::string &name)
+{
+    return folder == "/" ? folder + name : folder + "/" + name;
+}
 
 OSErr makeReference(const std::string &path, Leaf leaf, FSRef *ref, struct statx *found)
 {

@@ -16,7 +16,8 @@ namespace tarvik::files {
 
 namespace {
 
-constexpr unsigned kOpenFolders = 128;  // deeper ones are opened by their whole path, so that no tree takes up all descriptors
+constexpr unsigned kOpenFolders =
+    128;  // deeper ones are opened by their whole path, so that no tree takes up all descriptors
 
 bool isCompanionName(const char *name) { return name[0] == '.' && name[1] == '_' && name[2]; }
 
@@ -38,7 +39,8 @@ OSErr TreeWalk::run(const std::string &folder, bool withCompanions)
 
 bool TreeWalk::inspect(const WalkedItem &item, struct stat &about) const
 {
-    return item.folder >= 0 ? fstatat(item.folder, item.name(), &about, AT_SYMLINK_NOFOLLOW) == 0 : lstat(path(item).c_str(), &about) == 0;
+    return item.folder >= 0 ? fstatat(item.folder, item.name(), &about, AT_SYMLINK_NOFOLLOW) == 0
+                            : lstat(path(item).c_str(), &about) == 0;
 }
 
 void TreeWalk::list(FileDescriptor folder, unsigned depth)
@@ -69,12 +71,14 @@ void TreeWalk::list(FileDescriptor folder, unsigned depth)
         }
         subpath_.resize(nameAt);
         subpath_ += entry.name;
-        WalkedItem item = {subpath_.c_str(), subpath_.size(), nameAt, folder.get(), -1, entry.kind, hasCompanion};
+        WalkedItem item = {subpath_.c_str(), subpath_.size(), nameAt, folder.get(), -1,
+                           entry.kind,       hasCompanion};
         if (struct stat about; item.kind == DT_UNKNOWN && inspect(item, about))
             item.kind = static_cast<unsigned char>(IFTODT(about.st_mode));
         FileDescriptor child;
         if (item.kind == DT_DIR)
-            child.reset(folder ? openat(folder.get(), entry.name, kFolderFlags | O_NOFOLLOW) : open(path(item).c_str(), kFolderFlags | O_NOFOLLOW));
+            child.reset(folder ? openat(folder.get(), entry.name, kFolderFlags | O_NOFOLLOW)
+                               : open(path(item).c_str(), kFolderFlags | O_NOFOLLOW));
         item.descriptor = child.get();
         if (visit(item) && child)
             list(std::move(child), depth + 1);

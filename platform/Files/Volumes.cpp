@@ -83,15 +83,18 @@ std::vector<Mount> mounts()
         fields >> id >> parent >> number >> top >> point;
         while (fields >> option && option != "-") {
         }
-        // Kernel tables (proc, sysfs, cgroup) are no volumes: their source is a plain word. A tmpfs holds files.
-        if (!(fields >> type >> source) || top != "/" || (!source.starts_with('/') && type != "tmpfs" && type.find("fuse") != 0 && type != "overlay"))
+        // Kernel tables (proc, sysfs, cgroup) are no volumes: their source is a plain word. A tmpfs holds
+        // files.
+        if (!(fields >> type >> source) || top != "/" ||
+            (!source.starts_with('/') && type != "tmpfs" && type.find("fuse") != 0 && type != "overlay"))
             continue;
         const std::string path = unescaped(point);
         struct statx item;
         if (status(AT_FDCWD, path.c_str(), item) != 0)
             continue;
         const uint64_t device = identityOf(item).device;
-        if (std::none_of(found.begin(), found.end(), [&](const Mount &mount) { return mount.device == device; }))
+        if (std::none_of(found.begin(), found.end(),
+                         [&](const Mount &mount) { return mount.device == device; }))
             found.push_back({device, path});
     }
     return found;
@@ -117,8 +120,9 @@ std::string volumeName(const std::string &mountPoint)
 
 using namespace tarvik::files;
 
-OSErr FSGetVolumeInfo(FSVolumeRefNum volume, ItemCount volumeIndex, FSVolumeRefNum *actualVolume, FSVolumeInfoBitmap whichInfo, FSVolumeInfo *info,
-                      HFSUniStr255 *volumeName, FSRef *rootDirectory)
+OSErr FSGetVolumeInfo(FSVolumeRefNum volume, ItemCount volumeIndex, FSVolumeRefNum *actualVolume,
+                      FSVolumeInfoBitmap whichInfo, FSVolumeInfo *info, HFSUniStr255 *volumeName,
+                      FSRef *rootDirectory)
 {
     Mount mount;
     if (volumeIndex > 0) {

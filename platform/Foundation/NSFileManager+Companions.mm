@@ -1,9 +1,9 @@
 /// \file
 /// What the file manager copies, moves and removes keeps its resource fork and Finder information.
 ///
-/// They stand in a companion beside the item, `._name`, of which gnustep-base knows nothing: a removed item would leave it behind for
-/// the next item of that name, and a copied or moved one would lose it. What a folder holds is no concern of ours: there companions
-/// are files as all others.
+/// They stand in a companion beside the item, `._name`, of which gnustep-base knows nothing: a removed item
+/// would leave it behind for the next item of that name, and a copied or moved one would lose it. What a
+/// folder holds is no concern of ours: there companions are files as all others.
 #include "platform/Files/private/Companion.h"
 #include "platform/Foundation/private/HiddenMethod.h"
 
@@ -13,7 +13,8 @@ namespace {
 
 using tarvik::files::CarriedCompanion;
 
-/// gnustep-base's methods call each other, and themselves for what a folder holds: the call from outside alone carries companions.
+/// gnustep-base's methods call each other, and themselves for what a folder holds: the call from outside
+/// alone carries companions.
 class Call {
 public:
     Call() { ++depth_; }
@@ -35,10 +36,11 @@ std::string itemPath(NSFileManager *manager, NSString *path)
     return bytes.empty() || bytes.find('/') != bytes.npos ? bytes : "./" + bytes;
 }
 
-/// Copies or moves the item, then its companion: neither when the companion has no room there, and no copy without it.
+/// Copies or moves the item, then its companion: neither when the companion has no room there, and no copy
+/// without it.
 template <class Transfer>
-BOOL transfer(NSFileManager *manager, NSString *source, NSString *destination, OSErr (CarriedCompanion::*carry)(const std::string &) const,
-              Transfer &&transferItem)
+BOOL transfer(NSFileManager *manager, NSString *source, NSString *destination,
+              OSErr (CarriedCompanion::*carry)(const std::string &) const, Transfer &&transferItem)
 {
     const Call call;
     const std::string from = itemPath(manager, source), to = itemPath(manager, destination);
@@ -57,7 +59,8 @@ BOOL transfer(NSFileManager *manager, NSString *source, NSString *destination, O
 
 - (BOOL)removeFileAtPath:(NSString *)path handler:(id)handler
 {
-    static const auto original = tarvik::hiddenMethod<BOOL (*)(id, SEL, NSString *, id)>([NSFileManager class], _cmd);
+    static const auto original =
+        tarvik::hiddenMethod<BOOL (*)(id, SEL, NSString *, id)>([NSFileManager class], _cmd);
     const Call call;
     const std::string item = call.isOutermost() ? itemPath(self, path) : "";
     if (item.empty())
@@ -68,14 +71,18 @@ BOOL transfer(NSFileManager *manager, NSString *source, NSString *destination, O
 
 - (BOOL)copyPath:(NSString *)source toPath:(NSString *)destination handler:(id)handler
 {
-    static const auto original = tarvik::hiddenMethod<BOOL (*)(id, SEL, NSString *, NSString *, id)>([NSFileManager class], _cmd);
-    return transfer(self, source, destination, &CarriedCompanion::copyTo, [=] { return original(self, _cmd, source, destination, handler); });
+    static const auto original =
+        tarvik::hiddenMethod<BOOL (*)(id, SEL, NSString *, NSString *, id)>([NSFileManager class], _cmd);
+    return transfer(self, source, destination, &CarriedCompanion::copyTo,
+                    [=] { return original(self, _cmd, source, destination, handler); });
 }
 
 - (BOOL)movePath:(NSString *)source toPath:(NSString *)destination handler:(id)handler
 {
-    static const auto original = tarvik::hiddenMethod<BOOL (*)(id, SEL, NSString *, NSString *, id)>([NSFileManager class], _cmd);
-    return transfer(self, source, destination, &CarriedCompanion::moveTo, [=] { return original(self, _cmd, source, destination, handler); });
+    static const auto original =
+        tarvik::hiddenMethod<BOOL (*)(id, SEL, NSString *, NSString *, id)>([NSFileManager class], _cmd);
+    return transfer(self, source, destination, &CarriedCompanion::moveTo,
+                    [=] { return original(self, _cmd, source, destination, handler); });
 }
 
 @end

@@ -1,10 +1,11 @@
 /// \file
 /// File names that are not UTF-8, and whole trees.
 ///
-/// gnustep-base leaves names that are not UTF-8 out of its listings, so that such files can neither be seen nor removed. Here a byte that is not
-/// UTF-8 stands as the private character U+F700 + byte, and a path with such characters leads to the file again. (The File Manager's own records
-/// have a lone surrogate there; gnustep-base makes no string of those.) A name that holds one of these characters has its bytes spelled so too.
-/// A whole tree is listed without a question to the system for each file.
+/// gnustep-base leaves names that are not UTF-8 out of its listings, so that such files can neither be seen
+/// nor removed. Here a byte that is not UTF-8 stands as the private character U+F700 + byte, and a path with
+/// such characters leads to the file again. (The File Manager's own records have a lone surrogate there;
+/// gnustep-base makes no string of those.) A name that holds one of these characters has its bytes spelled so
+/// too. A whole tree is listed without a question to the system for each file.
 #include "platform/Files/private/TreeWalk.h"
 #include "platform/Foundation/private/HiddenMethod.h"
 
@@ -12,31 +13,24 @@
 
 #import <Tarvik/support/Bridge.h>
 #import <Tarvik/support/Retained.h>
+#include <Tarvik/support/UTF8.h>
 
+#include <algorithm>
 #include <climits>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
 
 constexpr unichar kByteBase = 0xF700;
 
-/// A length in bytes of the UTF-8 sequence at the start; 0 for what is none (surrogates and overlong forms are none).
-size_t sequence(const unsigned char *in, size_t size)
+/// The character at the start of a text; 0 bytes where it is none, or one that stands for a byte.
+tarvik::DecodedUTF8 decoded(std::string_view text)
 {
-    const unsigned lead = in[0];
-    if (lead < 0x80)
-        return 1;
-    const size_t length = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
-    if (length == 0 || length > size)
-        return 0;
-    for (size_t i = 1; i < length; ++i)
-        if ((in[i] & 0xC0) != 0x80)
-            return 0;
-    if ((lead == 0xE0 && in[1] < 0xA0) || (lead == 0xED && in[1] > 0x9F) || (lead == 0xF0 && in[1] < 0x90) || (lead == 0xF4 && in[1] > 0x8F) ||
-        (lead == 0xEF && (in[1] & 0xFE) == 0x9E))  // U+F780 to U+F7FF: taken
-        return 0;
-    return length;
+    const tarvik::DecodedUTF8 next = tarvik::decodeUTF8(text);
+    const bool isTaken = next.character >= kByteBase + 0x80 && next.character <= kByteBase + 0xFF;
+    return isTaken ? tarvik::DecodedUTF8{0, 0} : next;
 }
 
 /// The text of a file's name or path; the caller owns it.
@@ -47,27 +41,19 @@ NSString *newText(const char *bytes, size_t size)
         ascii = static_cast<signed char>(bytes[i]) >= 0;
     if (ascii)
         return [[NSString alloc] initWithBytes:bytes length:size encoding:NSASCIIStringEncoding];
-    const auto *in = reinterpret_cast<const unsigned char *>(bytes);
     std::vector<unichar> units;
     units.reserve(size);
-    for (size_t at = 0; at < size;) {
-        const size_t length = sequence(in + at, size - at);
-        uint32_t code = in[at];
+    for (std::string_view rest(bytes, size); !rest.empty();) {
+        const auto [code, length] = decoded(rest);
         if (length == 0) {
-            units.push_back(unichar(kByteBase + in[at++]));
-            continue;
-        }
-        if (length > 1)
-            code &= 0x7F >> length;
-        for (size_t i = 1; i < length; ++i)
-            code = code << 6 | (in[at + i] & 0x3F);
-        if (code >= 0x10000) {
+            units.push_back(unichar(kByteBase + uint8_t(rest.front())));
+        } else if (code >= 0x10000) {
             units.push_back(unichar(0xD7C0 + (code >> 10)));
             units.push_back(unichar(0xDC00 + (code & 0x3FF)));
         } else {
             units.push_back(unichar(code));
         }
-        at += length;
+        rest.remove_prefix(std::max<size_t>(length, 1));
     }
     return [[NSString alloc] initWithCharacters:units.data() length:units.size()];
 }
@@ -95,21 +81,7 @@ bool getBytes(NSString *text, std::string &bytes)
         } else if (isHigh(units[i]) || isLow(units[i])) {
             return false;
         }
-        if (code < 0x80) {
-            bytes += char(code);
-        } else if (code < 0x800) {
-            bytes += char(0xC0 | code >> 6);
-            bytes += char(0x80 | (code & 0x3F));
-        } else if (code < 0x10000) {
-            bytes += char(0xE0 | code >> 12);
-            bytes += char(0x80 | (code >> 6 & 0x3F));
-            bytes += char(0x80 | (code & 0x3F));
-        } else {
-            bytes += char(0xF0 | code >> 18);
-            bytes += char(0x80 | (code >> 12 & 0x3F));
-            bytes += char(0x80 | (code >> 6 & 0x3F));
-            bytes += char(0x80 | (code & 0x3F));
-        }
+        tarvik::appendUTF8(bytes, code);
     }
     return odd;
 }
@@ -140,7 +112,8 @@ private:
 
 - (const char *)fileSystemRepresentationWithPath:(NSString *)path
 {
-    static const auto original = tarvik::hiddenMethod<const char *(*)(id, SEL, NSString *)>([NSFileManager class], _cmd);
+    static const auto original =
+        tarvik::hiddenMethod<const char *(*)(id, SEL, NSString *)>([NSFileManager class], _cmd);
     std::string bytes;
     if (!getBytes(path, bytes))
         return original(self, _cmd, path);

@@ -19,7 +19,9 @@ using Text = std::unique_ptr<char, ReleaseBy<g_free>>;
 
 std::optional<std::string> entryOf(GAppInfo *application)
 {
-    const char *path = application && G_IS_DESKTOP_APP_INFO(application) ? g_desktop_app_info_get_filename(G_DESKTOP_APP_INFO(application)) : nullptr;
+    const char *path = application && G_IS_DESKTOP_APP_INFO(application)
+                           ? g_desktop_app_info_get_filename(G_DESKTOP_APP_INFO(application))
+                           : nullptr;
     return path ? std::optional<std::string>(path) : std::nullopt;
 }
 
@@ -35,11 +37,13 @@ std::optional<std::string> desktopApplicationFor(const std::string &url, bool is
 {
     if (!isFile) {
         const Text scheme(g_uri_parse_scheme(url.c_str()));
-        const Object<GAppInfo> application(scheme ? g_app_info_get_default_for_uri_scheme(scheme.get()) : nullptr);
+        const Object<GAppInfo> application(scheme ? g_app_info_get_default_for_uri_scheme(scheme.get())
+                                                  : nullptr);
         return entryOf(application.get());
     }
     const Object<GFile> file(g_file_new_for_uri(url.c_str()));
-    const Object<GFileInfo> info(g_file_query_info(file.get(), G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE, G_FILE_QUERY_INFO_NONE, nullptr, nullptr));
+    const Object<GFileInfo> info(g_file_query_info(file.get(), G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,
+                                                   G_FILE_QUERY_INFO_NONE, nullptr, nullptr));
     const char *type = info ? g_file_info_get_content_type(info.get()) : nullptr;
     const Object<GAppInfo> application(type ? g_app_info_get_default_for_type(type, false) : nullptr);
     return entryOf(application.get());
@@ -60,9 +64,10 @@ OSStatus launchDesktopApplication(const std::string &entry, const std::vector<st
     GList *list = nullptr;
     for (auto url = urls.rbegin(); url != urls.rend(); ++url)
         list = g_list_prepend(list, const_cast<char *>(url->c_str()));
-    // Without a request to keep the child, it is started by a process between, which ends at once: nobody has to wait for it.
-    const bool started = g_desktop_app_info_launch_uris_as_manager(application.get(), list, nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr, nullptr,
-                                                                   nullptr, nullptr);
+    // Without a request to keep the child, it is started by a process between, which ends at once: nobody has
+    // to wait for it.
+    const bool started = g_desktop_app_info_launch_uris_as_manager(
+        application.get(), list, nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr, nullptr, nullptr, nullptr);
     g_list_free(list);
     return started ? OSStatus(noErr) : OSStatus(kLSUnknownErr);
 }

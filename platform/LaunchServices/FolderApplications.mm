@@ -1,12 +1,12 @@
 #include "platform/Foundation/ChildProcess.h"
 #include "platform/LaunchServices/private/Applications.h"
+#include "platform/LaunchServices/private/ItemFlags.h"
 
 #import <Foundation/Foundation.h>
 #import <Tarvik/support/ArrayRange.h>
 #import <Tarvik/support/Bridge.h>
 
 #include <dirent.h>
-#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,12 +16,12 @@ namespace tarvik::launch {
 
 namespace {
 
-bool sameText(std::string_view a, std::string_view b) { return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0; }
-
 NSDictionary *information(const std::string &folder)
 {
-    for (const char *place : {"/Resources/Info-gnustep.plist", "/Contents/Info.plist", "/Resources/Info.plist"})
-        if (NSString *path = nsstring(folder + place); NSDictionary *found = path ? [NSDictionary dictionaryWithContentsOfFile:path] : nil)
+    for (const char *place :
+         {"/Resources/Info-gnustep.plist", "/Contents/Info.plist", "/Resources/Info.plist"})
+        if (NSString *path = nsstring(folder + place);
+            NSDictionary *found = path ? [NSDictionary dictionaryWithContentsOfFile:path] : nil)
             return found;
     return nil;
 }
@@ -58,7 +58,8 @@ bool opens(NSDictionary *information, std::string_view extension)
     if (![types isKindOfClass:[NSArray class]])
         return false;
     for (NSDictionary *type : each<NSDictionary>(types)) {
-        id extensions = [type isKindOfClass:[NSDictionary class]] ? [type objectForKey:@"NSUnixExtensions"] : nil;
+        id extensions =
+            [type isKindOfClass:[NSDictionary class]] ? [type objectForKey:@"NSUnixExtensions"] : nil;
         if ([extensions isKindOfClass:[NSArray class]])
             for (NSString *known : each<NSString>(extensions))
                 if ([known isKindOfClass:[NSString class]] && sameText(utf8(known).value_or(""), extension))
@@ -81,7 +82,8 @@ std::string programOf(const std::string &folder)
 {
     const std::string name = folder.substr(folder.rfind('/') + 1);
     NSDictionary *const about = information(folder);
-    for (const std::string &program : {textOf(about, @"NSExecutable"), textOf(about, @"CFBundleExecutable"), name.substr(0, name.rfind('.'))})
+    for (const std::string &program : {textOf(about, @"NSExecutable"), textOf(about, @"CFBundleExecutable"),
+                                       name.substr(0, name.rfind('.'))})
         if (!program.empty() && program.find('/') == program.npos)
             for (const char *place : {"/", "/Contents/Linux/", "/Contents/MacOS/"})
                 if (const std::string path = folder + place + program; access(path.c_str(), X_OK) == 0)
@@ -101,20 +103,25 @@ std::optional<std::string> folderApplicationFor(std::string_view extension)
 std::optional<std::string> folderApplicationNamed(std::string_view name)
 {
     const std::string wanted = std::string(name) + (name.ends_with(".app") ? "" : ".app");
-    return firstApplication([&](const std::string &folder) { return folder.substr(folder.rfind('/') + 1) == wanted; });
+    return firstApplication(
+        [&](const std::string &folder) { return folder.substr(folder.rfind('/') + 1) == wanted; });
 }
 
 std::optional<std::string> folderApplicationIdentified(std::string_view bundleIdentifier)
 {
-    return firstApplication([&](const std::string &folder) { return textOf(information(folder), @"CFBundleIdentifier") == bundleIdentifier; });
+    return firstApplication([&](const std::string &folder) {
+        return textOf(information(folder), @"CFBundleIdentifier") == bundleIdentifier;
+    });
 }
 
-OSStatus launchFolderApplication(const std::string &folder, const std::vector<std::string> &paths, bool prints)
+OSStatus launchFolderApplication(const std::string &folder, const std::vector<std::string> &paths,
+                                 bool prints)
 {
     const std::string program = programOf(folder);
     if (program.empty())
         return kLSNotAnApplicationErr;
-    // A GNUstep application opens one file on its command line; each further one is opened by a process of its own, which hands it over to the first.
+    // A GNUstep application opens one file on its command line; each further one is opened by a process of
+    // its own, which hands it over to the first.
     for (size_t i = 0; i < std::max<size_t>(paths.size(), 1); ++i) {
         platform::SpawnPlan plan = {.path = program, .arguments = {}};
         if (!paths.empty())

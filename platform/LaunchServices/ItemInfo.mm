@@ -24,10 +24,10 @@ namespace tarvik::launch {
 namespace {
 
 // Folders that stand for one thing, by extension, in alphabetical order.
-constexpr std::string_view kPackages[] = {"app",   "bundle",      "component", "dictionary", "gmodel",  "gorm",  "kext",     "mdimporter",
-                                          "mpkg",  "nib",         "pbproj",    "pcproj",     "pkg",     "plugin", "pmodel",  "prefpane",
-                                          "prefs", "qlgenerator", "rtfd",      "saver",      "scptd",   "service", "theme",  "wdgt",
-                                          "workflow", "xcodeproj", "xpc"};
+constexpr std::string_view kPackages[] = {
+    "app",  "bundle", "component", "dictionary", "gmodel", "gorm",   "kext",     "mdimporter", "mpkg",
+    "nib",  "pbproj", "pcproj",    "pkg",        "plugin", "pmodel", "prefpane", "prefs",      "qlgenerator",
+    "rtfd", "saver",  "scptd",     "service",    "theme",  "wdgt",   "workflow", "xcodeproj",  "xpc"};
 
 std::string_view extensionOf(std::string_view name)
 {
@@ -35,14 +35,19 @@ std::string_view extensionOf(std::string_view name)
     return dot == name.npos || dot == 0 || dot + 1 == name.size() ? std::string_view() : name.substr(dot + 1);
 }
 
-bool sameText(std::string_view a, std::string_view b) { return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0; }
-
 }  // namespace
+
+bool sameText(std::string_view a, std::string_view b)
+{
+    return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
+}
 
 bool isPackageName(std::string_view name)
 {
     const std::string_view extension = extensionOf(name);
-    return !extension.empty() && std::any_of(std::begin(kPackages), std::end(kPackages), [&](std::string_view known) { return sameText(known, extension); });
+    return !extension.empty() &&
+           std::any_of(std::begin(kPackages), std::end(kPackages),
+                       [&](std::string_view known) { return sameText(known, extension); });
 }
 
 bool isApplicationName(std::string_view name) { return sameText(extensionOf(name), "app"); }
@@ -52,7 +57,8 @@ LSItemInfoFlags folderFlags(std::string_view name, bool isMountPoint, UInt16 fin
     if (isMountPoint)
         return kLSItemInfoIsContainer | kLSItemInfoIsVolume;
     if (isApplicationName(name))
-        return kLSItemInfoIsContainer | kLSItemInfoIsPackage | kLSItemInfoIsApplication | kLSItemInfoIsNativeApp;
+        return kLSItemInfoIsContainer | kLSItemInfoIsPackage | kLSItemInfoIsApplication |
+               kLSItemInfoIsNativeApp;
     return kLSItemInfoIsContainer | (isPackageName(name) || finderFlags & 0x2000 ? kLSItemInfoIsPackage : 0);
 }
 
@@ -62,24 +68,30 @@ LSItemInfoFlags fileFlags(const std::string &path)
     const std::string type = aliases::desktopEntryTypeOfFile(path, &url);
     if (type == "Application")
         return kLSItemInfoIsPlainFile | kLSItemInfoIsApplication | kLSItemInfoIsNativeApp;
-    return kLSItemInfoIsPlainFile | (type == "Link" && aliases::pathOfFileURL(url) ? kLSItemInfoIsAliasFile : 0);
+    return kLSItemInfoIsPlainFile |
+           (type == "Link" && aliases::pathOfFileURL(url) ? kLSItemInfoIsAliasFile : 0);
 }
 
 bool isMountPoint(int descriptor, const char *path)
 {
     struct statx about;
-    return statx(descriptor < 0 ? AT_FDCWD : descriptor, descriptor < 0 ? path : "", (descriptor < 0 ? 0 : AT_EMPTY_PATH) | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT,
-                 STATX_TYPE, &about) == 0 &&
+    return statx(descriptor < 0 ? AT_FDCWD : descriptor, descriptor < 0 ? path : "",
+                 (descriptor < 0 ? 0 : AT_EMPTY_PATH) | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, STATX_TYPE,
+                 &about) == 0 &&
            about.stx_attributes & STATX_ATTR_MOUNT_ROOT;
 }
 
 FinderInformation finderInformation(const std::string &path)
 {
     files::Companion companion;
-    if (files::Companion::open(path, companion) != noErr || companion.state() != files::Companion::State::good)
+    if (files::Companion::open(path, companion) != noErr ||
+        companion.state() != files::Companion::State::good)
         return {};
     const files::FinderInfo &bytes = companion.finderInfo();
-    const auto code = [&](size_t at) { return OSType(bytes[at]) << 24 | OSType(bytes[at + 1]) << 16 | OSType(bytes[at + 2]) << 8 | bytes[at + 3]; };
+    const auto code = [&](size_t at) {
+        return OSType(bytes[at]) << 24 | OSType(bytes[at + 1]) << 16 | OSType(bytes[at + 2]) << 8 |
+               bytes[at + 3];
+    };
     return {code(0), code(4), UInt16(bytes[8] << 8 | bytes[9])};
 }
 
@@ -96,7 +108,8 @@ OSStatus itemInfo(const std::string &path, LSRequestedInfo wanted, LSItemInfoRec
     while (whole.size() > 1 && whole.ends_with('/'))
         whole.pop_back();
     const std::string name = whole.substr(whole.rfind('/') + 1);
-    if (wanted & (kLSRequestTypeCreator | kLSRequestBasicFlagsOnly | kLSRequestAppTypeFlags | kLSRequestAllFlags)) {
+    if (wanted &
+        (kLSRequestTypeCreator | kLSRequestBasicFlagsOnly | kLSRequestAppTypeFlags | kLSRequestAllFlags)) {
         const FinderInformation finder = finderInformation(whole);
         if (wanted & kLSRequestTypeCreator && S_ISREG(about.st_mode)) {
             record->filetype = finder.type;
@@ -108,7 +121,8 @@ OSStatus itemInfo(const std::string &path, LSRequestedInfo wanted, LSItemInfoRec
             record->flags = itemFlags(facts, [&] { return whole; });
         }
     }
-    if (const std::string_view extension = extensionOf(name); wanted & kLSRequestExtension && !extension.empty())
+    if (const std::string_view extension = extensionOf(name);
+        wanted & kLSRequestExtension && !extension.empty())
         record->extension = cf::owned<CFStringRef>([&] { return nsstring(extension); });
     return noErr;
 }
@@ -120,8 +134,11 @@ public:
 protected:
     bool visit(const files::WalkedItem &item) override
     {
-        const ItemFacts facts = {{item.name(), item.length - item.nameAt}, item.kind,
-                                 item.kind == DT_DIR && (item.descriptor >= 0 ? isMountPoint(item.descriptor, "") : isMountPoint(-1, path(item).c_str())),
+        const ItemFacts facts = {{item.name(), item.length - item.nameAt},
+                                 item.kind,
+                                 item.kind == DT_DIR &&
+                                     (item.descriptor >= 0 ? isMountPoint(item.descriptor, "")
+                                                           : isMountPoint(-1, path(item).c_str())),
                                  item.hasCompanion ? finderInformation(path(item)).flags : UInt16(0)};
         return visitor_(item.subpath, item.length, itemFlags(facts, [&] { return path(item); }), context_);
     }
@@ -135,7 +152,8 @@ private:
 
 }  // namespace tarvik::launch
 
-OSStatus LSCopyItemInfoForRef(const FSRef *inItemRef, LSRequestedInfo inWhichInfo, LSItemInfoRecord *outItemInfo)
+OSStatus LSCopyItemInfoForRef(const FSRef *inItemRef, LSRequestedInfo inWhichInfo,
+                              LSItemInfoRecord *outItemInfo)
 {
     if (!inItemRef || !outItemInfo)
         return paramErr;

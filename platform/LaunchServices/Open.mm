@@ -49,7 +49,8 @@ OSStatus itemOf(CFURLRef url, Item &item)
 bool isFolderApplication(const std::string &path)
 {
     struct stat about;
-    return stat(path.c_str(), &about) == 0 && S_ISDIR(about.st_mode) && isApplicationName(path.substr(path.rfind('/') + 1));
+    return stat(path.c_str(), &about) == 0 && S_ISDIR(about.st_mode) &&
+           isApplicationName(path.substr(path.rfind('/') + 1));
 }
 bool isApplication(const std::string &path)
 {
@@ -79,10 +80,12 @@ OSStatus launch(const std::string &application, const std::vector<Item> &items, 
     const bool isFolder = isFolderApplication(application);
     for (const Item &item : items)
         words.push_back(isFolder && !item.path.empty() ? item.path : item.url);
-    return isFolder ? launchFolderApplication(application, words, flags & kLSLaunchAndPrint) : launchDesktopApplication(application, words);
+    return isFolder ? launchFolderApplication(application, words, flags & kLSLaunchAndPrint)
+                    : launchDesktopApplication(application, words);
 }
 
-OSStatus open(const std::string &chosen, const std::vector<Item> &items, LSLaunchFlags flags, std::string &launched)
+OSStatus open(const std::string &chosen, const std::vector<Item> &items, LSLaunchFlags flags,
+              std::string &launched)
 {
     if (!chosen.empty()) {
         if (!isApplication(chosen))
@@ -99,7 +102,8 @@ OSStatus open(const std::string &chosen, const std::vector<Item> &items, LSLaunc
         if (!application)
             return kLSApplicationNotFoundErr;
         const bool itself = *application == item.path;
-        auto group = std::find_if(groups.begin(), groups.end(), [&](const auto &known) { return known.first == *application; });
+        auto group = std::find_if(groups.begin(), groups.end(),
+                                  [&](const auto &known) { return known.first == *application; });
         if (group == groups.end())
             group = groups.insert(group, {*application, {}});
         if (!itself)
@@ -114,7 +118,8 @@ OSStatus open(const std::string &chosen, const std::vector<Item> &items, LSLaunc
 
 CFURLRef newURL(const std::string &path)
 {
-    return CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), isFolderApplication(path));
+    return CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.data()),
+                                                   CFIndex(path.size()), isFolderApplication(path));
 }
 
 OSStatus hand(const std::optional<std::string> &application, FSRef *ref, CFURLRef *url)
@@ -221,7 +226,8 @@ OSStatus LSGetApplicationForItem(const FSRef *inItemRef, LSRolesMask, FSRef *out
     });
 }
 
-OSStatus LSFindApplicationForInfo(OSType inCreator, CFStringRef inBundleID, CFStringRef inName, FSRef *outAppRef, CFURLRef *outAppURL)
+OSStatus LSFindApplicationForInfo(OSType inCreator, CFStringRef inBundleID, CFStringRef inName,
+                                  FSRef *outAppRef, CFURLRef *outAppURL)
 {
     if (inCreator == kLSUnknownCreator && !inBundleID && !inName)
         return paramErr;
@@ -232,7 +238,8 @@ OSStatus LSFindApplicationForInfo(OSType inCreator, CFStringRef inBundleID, CFSt
             if (!found)
                 found = desktopApplicationNamed(*identifier);
         }
-        if (const auto name = found ? std::nullopt : utf8(cf::ns(inName)); name && !name->empty() && name->find('/') == name->npos) {
+        if (const auto name = found ? std::nullopt : utf8(cf::ns(inName));
+            name && !name->empty() && name->find('/') == name->npos) {
             found = name->ends_with(".desktop") ? std::nullopt : folderApplicationNamed(*name);
             if (!found && !name->ends_with(".app"))
                 found = desktopApplicationNamed(*name);

@@ -1,4 +1,5 @@
 #import <Tarvik/support/Bridge.h>
+#include <Tarvik/support/UTF8.h>
 
 #include <algorithm>
 #include <iterator>
@@ -36,16 +37,7 @@ std::optional<std::string> utf8(NSString *text)
                 ++i;
                 c = 0x10000 + ((c - kFirstHighSurrogate) << 10) + (units[i] - kFirstLowSurrogate);
             }
-            if (c < 0x80) {
-                out += char(c);
-            } else if (c < 0x800) {
-                out += {char(0xC0 | c >> 6), char(0x80 | (c & 0x3F))};
-            } else if (c < 0x10000) {
-                out += {char(0xE0 | c >> 12), char(0x80 | (c >> 6 & 0x3F)), char(0x80 | (c & 0x3F))};
-            } else {
-                out += {char(0xF0 | c >> 18), char(0x80 | (c >> 12 & 0x3F)),
-                        char(0x80 | (c >> 6 & 0x3F)), char(0x80 | (c & 0x3F))};
-            }
+            appendUTF8(out, c);
         }
         start += count;
     }

@@ -17,6 +17,17 @@ check 'data as cmp sees them' same "$(cmp -s Services backup/Services && echo sa
 check 'resources byte for byte' "$(head -c 100000 /bin/sh | sha256sum)" "$(tarvik file cat --resource backup/Services | sha256sum)"
 show tarvik file label backup/Services
 check 'the label came along' red "$(tarvik file label backup/Services | cut -d' ' -f1)"
+
+title 'Whole folders, with their labels and what is in them'
+mkdir -p Projects/Old
+cp /etc/hosts Projects/Old
+ln -s Old/hosts Projects/link
+tarvik file label --set=green Projects/Old
+show tarvik copy Projects backup
+check 'as diff sees them' '' "$(diff -r --no-dereference --exclude='._*' Projects backup/Projects)"
+show tarvik file label backup/Projects/Old
+
+title 'What stands in a companion'\''s place and is none'
 printf 'somebody else'\''s' > ._Services
 show tarvik file label --set=blue Services
 check 'what is no companion is left alone' "somebody else's" "$(cat ._Services)"

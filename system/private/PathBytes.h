@@ -12,8 +12,9 @@ namespace tarvik {
 bool getPathBytes(NSString *path, std::string &bytes);
 /// The text of a path's bytes, autoreleased.
 NSString *pathText(const char *bytes);
-/// The POSIX path of a reference, autoreleased; nil when it is empty or can't be made.
-NSString *pathText(const FSRef *ref);
+/// The POSIX path of a reference, autoreleased; nil when it is empty, can't be made, or needs more bytes than that.
+constexpr size_t kLongestPath = 4096;  // the platform's, a zero at the end included
+NSString *pathText(const FSRef *ref, size_t size = kLongestPath);
 
 }  // namespace tarvik
 #endif

@@ -20,7 +20,10 @@ namespace fs = std::filesystem;
 FSRef reference(const std::string &path)
 {
     FSRef ref = {};
-    EXPECT_EQ(FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>(path.c_str()), kFSPathMakeRefDoNotFollowLeafSymlink, &ref, nullptr), noErr) << path;
+    EXPECT_EQ(FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>(path.c_str()),
+                                       kFSPathMakeRefDoNotFollowLeafSymlink, &ref, nullptr),
+              noErr)
+        << path;
     return ref;
 }
 std::string path(const FSRef &ref)
@@ -49,7 +52,10 @@ Alias aliasOf(const std::string &record)
     PtrToHand(record.data(), &handle, Size(record.size()));
     return Alias(reinterpret_cast<AliasHandle>(handle));
 }
-std::string record(const Alias &alias) { return {reinterpret_cast<const char *>(*alias.get()), size_t(GetAliasSize(alias.get()))}; }
+std::string record(const Alias &alias)
+{
+    return {reinterpret_cast<const char *>(*alias.get()), size_t(GetAliasSize(alias.get()))};
+}
 
 struct Found {
     OSErr error;
@@ -57,7 +63,10 @@ struct Found {
     bool changed;
     bool operator==(const Found &) const = default;
 };
-std::ostream &operator<<(std::ostream &out, const Found &found) { return out << found.error << ' ' << found.path << (found.changed ? " changed" : ""); }
+std::ostream &operator<<(std::ostream &out, const Found &found)
+{
+    return out << found.error << ' ' << found.path << (found.changed ? " changed" : "");
+}
 
 Found resolve(const Alias &alias, const std::string &from = "")
 {
@@ -86,7 +95,8 @@ protected:
     TemporaryFolder folder_;
     const fs::path root_ = fs::canonical(folder_.path());
 };
-INSTANTIATE_TEST_SUITE_P(, Aliases, testing::Bool(), [](const auto &info) { return info.param ? "AsRoot" : "AsUser"; });
+INSTANTIATE_TEST_SUITE_P(, Aliases, testing::Bool(),
+                         [](const auto &info) { return info.param ? "AsRoot" : "AsUser"; });
 
 TEST_P(Aliases, AreFoundAgain)
 {
@@ -99,11 +109,26 @@ TEST_P(Aliases, AreFoundAgain)
         {"in place", [] {}, "old/deep/report"},
         {"renamed", [&] { fs::rename(at("old/deep/report"), at("old/deep/summary")); }, "old/deep/summary"},
         {"moved up", [&] { fs::rename(at("old/deep/summary"), at("summary")); }, "summary"},
-        {"moved into another folder", [&] { fs::create_directories(at("new/x/y/z")); fs::rename(at("summary"), at("new/x/y/z/report")); }, "new/x/y/z/report"},
+        {"moved into another folder",
+         [&] {
+             fs::create_directories(at("new/x/y/z"));
+             fs::rename(at("summary"), at("new/x/y/z/report"));
+         },
+         "new/x/y/z/report"},
         {"a folder far above renamed", [&] { fs::rename(at("new"), at("newer")); }, "newer/x/y/z/report"},
-        {"replaced by a save", [&] { folder_.write("newer/x/y/z/fresh", "again"); fs::rename(at("newer/x/y/z/fresh"), at("newer/x/y/z/report")); }, "newer/x/y/z/report"},
-        {"replaced in a renamed folder", [&] { fs::rename(at("newer/x/y/z"), at("newer/x/y/zz")); fs::remove(at("newer/x/y/zz/report"));
-                                               folder_.write("newer/x/y/zz/report", "put back"); }, "newer/x/y/zz/report"},
+        {"replaced by a save",
+         [&] {
+             folder_.write("newer/x/y/z/fresh", "again");
+             fs::rename(at("newer/x/y/z/fresh"), at("newer/x/y/z/report"));
+         },
+         "newer/x/y/z/report"},
+        {"replaced in a renamed folder",
+         [&] {
+             fs::rename(at("newer/x/y/z"), at("newer/x/y/zz"));
+             fs::remove(at("newer/x/y/zz/report"));
+             folder_.write("newer/x/y/zz/report", "put back");
+         },
+         "newer/x/y/zz/report"},
     };
     const Alias alias = aliasTo(at("old/deep/report"));
     for (const Case &c : cases) {
@@ -111,7 +136,8 @@ TEST_P(Aliases, AreFoundAgain)
         c.change();
         const bool changes = c.what != cases[0].what;
         EXPECT_EQ(resolve(alias), (Found{noErr, at(c.found), changes}));
-        EXPECT_EQ(resolve(aliasOf(record(alias))), (Found{noErr, at(c.found), false})) << "the record was renewed";
+        EXPECT_EQ(resolve(aliasOf(record(alias))), (Found{noErr, at(c.found), false}))
+            << "the record was renewed";
     }
     // Gone: the folder is still there, then neither.
     fs::remove(at("newer/x/y/zz/report"));
@@ -135,7 +161,8 @@ TEST_P(Aliases, OfFoldersLinksHardLinksAndLongNames)
     EXPECT_EQ(resolve(root), (Found{noErr, "/", false}));
     EXPECT_EQ(resolve(folder), (Found{noErr, at("moved"), true}));
     EXPECT_EQ(resolve(link), (Found{noErr, at("moved/deep/link"), true})) << "the link, not its target";
-    EXPECT_EQ(resolve(twin), (Found{noErr, at("moved/deep/twin"), true})) << "of two names the one that was meant";
+    EXPECT_EQ(resolve(twin), (Found{noErr, at("moved/deep/twin"), true}))
+        << "of two names the one that was meant";
     EXPECT_EQ(resolve(named), (Found{noErr, at("moved/" + name), true}));
     EXPECT_EQ(resolve(oddly), (Found{noErr, at("moved/" + odd), true}));
 
@@ -155,9 +182,11 @@ TEST_P(Aliases, RelativeOnesFollowTheirStartingFile)
     const Alias alias = aliasTo(at("old/deep/report"), at("old/start"));
     fs::copy(at("old"), at("copy"), fs::copy_options::recursive);
     EXPECT_EQ(resolve(alias, at("copy/start")).path, at("copy/deep/report"));
-    EXPECT_EQ(resolve(aliasTo(at("old/deep/report"), at("old/start"))).path, at("old/deep/report")) << "without it, by path";
+    EXPECT_EQ(resolve(aliasTo(at("old/deep/report"), at("old/start"))).path, at("old/deep/report"))
+        << "without it, by path";
     fs::remove_all(at("copy/deep"));
-    EXPECT_EQ(resolve(aliasTo(at("old/deep/report"), at("old/start")), at("copy/start")).path, at("old/deep/report"));
+    EXPECT_EQ(resolve(aliasTo(at("old/deep/report"), at("old/start")), at("copy/start")).path,
+              at("old/deep/report"));
 }
 
 TEST_P(Aliases, UnreadableFoldersAreSearchedAround)
@@ -184,7 +213,9 @@ TEST(AliasVolumes, AreFoundWhereverTheyAreMounted)
     const fs::path root = fs::canonical(folder.path());
     for (const char *name : {"disk", "elsewhere", "other", "part"})
         fs::create_directory(root / name);
-    auto mounted = [&](const char *place) { return mount("tmpfs", (root / place).c_str(), "tmpfs", 0, "size=1m"); };
+    auto mounted = [&](const char *place) {
+        return mount("tmpfs", (root / place).c_str(), "tmpfs", 0, "size=1m");
+    };
     ASSERT_EQ(mounted("disk"), 0);
     fs::create_directory(root / "disk/sub");
     folder.write("disk/sub/file", "x");
@@ -242,12 +273,14 @@ TEST(AliasFiles, LeadToTheirTargets)
     const fs::path root = fs::canonical(folder.path());
     fs::create_directory(root / "a b");
     folder.write("a b/é", "x");
-    folder.write("entry.desktop", "[Desktop Entry]\nType=Link\nName=x\nURL=file://" + root.string() + "/a%20b/%C3%A9\n");
+    folder.write("entry.desktop",
+                 "[Desktop Entry]\nType=Link\nName=x\nURL=file://" + root.string() + "/a%20b/%C3%A9\n");
     folder.write("web.desktop", "[Desktop Entry]\nType=Link\nURL=http://localhost/\n");
     folder.write("app.desktop", "[Desktop Entry]\nType=Application\nURL=file:///etc\nExec=true\n");
     folder.write("broken.desktop", "[Desktop Ent");
-    const std::map<std::string, std::string> links = {{"one", "a b"}, {"chain", "chain2"}, {"chain2", "entry.desktop"}, {"loop", "loop2"}, {"loop2", "loop"},
-                                                      {"gone", "nothing"}};
+    const std::map<std::string, std::string> links = {
+        {"one", "a b"},    {"chain", "chain2"}, {"chain2", "entry.desktop"},
+        {"loop", "loop2"}, {"loop2", "loop"},   {"gone", "nothing"}};
     for (const auto &[name, target] : links)
         fs::create_symlink(target, root / name);
 

@@ -21,7 +21,9 @@ namespace fs = std::filesystem;
 FSRef refOf(const std::string &path, OptionBits options = 0)
 {
     FSRef ref{};
-    EXPECT_EQ(FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>(path.c_str()), options, &ref, nullptr), noErr) << path;
+    EXPECT_EQ(FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>(path.c_str()), options, &ref, nullptr),
+              noErr)
+        << path;
     return ref;
 }
 
@@ -100,10 +102,12 @@ std::string appleDouble(const std::vector<Entry> &entries, uint32_t version = 0x
 {
     std::string table, bodies;
     for (const Entry &entry : entries) {
-        table += big(entry.id, 4) + big(26 + 12 * entries.size() + bodies.size(), 4) + big(entry.bytes.size(), 4);
+        table +=
+            big(entry.id, 4) + big(26 + 12 * entries.size() + bodies.size(), 4) + big(entry.bytes.size(), 4);
         bodies += entry.bytes;
     }
-    return big(0x00051607, 4) + big(version, 4) + std::string("Mac OS X        ") + big(entries.size(), 2) + table + bodies;
+    return big(0x00051607, 4) + big(version, 4) + std::string("Mac OS X        ") + big(entries.size(), 2) +
+           table + bodies;
 }
 
 const std::string kInfo = "TEXTttxt" + big(0x000C, 2) + std::string(22, 0);
@@ -392,12 +396,15 @@ TEST(Companions, OfOtherSystemsAreReadAndKept)
     folder.write("._f", appleDouble({{9, kInfo + attributes}, {4, "a comment"}, {2, "old"}}));
     EXPECT_EQ(readFork(ref, kResource), "old");
     FSCatalogInfo info;
-    ASSERT_EQ(FSGetCatalogInfo(&ref, kFSCatInfoFinderInfo | kFSCatInfoRsrcSizes, &info, nullptr, nullptr, nullptr), noErr);
+    ASSERT_EQ(
+        FSGetCatalogInfo(&ref, kFSCatInfoFinderInfo | kFSCatInfoRsrcSizes, &info, nullptr, nullptr, nullptr),
+        noErr);
     EXPECT_EQ(std::string(info.finderInfo, info.finderInfo + 8), "TEXTttxt");
     EXPECT_EQ(info.finderInfo[9], 0x0C);
     EXPECT_EQ(info.rsrcLogicalSize, 3u);
     ASSERT_EQ(writeFork(ref, kResource, "new and longer"), noErr);
-    EXPECT_EQ(folder.read("._f"), appleDouble({{9, kInfo + attributes}, {4, "a comment"}, {2, "new and longer"}}));
+    EXPECT_EQ(folder.read("._f"),
+              appleDouble({{9, kInfo + attributes}, {4, "a comment"}, {2, "new and longer"}}));
 
     // Finder information set while the fork is open is not undone by closing it.
     FSIORefNum fork;
@@ -443,7 +450,8 @@ TEST(Companions, ForeignAndBrokenOnesAreLeftAlone)
         EXPECT_EQ(writeFork(ref, kResource, "x"), ioErr);
         EXPECT_EQ(FSSetCatalogInfo(&ref, kFSCatInfoFinderInfo, &info), ioErr);
         FSCatalogInfo read;
-        EXPECT_EQ(FSGetCatalogInfo(&ref, kFSCatInfoGettableInfo, &read, nullptr, nullptr, nullptr), isForeign ? OSErr(noErr) : OSErr(ioErr));
+        EXPECT_EQ(FSGetCatalogInfo(&ref, kFSCatInfoGettableInfo, &read, nullptr, nullptr, nullptr),
+                  isForeign ? OSErr(noErr) : OSErr(ioErr));
         EXPECT_EQ(folder.read("._f"), bytes);
     }
     // Nor is what a link in its place leads to.
@@ -483,7 +491,8 @@ TEST(Companions, AreReplacedWholeOrNotAtAll)
 TEST(Forks, CopyKeepsHolesAndBothForks)
 {
     const TemporaryFolder folder;
-    const std::string source = folder.write("source", "begin"), target = folder.write("target", std::string(10, 'o'));
+    const std::string source = folder.write("source", "begin"),
+                      target = folder.write("target", std::string(10, 'o'));
     fs::resize_file(source, 3 << 20);
     std::ofstream(source, std::ios::in | std::ios::out).seekp(2 << 20).write("end", 3);
     const FSRef from = refOf(source), to = refOf(target);

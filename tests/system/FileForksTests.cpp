@@ -25,13 +25,17 @@ template <class Ref>
 using Owned = std::unique_ptr<std::remove_pointer_t<Ref>, Released>;
 using String = Owned<CFStringRef>;
 
-String text(const std::string &utf8) { return String(CFStringCreateWithCString(nullptr, utf8.c_str(), kCFStringEncodingUTF8)); }
+String text(const std::string &utf8)
+{
+    return String(CFStringCreateWithCString(nullptr, utf8.c_str(), kCFStringEncodingUTF8));
+}
 
 std::string utf8(CFStringRef string)
 {
     char bytes[4096];
     const String owned(string);
-    return string && CFStringGetCString(string, bytes, sizeof bytes, kCFStringEncodingUTF8) ? bytes : "(null)";
+    return string && CFStringGetCString(string, bytes, sizeof bytes, kCFStringEncodingUTF8) ? bytes
+                                                                                            : "(null)";
 }
 
 std::string taken(char *bytes)
@@ -60,12 +64,15 @@ const HFSUniStr255 kData{}, kResource = resourceFork();
 std::string readFork(const FSRef &ref, const HFSUniStr255 &name)
 {
     const Owned<CFMutableDataRef> data(FSReadFileFork(&ref, &name));
-    return data ? std::string(reinterpret_cast<const char *>(CFDataGetBytePtr(data.get())), size_t(CFDataGetLength(data.get()))) : "(null)";
+    return data ? std::string(reinterpret_cast<const char *>(CFDataGetBytePtr(data.get())),
+                              size_t(CFDataGetLength(data.get())))
+                : "(null)";
 }
 
 bool writeFork(const FSRef &ref, const HFSUniStr255 &name, const std::string &bytes)
 {
-    const Owned<CFDataRef> data(CFDataCreate(nullptr, reinterpret_cast<const UInt8 *>(bytes.data()), CFIndex(bytes.size())));
+    const Owned<CFDataRef> data(
+        CFDataCreate(nullptr, reinterpret_cast<const UInt8 *>(bytes.data()), CFIndex(bytes.size())));
     return FSWriteFileFork(&ref, &name, data.get());
 }
 
@@ -117,7 +124,8 @@ TEST(FileForkFunctions, WholeForks)
     const FSRef ref = refOf(folder.write("f", "old contents"));
     EXPECT_EQ(readFork(ref, kResource), "");
     for (const HFSUniStr255 &name : {kData, kResource})
-        for (const std::string &bytes : {std::string("longer contents\0end", 19), std::string("x"), std::string()}) {
+        for (const std::string &bytes :
+             {std::string("longer contents\0end", 19), std::string("x"), std::string()}) {
             EXPECT_TRUE(writeFork(ref, name, bytes));
             EXPECT_EQ(readFork(ref, name), bytes);
         }
@@ -166,7 +174,8 @@ TEST(FileForkFunctions, CopyOfAFile)
     ASSERT_TRUE(FSCopyFile(&source, &to, text("protected").get(), &copy));
     EXPECT_EQ(readFork(copy, kData) + readFork(copy, kResource), "dataresources");
     EXPECT_EQ(fs::status(folder / "to/protected").permissions(), fs::perms(0444));
-    EXPECT_LT(fs::last_write_time(folder / "source") - fs::last_write_time(folder / "to/protected"), std::chrono::milliseconds(1));
+    EXPECT_LT(fs::last_write_time(folder / "source") - fs::last_write_time(folder / "to/protected"),
+              std::chrono::milliseconds(1));
 
     EXPECT_FALSE(FSCopyFile(&plain, &to, text("plain").get(), nullptr));  // onto itself
     EXPECT_EQ(readFork(plain, kData), "data");
@@ -201,9 +210,16 @@ TEST(FileLabelFunctions, TableAndFiles)
 TEST(FileForkFunctions, MachOBinaries)
 {
     const TemporaryFolder folder;
-    const std::pair<std::string, bool> cases[] = {{"\xCA\xFE\xBA\xBE...", true},  {"\xBE\xBA\xFE\xCA", true},    {"\xFE\xED\xFA\xCE", true},
-                                                  {"\xCF\xFA\xED\xFE...", true}, {"\xCA\xFE\xBA", false},       {"\x7F" "ELF", false},
-                                                  {"", false},                   {std::string(4, '\0'), false}};
+    const std::pair<std::string, bool> cases[] = {{"\xCA\xFE\xBA\xBE...", true},
+                                                  {"\xBE\xBA\xFE\xCA", true},
+                                                  {"\xFE\xED\xFA\xCE", true},
+                                                  {"\xCF\xFA\xED\xFE...", true},
+                                                  {"\xCA\xFE\xBA", false},
+                                                  {"\x7F"
+                                                   "ELF",
+                                                   false},
+                                                  {"", false},
+                                                  {std::string(4, '\0'), false}};
     for (const auto &[bytes, isMachO] : cases) {
         const FSRef ref = refOf(folder.write("f", bytes));
         EXPECT_EQ(FSIsMachOBinary(&ref) != 0, isMachO) << bytes;
@@ -218,7 +234,8 @@ TEST(FileURLFunctions, ItemsFoldersAndProperties)
     const std::string path = folder.write("f", "");
     fs::create_symlink("f", folder / "link");
     const auto urlOf = [](const std::string &where) {
-        return Owned<CFURLRef>(CFURLCreateWithFileSystemPath(nullptr, text(where).get(), kCFURLPOSIXPathStyle, false));
+        return Owned<CFURLRef>(
+            CFURLCreateWithFileSystemPath(nullptr, text(where).get(), kCFURLPOSIXPathStyle, false));
     };
     const auto url = urlOf(path), link = urlOf(folder / "link"), none = urlOf(folder / "none");
     EXPECT_TRUE(CFURLIsExist(url.get()));
@@ -240,11 +257,14 @@ TEST(FileURLFunctions, ItemsFoldersAndProperties)
 
     setenv("XDG_CONFIG_HOME", (folder / "config").c_str(), 1);
     EXPECT_EQ(CFURLCreateWithFindFolder(kUserDomain, kPreferencesFolderType, false, nullptr, false), nullptr);
-    const Owned<CFURLRef> inside(CFURLCreateWithFindFolder(kUserDomain, kPreferencesFolderType, true, text("x").get(), true));
+    const Owned<CFURLRef> inside(
+        CFURLCreateWithFindFolder(kUserDomain, kPreferencesFolderType, true, text("x").get(), true));
     EXPECT_EQ(utf8(CFURLCopyFileSystemPath(inside.get(), kCFURLPOSIXPathStyle)), folder / "config/x");
     EXPECT_EQ(CFBundleCreateWithFindFolder(kUserDomain, kPreferencesFolderType, text("x").get()), nullptr);
     fs::create_directory(folder / "config/x");
-    EXPECT_NE(Owned<CFBundleRef>(CFBundleCreateWithFindFolder(kUserDomain, kPreferencesFolderType, text("x").get())), nullptr);
+    EXPECT_NE(Owned<CFBundleRef>(
+                  CFBundleCreateWithFindFolder(kUserDomain, kPreferencesFolderType, text("x").get())),
+              nullptr);
     EXPECT_EQ(CFBundleCreateWithFindFolder(kUserDomain, kPreferencesFolderType, nullptr), nullptr);
 }
 

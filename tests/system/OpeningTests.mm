@@ -1,4 +1,5 @@
-// Opening: real desktop entries and application folders in a private home, whose programs say what they were given.
+// Opening: real desktop entries and application folders in a private home, whose programs say what they were
+// given.
 #import <Tarvik/Tarvik.h>
 #import <Tarvik/support/ArrayRange.h>
 #import <Tarvik/support/Bridge.h>
@@ -29,17 +30,23 @@ protected:
         fs::create_directories(root_ / "Ink.app/Resources");
         program("viewer");
         program("Ink.app/Ink");
-        folder_.write("data/applications/viewer.desktop", "[Desktop Entry]\nType=Application\nName=Viewer\nExec=" + (root_ / "viewer").native() +
-                                                              " %U\nMimeType=text/plain;x-scheme-handler/tarvik-test;\n");
-        folder_.write("config/mimeapps.list", "[Default Applications]\ntext/plain=viewer.desktop\nx-scheme-handler/tarvik-test=viewer.desktop\n");
-        folder_.write("Ink.app/Resources/Info-gnustep.plist", "{ NSExecutable = Ink; CFBundleIdentifier = \"org.tarvik.Ink\"; "
-                                                              "NSTypes = ({ NSUnixExtensions = (inkling); }); }");
+        folder_.write("data/applications/viewer.desktop",
+                      "[Desktop Entry]\nType=Application\nName=Viewer\nExec=" + (root_ / "viewer").native() +
+                          " %U\nMimeType=text/plain;x-scheme-handler/tarvik-test;\n");
+        folder_.write(
+            "config/mimeapps.list",
+            "[Default "
+            "Applications]\ntext/plain=viewer.desktop\nx-scheme-handler/tarvik-test=viewer.desktop\n");
+        folder_.write("Ink.app/Resources/Info-gnustep.plist",
+                      "{ NSExecutable = Ink; CFBundleIdentifier = \"org.tarvik.Ink\"; "
+                      "NSTypes = ({ NSUnixExtensions = (inkling); }); }");
         folder_.write("a b.txt", "text\n");
     }
     /// Writes its arguments down, then runs on for a while.
     void program(const std::string &name) const
     {
-        folder_.write(name, "#!/bin/sh\nfor word; do echo \"$word\"; done > '" + (root_ / "said.new").native() + "'\nmv '" + (root_ / "said.new").native() +
+        folder_.write(name, "#!/bin/sh\nfor word; do echo \"$word\"; done > '" +
+                                (root_ / "said.new").native() + "'\nmv '" + (root_ / "said.new").native() +
                                 "' '" + (root_ / "said").native() + "'\nexec sleep 2\n");
         fs::permissions(root_ / name, fs::perms(0755));
     }
@@ -54,7 +61,8 @@ protected:
     CFURLRef url(const std::string &name) const
     {
         const std::string path = root_ / name;
-        return CFURLRef([(id)CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), false) autorelease]);
+        return CFURLRef([(id)CFURLCreateFromFileSystemRepresentation(
+            nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), false) autorelease]);
     }
     std::string path(CFURLRef url) const { return tarvik::utf8([(NSURL *)url path]).value_or("nil"); }
 
@@ -73,20 +81,23 @@ TEST_F(Opening, WithTheDesktopsChoiceAndWithoutWaiting)
     const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(CFURLOpenWithLSLaunchFlags(url("a b.txt"), kLSLaunchDefaults));
     EXPECT_EQ(said(), (root_ / "a b.txt").native() + "\n");
-    EXPECT_TRUE(CFURLOpenWithLSLaunchFlags((CFURLRef)[NSURL URLWithString:@"tarvik-test:hello"], kLSLaunchDefaults));
+    EXPECT_TRUE(
+        CFURLOpenWithLSLaunchFlags((CFURLRef)[NSURL URLWithString:@"tarvik-test:hello"], kLSLaunchDefaults));
     EXPECT_EQ(said(), "tarvik-test:hello\n");
     fs::create_symlink("a b.txt", root_ / "link");
     FSRef ref;
     ASSERT_TRUE([tarvik::nsstring((root_ / "link").native()) getFSRef:&ref]);
     EXPECT_EQ(LSOpenFSRef(&ref, nullptr), noErr);
     EXPECT_EQ(said(), (root_ / "a b.txt").native() + "\n");
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 6s) << "three programs that run on for two seconds each";
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 6s)
+        << "three programs that run on for two seconds each";
     EXPECT_EQ(childProcesses(), 0u) << "nobody has to wait for them";
 
     EXPECT_FALSE(CFURLOpenWithLSLaunchFlags(url("none.txt"), kLSLaunchDefaults));
     EXPECT_FALSE(CFURLOpenWithLSLaunchFlags((CFURLRef)@"/etc/hosts", kLSLaunchDefaults));
     EXPECT_FALSE(CFURLOpenWithLSLaunchFlags(nullptr, kLSLaunchDefaults));
-    EXPECT_EQ(LSOpenCFURLRef((CFURLRef)[NSURL URLWithString:@"unknown-to-all:x"], nullptr), kLSApplicationNotFoundErr);
+    EXPECT_EQ(LSOpenCFURLRef((CFURLRef)[NSURL URLWithString:@"unknown-to-all:x"], nullptr),
+              kLSApplicationNotFoundErr);
 }
 
 TEST_F(Opening, WithApplicationFolders)
@@ -99,7 +110,8 @@ TEST_F(Opening, WithApplicationFolders)
     EXPECT_EQ(said(), "");
     EXPECT_EQ(open(url("Ink.app"), [NSArray arrayWithObject:(id)url("a b.txt")]), noErr);
     EXPECT_EQ(said(), "-GSFilePath\n" + (root_ / "a b.txt").native() + "\n");
-    EXPECT_EQ(open(nullptr, [NSArray arrayWithObject:(id)url("Ink.app")]), noErr) << "an application itself is launched";
+    EXPECT_EQ(open(nullptr, [NSArray arrayWithObject:(id)url("Ink.app")]), noErr)
+        << "an application itself is launched";
     EXPECT_EQ(said(), "");
     EXPECT_EQ(open(url("a b.txt"), nil), kLSNotAnApplicationErr);
     EXPECT_EQ(open(nullptr, nil), paramErr);
@@ -112,13 +124,15 @@ TEST_F(Opening, WithApplicationFolders)
 
 TEST_F(Opening, FindsApplicationsByNameAndIdentifier)
 {
-    NSString *place = [NSSearchPathForDirectoriesInDomains(NSApplicationDirectory, NSUserDomainMask, YES) lastObject];
+    NSString *place =
+        [NSSearchPathForDirectoriesInDomains(NSApplicationDirectory, NSUserDomainMask, YES) lastObject];
     ASSERT_TRUE([place createDirectories]);
     fs::rename(root_ / "Ink.app", fs::path(tarvik::utf8(place).value()) / "Ink.app");
     NSString *ink = [place stringByAppendingPathComponent:@"Ink.app"];
     auto find = [&](NSString *identifier, NSString *name) {
         CFURLRef found = nullptr;
-        const OSStatus error = LSFindApplicationForInfo(kLSUnknownCreator, (CFStringRef)identifier, (CFStringRef)name, nullptr, &found);
+        const OSStatus error = LSFindApplicationForInfo(kLSUnknownCreator, (CFStringRef)identifier,
+                                                        (CFStringRef)name, nullptr, &found);
         return error ? std::to_string(error) : path(CFURLRef([(id)found autorelease]));
     };
     EXPECT_EQ(find(@"org.tarvik.Ink", nil), tarvik::utf8(ink));

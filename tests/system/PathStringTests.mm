@@ -59,7 +59,8 @@ protected:
 TEST(PathTexts, CountAndOrder)
 {
     tarvik::Pool pool;
-    const std::pair<NSString *, uint32_t> counts[] = {{@"/", 0}, {@"", 0}, {@"a", 1}, {@"/a/b", 2}, {@"/a/b/", 2}, {@"//a//b", 2}};
+    const std::pair<NSString *, uint32_t> counts[] = {{@"/", 0},    {@"", 0},      {@"a", 1},
+                                                      {@"/a/b", 2}, {@"/a/b/", 2}, {@"//a//b", 2}};
     for (const auto &[path, count] : counts)
         EXPECT_EQ([path pathComponentsCount], count) << text(path);
     EXPECT_EQ([@"/z" compareAsPath:@"/a/b"], NSOrderedAscending);
@@ -84,7 +85,8 @@ TEST_F(PathStrings, AreMadeTestedCopiedAndRemoved)
     EXPECT_TRUE([at("a/file") exists] && ![at("a/file") existsDirectory] && [at("a") existsDirectory]);
     EXPECT_FALSE([at("none") exists] || [at("none") existsDirectory]);
     EXPECT_TRUE([@"~" existsDirectory]) << "the tilde is expanded";
-    EXPECT_TRUE([at("a/file") isReadableFile] && [at("a/file") isWritableFile] && ![at("a/file") isExecutableFile] && [at("a/file") isDeletableFile]);
+    EXPECT_TRUE([at("a/file") isReadableFile] && [at("a/file") isWritableFile] &&
+                ![at("a/file") isExecutableFile] && [at("a/file") isDeletableFile]);
 
     make("a/file", "contents");
     EXPECT_FALSE([at("a/file") createCopyOfPath:nil]);
@@ -118,20 +120,25 @@ TEST_F(PathStrings, CompanionsGoWithWhatIsCopiedMovedAndRemoved)
     }
     EXPECT_EQ([at("new/doc") labelColorIndex] + [at("doc") labelColorIndex], 6u);
     EXPECT_FALSE(fs::exists(root_ / "._dir"));
-    if (enterPrivateMounts() && fs::create_directory(root_ / "elsewhere") && mount("tmpfs", (root_ / "elsewhere").c_str(), "tmpfs", 0, nullptr) == 0) {
-        EXPECT_TRUE([manager moveItemAtPath:at("new/doc") toPath:at("elsewhere/doc") error:nullptr]) << "to another volume";
+    if (enterPrivateMounts() && fs::create_directory(root_ / "elsewhere") &&
+        mount("tmpfs", (root_ / "elsewhere").c_str(), "tmpfs", 0, nullptr) == 0) {
+        EXPECT_TRUE([manager moveItemAtPath:at("new/doc") toPath:at("elsewhere/doc") error:nullptr])
+            << "to another volume";
         EXPECT_EQ([at("elsewhere/doc") labelColorIndex], 3u);
         EXPECT_FALSE(fs::exists(root_ / "new/._doc"));
         umount2((root_ / "elsewhere").c_str(), MNT_DETACH);
     }
 
     make("._taken", "foreign");
-    EXPECT_FALSE([at("doc") createCopyOfPath:at("taken")] || [manager moveItemAtPath:at("doc") toPath:at("taken") error:nullptr]);
+    EXPECT_FALSE([at("doc") createCopyOfPath:at("taken")] || [manager moveItemAtPath:at("doc")
+                                                                              toPath:at("taken")
+                                                                               error:nullptr]);
     EXPECT_FALSE(fs::exists(root_ / "taken"));
     EXPECT_EQ(readFile(root_ / "._taken"), "foreign");
 
     EXPECT_TRUE([at("moved") remove] && [at("doc") remove] && [at("plain") remove] && [at("new/dir") remove]);
-    EXPECT_FALSE(fs::exists(root_ / "._moved") || fs::exists(root_ / "._doc") || fs::exists(root_ / "new/._dir"));
+    EXPECT_FALSE(fs::exists(root_ / "._moved") || fs::exists(root_ / "._doc") ||
+                 fs::exists(root_ / "new/._dir"));
 }
 
 TEST_F(PathStrings, ExceptionsAreLoggedAndAnswered)
@@ -141,8 +148,12 @@ TEST_F(PathStrings, ExceptionsAreLoggedAndAnswered)
     EXPECT_FALSE([raising createDirectories]);
     EXPECT_EQ([raising storeableDictionary], nil);
     ASSERT_EQ(logged.count(), 2u);
-    EXPECT_EQ(logged[0], "-[NSString(FoundationX) createDirectories]:946: unexpected exception: name[Broken] reason[parts]");
-    EXPECT_EQ(logged[1], "-[NSString(FoundationX) storeableDictionary]:669: unexpected exception: name[Broken] reason[tilde]");
+    EXPECT_EQ(
+        logged[0],
+        "-[NSString(FoundationX) createDirectories]:946: unexpected exception: name[Broken] reason[parts]");
+    EXPECT_EQ(
+        logged[1],
+        "-[NSString(FoundationX) storeableDictionary]:669: unexpected exception: name[Broken] reason[tilde]");
 }
 
 TEST_F(PathStrings, KindsOfItems)
@@ -158,7 +169,8 @@ TEST_F(PathStrings, KindsOfItems)
     fs::create_symlink("dir", root_ / "link");
     fs::create_symlink("nowhere", root_ / "broken");
     ASSERT_EQ(mkfifo((root_ / "fifo").c_str(), 0600), 0);
-    constexpr LSItemInfoFlags kApp = kLSItemInfoIsApplication | kLSItemInfoIsNativeApp, kLink = kLSItemInfoIsAliasFile | kLSItemInfoIsSymlink;
+    constexpr LSItemInfoFlags kApp = kLSItemInfoIsApplication | kLSItemInfoIsNativeApp,
+                              kLink = kLSItemInfoIsAliasFile | kLSItemInfoIsSymlink;
     const std::pair<const char *, LSItemInfoFlags> cases[] = {
         {"plain", kLSItemInfoIsPlainFile},
         {".hidden", kLSItemInfoIsPlainFile | kLSItemInfoIsInvisible},
@@ -178,7 +190,8 @@ TEST_F(PathStrings, KindsOfItems)
         EXPECT_EQ(record.flags, flags) << name;
     }
     EXPECT_TRUE([@"/" isVolume] && [@"/" isContainer] && ![@"/" isDirectory] && ![@"/" isFolder]);
-    EXPECT_TRUE([at("dir") isDirectory] && [at("dir") isFolder] && [at("Ink.app") isDirectory] && ![at("Ink.app") isFolder]);
+    EXPECT_TRUE([at("dir") isDirectory] && [at("dir") isFolder] && [at("Ink.app") isDirectory] &&
+                ![at("Ink.app") isFolder]);
     EXPECT_TRUE([at("none") isPlainFile] && ![at("none") isAlias] && ![at("none") isFolder]);
 
     LSItemInfoRecord record;
@@ -198,7 +211,8 @@ TEST_F(PathStrings, KindsOfItems)
     EXPECT_TRUE([at("plain") isFolder]) << "another one";
     FSRef ref, other;
     ASSERT_TRUE([at("dir") getFSRef:&ref]);
-    EXPECT_TRUE(FSIsFolder(&ref) && FSIsDirectory(&ref) && FSIsContainer(&ref) && !FSIsPackage(&ref) && !FSIsVolume(&ref) && !FSIsInvisible(&ref));
+    EXPECT_TRUE(FSIsFolder(&ref) && FSIsDirectory(&ref) && FSIsContainer(&ref) && !FSIsPackage(&ref) &&
+                !FSIsVolume(&ref) && !FSIsInvisible(&ref));
     ASSERT_TRUE([at("Ink.app") getFSRef:&ref]);
     EXPECT_FALSE(FSIsPackage(&ref)) << "the same address";
     other = ref;
@@ -208,10 +222,12 @@ TEST_F(PathStrings, KindsOfItems)
 
 TEST_F(PathStrings, WalksListPackagesAsOneEntry)
 {
-    for (const char *name : {"a", "sub/b", "sub/Pack.app/inside/x", "sub/Pack.app/y", ".git/config", ".dot", "sub/deep/er/c", "empty.pkg/x", "._a", "._orphan"})
+    for (const char *name : {"a", "sub/b", "sub/Pack.app/inside/x", "sub/Pack.app/y", ".git/config", ".dot",
+                             "sub/deep/er/c", "empty.pkg/x", "._a", "._orphan"})
         make(name, "12345");
     fs::create_symlink("sub", root_ / "link");
-    EXPECT_EQ(names([at("") subfilepaths]), (Names{"a", "sub/b", "sub/Pack.app", ".git/config", "sub/deep/er/c", "empty.pkg", "link"}));
+    EXPECT_EQ(names([at("") subfilepaths]),
+              (Names{"a", "sub/b", "sub/Pack.app", ".git/config", "sub/deep/er/c", "empty.pkg", "link"}));
     EXPECT_EQ([[at("none") subfilepaths] count], 0u);
     EXPECT_EQ([[at("a") subfilepaths] count], 0u);
 
@@ -221,7 +237,9 @@ TEST_F(PathStrings, WalksListPackagesAsOneEntry)
     for (const auto &entry : fs::recursive_directory_iterator(root_))
         [expected addObject:tarvik::nsstring(fs::relative(entry.path().parent_path(), root_).native() == "."
                                                  ? entry.path().filename().native()
-                                                 : (fs::relative(entry.path().parent_path(), root_) / entry.path().filename()).native())];
+                                                 : (fs::relative(entry.path().parent_path(), root_) /
+                                                    entry.path().filename())
+                                                       .native())];
     EXPECT_EQ(text([all componentsJoinedByString:@"\n"]), text([expected componentsJoinedByString:@"\n"]));
     EXPECT_EQ([[NSFileManager defaultManager] subpathsAtPath:at("none")], nil);
 
@@ -232,7 +250,8 @@ TEST_F(PathStrings, WalksListPackagesAsOneEntry)
 
 TEST_F(PathStrings, AfterAPackageWhatBeginsAsItDoesIsLeftOut)
 {
-    // In the file system's order, which differs: what counts is whether the neighbour comes before the package or after it.
+    // In the file system's order, which differs: what counts is whether the neighbour comes before the
+    // package or after it.
     for (int i = 0; i < 20; ++i) {
         const std::string package = std::to_string(i) + ".app";
         if (i % 2)  // some file systems list by age
@@ -244,7 +263,8 @@ TEST_F(PathStrings, AfterAPackageWhatBeginsAsItDoesIsLeftOut)
     std::vector<std::string> kept;
     for (NSString *path : tarvik::each<NSString>([[NSFileManager defaultManager] subpathsAtPath:at("")])) {
         const std::string name = text(path);
-        if (std::any_of(kept.begin(), kept.end(), [&](const std::string &package) { return name.starts_with(package); }))
+        if (std::any_of(kept.begin(), kept.end(),
+                        [&](const std::string &package) { return name.starts_with(package); }))
             continue;
         expected.insert(name);
         if (name.ends_with(".app"))
@@ -273,7 +293,8 @@ TEST_F(PathStrings, NamesThatAreNotUTF8)
     }
     EXPECT_EQ(sizes, 8u);
     EXPECT_EQ([[at("") subfilepaths] count], 0u);
-    EXPECT_TRUE([[at("") stringByAppendingPathComponent:[[[NSFileManager defaultManager] subpathsAtPath:at("")] lastObject]] remove]);
+    EXPECT_TRUE([[at("") stringByAppendingPathComponent:[[[NSFileManager defaultManager]
+                                                            subpathsAtPath:at("")] lastObject]] remove]);
 }
 
 TEST_F(PathStrings, StoreableDictionariesLeadBack)
@@ -289,7 +310,9 @@ TEST_F(PathStrings, StoreableDictionariesLeadBack)
     fs::rename(root_ / "one", root_ / "moved");
     EXPECT_EQ(back(kept, YES), text(at("moved")));
     EXPECT_EQ(back(kept, NO), text(at("moved")));
-    NSDictionary *mixed = [NSDictionary dictionaryWithObjectsAndKeys:[at("other/two") stringByAbbreviatingWithTildeInPath], @"Path", [kept objectForKey:@"Alias"], @"Alias", nil];
+    NSDictionary *mixed =
+        [NSDictionary dictionaryWithObjectsAndKeys:[at("other/two") stringByAbbreviatingWithTildeInPath],
+                                                   @"Path", [kept objectForKey:@"Alias"], @"Alias", nil];
     EXPECT_EQ(back(mixed, YES), text(at("moved")));
     EXPECT_EQ(back(mixed, NO), text(at("other/two")));
     fs::remove(root_ / "moved");
@@ -299,14 +322,16 @@ TEST_F(PathStrings, StoreableDictionariesLeadBack)
     EXPECT_EQ(back(nil, YES), "nil");
     NSDictionary *const hostile[] = {
         [NSDictionary dictionary],
-        [NSDictionary dictionaryWithObjectsAndKeys:[NSNumber numberWithInt:1], @"Path", @"text", @"Alias", nil],
+        [NSDictionary
+            dictionaryWithObjectsAndKeys:[NSNumber numberWithInt:1], @"Path", @"text", @"Alias", nil],
         [NSDictionary dictionaryWithObjectsAndKeys:@"", @"Path", [NSData data], @"Alias", nil],
     };
     for (NSDictionary *dictionary : hostile) {
         EXPECT_EQ(back(dictionary, YES), "nil");
         EXPECT_EQ(back(dictionary, NO), "nil");
     }
-    EXPECT_EQ(text([NSString stringWithStoreableDictionary:[@"~" storeableDictionary] resolveAliasFirst:NO]), text(NSHomeDirectory()));
+    EXPECT_EQ(text([NSString stringWithStoreableDictionary:[@"~" storeableDictionary] resolveAliasFirst:NO]),
+              text(NSHomeDirectory()));
 }
 
 TEST_F(PathStrings, AliasFilesLeadToTheirTargets)
@@ -340,7 +365,8 @@ TEST_F(PathStrings, FileSystemsThatAreReadOnlyOrFull)
     make("locked/file", "x");
     ASSERT_EQ(mount(nullptr, (root_ / "locked").c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
     EXPECT_TRUE([at("small") isVolume] && ![at("small") isFolder]);
-    EXPECT_FALSE([at("locked/new") createDirectory] || [at("locked/file") remove] || [at("big") createCopyOfPath:at("locked/copy")]);
+    EXPECT_FALSE([at("locked/new") createDirectory] || [at("locked/file") remove] ||
+                 [at("big") createCopyOfPath:at("locked/copy")]);
     EXPECT_NE([at("locked/file") aliasData], nil);
     EXPECT_FALSE([at("big") createCopyOfPath:at("small/copy")]);
     EXPECT_FALSE([at("small/1/2/3/4/5/6/7/8/9") createDirectories]);
@@ -386,11 +412,15 @@ TEST_F(PathStrings, CatalogAndFinderInformation)
 TEST(SpecialFolders, AreFoundAndMade)
 {
     tarvik::Pool pool;
-    EXPECT_TRUE([[NSString stringWithFindFolder:kUserDomain type:kTemporaryFolderType createFolder:YES] existsDirectory]);
+    EXPECT_TRUE([[NSString stringWithFindFolder:kUserDomain type:kTemporaryFolderType
+                                   createFolder:YES] existsDirectory]);
     EXPECT_EQ([NSString stringWithFindFolder:kUserDomain type:0x21212121 createFolder:YES], nil);
     NSString *own = [NSString stringWithApplicationTemporary];
     EXPECT_TRUE([own existsDirectory]) << text(own);
-    EXPECT_EQ(text([own stringByDeletingLastPathComponent]), text([NSString stringWithFindFolder:kUserDomain type:kUserTemporaryFolderType createFolder:NO]));
+    EXPECT_EQ(text([own stringByDeletingLastPathComponent]),
+              text([NSString stringWithFindFolder:kUserDomain
+                                             type:kUserTemporaryFolderType
+                                     createFolder:NO]));
 }
 
 TEST_F(PathStrings, DeepAndUnreadableTrees)
@@ -402,6 +432,13 @@ TEST_F(PathStrings, DeepAndUnreadableTrees)
     std::ofstream(deep / "bottom") << "1234";
     EXPECT_EQ([[at("") subfilepaths] count], 1u);
     EXPECT_EQ([at("") logicalSize], 4u);
+    FSRef ref;
+    NSString *deeper = at(std::string(250, 'a') + "/" + std::string(250, 'b') + "/" + std::string(250, 'c') +
+                          "/" + std::string(250, 'd') + "/e");
+    ASSERT_TRUE([deeper createDirectories] && [deeper getFSRef:&ref]);
+    EXPECT_EQ([NSString stringWithFSRef:&ref], nil) << "longer than the buffer for it";
+    EXPECT_EQ(text([NSString stringWithAliasData:[deeper aliasData]]), text(deeper));
+    fs::remove_all(root_ / std::string(250, 'a'));
     EXPECT_EQ([[[NSFileManager defaultManager] subpathsAtPath:at("")] count], 301u);
     fs::remove_all(root_ / "d");
 
@@ -414,12 +451,14 @@ TEST_F(PathStrings, DeepAndUnreadableTrees)
     EXPECT_EQ([at("") logicalSize], 2u) << "what can't be looked at counts as nothing";
     EXPECT_TRUE([at("closed") isFolder] && ![at("closed/file") exists]);
     EXPECT_EQ([at("closed/file") aliasData], nil);
-    EXPECT_FALSE([at("closed/file") createCopyOfPath:at("copy")] || [at("closed") remove] || [at("closed/new") createDirectories]);
+    EXPECT_FALSE([at("closed/file") createCopyOfPath:at("copy")] || [at("closed") remove] ||
+                 [at("closed/new") createDirectories]);
     for (const char *name : {"closed", "blind"})
         fs::permissions(root_ / name, fs::perms::owner_all);
 }
 
-/// A reference, a label and an alias among many, and the walk over all of them; how fast is a matter of the benchmarks.
+/// A reference, a label and an alias among many, and the walk over all of them; how fast is a matter of the
+/// benchmarks.
 TEST_F(PathStrings, LargeTrees)
 {
     constexpr int kFolders = 500, kFiles = 100000 / kFolders;

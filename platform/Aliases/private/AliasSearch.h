@@ -8,7 +8,8 @@
 namespace tarvik::aliases {
 
 /// Describes the item at a path, which is absolute and without links but for its last part. `startingFile` may be empty.
-OSErr describe(const std::string &path, const std::string &startingFile, bool minimal, AliasContents &contents);
+OSErr describe(const std::string &path, const std::string &startingFile, bool minimal,
+               AliasContents &contents);
 
 /// How to look: what the record says comes first, or the item's identity.
 enum class Order { PathFirst, IdentityFirst };

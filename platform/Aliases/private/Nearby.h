@@ -26,6 +26,7 @@ bool visitFolder(const std::string &folder, const Visitor &visit);
 
 /// The folders below `start`, nearest first, then those around it up to `top`, all on the volume of `start`; links are not followed.
 /// Gives up after so many entries. `depth` limits how far below each start it goes. True when the visitor ended it.
-bool visitNearby(std::string start, const std::string &top, unsigned depth, size_t entries, const Visitor &visit);
+bool visitNearby(std::string start, const std::string &top, unsigned depth, size_t entries,
+                 const Visitor &visit);
 
 }  // namespace tarvik::aliases

@@ -26,7 +26,10 @@ public:
 
     State state() const { return state_; }
     /// noErr when it may be written: there is none, or a good one.
-    OSErr writable() const { return state_ == State::absent || state_ == State::good ? OSErr(noErr) : OSErr(ioErr); }
+    OSErr writable() const
+    {
+        return state_ == State::absent || state_ == State::good ? OSErr(noErr) : OSErr(ioErr);
+    }
     /// All zero without one.
     const FinderInfo &finderInfo() const { return finderInfo_; }
     bool hasDates() const { return layout_.find(AppleDouble::dates) != nullptr; }

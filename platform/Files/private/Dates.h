@@ -9,7 +9,10 @@ namespace tarvik::files {
 
 UTCDateTime dateFromTime(int64_t seconds, uint32_t nanoseconds);
 timespec timeFromDate(const UTCDateTime &date);
-inline bool isNever(const UTCDateTime &date) { return date.highSeconds == 0 && date.lowSeconds == 0 && date.fraction == 0; }
+inline bool isNever(const UTCDateTime &date)
+{
+    return date.highSeconds == 0 && date.lowSeconds == 0 && date.fraction == 0;
+}
 
 /// Seconds since 2000-01-01 UTC; INT32_MIN stands for "unknown".
 constexpr int32_t kUnknownDate = INT32_MIN;

@@ -31,7 +31,10 @@ public:
     OSErr copyAll(OpenFork &destination);
     OSErr flush();
 
-    bool isWriterOf(const Identity &item, Fork fork) const { return mayWrite_ && fork_ == fork && item_ == item; }
+    bool isWriterOf(const Identity &item, Fork fork) const
+    {
+        return mayWrite_ && fork_ == fork && item_ == item;
+    }
     int64_t mark = 0;
 
 private:

@@ -24,6 +24,7 @@ std::string fileURL(const std::string &path);
 std::optional<std::string> folderApplicationFor(std::string_view extension);
 std::optional<std::string> folderApplicationNamed(std::string_view name);
 std::optional<std::string> folderApplicationIdentified(std::string_view bundleIdentifier);
-OSStatus launchFolderApplication(const std::string &folder, const std::vector<std::string> &paths, bool prints);
+OSStatus launchFolderApplication(const std::string &folder, const std::vector<std::string> &paths,
+                                 bool prints);
 
 }  // namespace tarvik::launch

@@ -7,6 +7,8 @@
 
 namespace tarvik::launch {
 
+/// Whether two extensions are one, capitals or not.
+bool sameText(std::string_view a, std::string_view b);
 /// How a name ends says what a folder is.
 bool isPackageName(std::string_view name);
 bool isApplicationName(std::string_view name);
@@ -42,11 +44,14 @@ FinderInformation finderInformation(const std::string &path);
 template <class Path>
 LSItemInfoFlags tarvik::launch::itemFlags(const ItemFacts &facts, Path &&path)
 {
-    const LSItemInfoFlags invisible = facts.name.starts_with('.') || facts.finderFlags & 0x4000 ? kLSItemInfoIsInvisible : 0;
+    const LSItemInfoFlags invisible =
+        facts.name.starts_with('.') || facts.finderFlags & 0x4000 ? kLSItemInfoIsInvisible : 0;
     switch (facts.kind) {
     case DT_DIR: return invisible | folderFlags(facts.name, facts.isMountPoint, facts.finderFlags);
     case DT_LNK: return invisible | kLSItemInfoIsAliasFile | kLSItemInfoIsSymlink;
-    case DT_REG: return invisible | (facts.name.ends_with(".desktop") ? fileFlags(path()) : LSItemInfoFlags(kLSItemInfoIsPlainFile));
+    case DT_REG:
+        return invisible | (facts.name.ends_with(".desktop") ? fileFlags(path())
+                                                             : LSItemInfoFlags(kLSItemInfoIsPlainFile));
     default: return invisible;
     }
 }

@@ -48,7 +48,8 @@ OSErr FSUpdateAlias(const FSRef *fromFile, const FSRef *target, AliasHandle alia
 /// afpAccessDenied: a folder on the way may not be searched.
 OSErr FSResolveAlias(const FSRef *fromFile, AliasHandle alias, FSRef *target, Boolean *wasChanged);
 /// The same. No volume is ever mounted and nobody is asked; kResolveAliasTryFileIDFirst looks for the identity before the path.
-OSErr FSResolveAliasWithMountFlags(const FSRef *fromFile, AliasHandle inAlias, FSRef *target, Boolean *wasChanged, unsigned long mountFlags);
+OSErr FSResolveAliasWithMountFlags(const FSRef *fromFile, AliasHandle inAlias, FSRef *target,
+                                   Boolean *wasChanged, unsigned long mountFlags);
 /// The record's length in bytes; 0 for null.
 Size GetAliasSize(AliasHandle alias);
 
@@ -58,8 +59,10 @@ Size GetAliasSize(AliasHandle alias);
 OSErr FSIsAliasFile(const FSRef *fileRef, Boolean *aliasFileFlag, Boolean *folderFlag);
 /// Replaces the reference by its target's: of one step, or with resolveAliasChains through all of them. What is no alias file
 /// stays, with wasAliased false. fnfErr: the target is missing; bdNamErr: the chain runs in a circle. The reference stays on failure.
-OSErr FSResolveAliasFile(FSRef *theRef, Boolean resolveAliasChains, Boolean *targetIsFolder, Boolean *wasAliased);
-OSErr FSResolveAliasFileWithMountFlags(FSRef *theRef, Boolean resolveAliasChains, Boolean *targetIsFolder, Boolean *wasAliased, unsigned long mountFlags);
+OSErr FSResolveAliasFile(FSRef *theRef, Boolean resolveAliasChains, Boolean *targetIsFolder,
+                         Boolean *wasAliased);
+OSErr FSResolveAliasFileWithMountFlags(FSRef *theRef, Boolean resolveAliasChains, Boolean *targetIsFolder,
+                                       Boolean *wasAliased, unsigned long mountFlags);
 
 #ifdef __cplusplus
 }

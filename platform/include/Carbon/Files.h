@@ -149,7 +149,8 @@ OSStatus FSPathMakeRefWithOptions(const UInt8 *path, OptionBits options, FSRef *
 OSStatus FSRefMakePath(const FSRef *ref, UInt8 *path, UInt32 maxPathSize);
 /// The item of this name in a folder; a link itself. errFSMissingName for an empty name, errFSNameTooLong above 255 units, bdNamErr
 /// for one that no item can have, errFSNotAFolder.
-OSErr FSMakeFSRefUnicode(const FSRef *parentRef, UniCharCount nameLength, const UniChar *name, TextEncoding textEncodingHint, FSRef *newRef);
+OSErr FSMakeFSRefUnicode(const FSRef *parentRef, UniCharCount nameLength, const UniChar *name,
+                         TextEncoding textEncodingHint, FSRef *newRef);
 /// noErr for the same item, diffVolErr for items of two volumes, errFSRefsDifferent for two of one volume.
 OSErr FSCompareFSRefs(const FSRef *ref1, const FSRef *ref2);
 /// Whether it leads to an item.
@@ -159,7 +160,8 @@ Boolean FSIsFSRefValid(const FSRef *ref);
 
 /// Each receiver may be null. `outName` of a volume's root is the volume's name; `parentRef` of "/" is no reference.
 /// A companion (see FSOpenFork) that is broken fails what is asked of it (ioErr); a foreign file in its place reads as none.
-OSErr FSGetCatalogInfo(const FSRef *ref, FSCatalogInfoBitmap whichInfo, FSCatalogInfo *catalogInfo, HFSUniStr255 *outName, FSSpec *fsSpec, FSRef *parentRef);
+OSErr FSGetCatalogInfo(const FSRef *ref, FSCatalogInfoBitmap whichInfo, FSCatalogInfo *catalogInfo,
+                       HFSUniStr255 *outName, FSSpec *fsSpec, FSRef *parentRef);
 /// Sets what can be set: node flags, dates, permissions, Finder information. attributeModDate and the text encoding are the
 /// system's and are left. A creation date is kept in the companion, where there is one; it makes none by itself.
 /// \return errFSBadInfoBitmap for other bits; ioErr for a companion that is foreign or broken
@@ -168,15 +170,18 @@ OSErr FSSetCatalogInfo(const FSRef *ref, FSCatalogInfoBitmap whichInfo, const FS
 // Items. Companions go with them. A new item is there with its information, or not at all.
 
 /// dupFNErr when the name is taken.
-OSErr FSCreateFileUnicode(const FSRef *parentRef, UniCharCount nameLength, const UniChar *name, FSCatalogInfoBitmap whichInfo,
-                          const FSCatalogInfo *catalogInfo, FSRef *newRef, FSSpec *newSpec);
-OSErr FSCreateDirectoryUnicode(const FSRef *parentRef, UniCharCount nameLength, const UniChar *name, FSCatalogInfoBitmap whichInfo,
-                               const FSCatalogInfo *catalogInfo, FSRef *newRef, FSSpec *newSpec, UInt32 *newDirID);
+OSErr FSCreateFileUnicode(const FSRef *parentRef, UniCharCount nameLength, const UniChar *name,
+                          FSCatalogInfoBitmap whichInfo, const FSCatalogInfo *catalogInfo, FSRef *newRef,
+                          FSSpec *newSpec);
+OSErr FSCreateDirectoryUnicode(const FSRef *parentRef, UniCharCount nameLength, const UniChar *name,
+                               FSCatalogInfoBitmap whichInfo, const FSCatalogInfo *catalogInfo, FSRef *newRef,
+                               FSSpec *newSpec, UInt32 *newDirID);
 /// fBsyErr for a folder that is not empty.
 OSErr FSDeleteObject(const FSRef *ref);
 /// dupFNErr when the name is taken there, diffVolErr for another volume, badMovErr for a folder into itself.
 OSErr FSMoveObject(const FSRef *ref, const FSRef *destDirectory, FSRef *newRef);
-OSErr FSRenameUnicode(const FSRef *ref, UniCharCount nameLength, const UniChar *name, TextEncoding textEncodingHint, FSRef *newRef);
+OSErr FSRenameUnicode(const FSRef *ref, UniCharCount nameLength, const UniChar *name,
+                      TextEncoding textEncodingHint, FSRef *newRef);
 
 // Forks. A file has a data fork, its contents, and a resource fork. The latter and the Finder information stand in the file's
 // companion, `._name` beside it, in the AppleDouble format (RFC 1740). A companion is replaced whole or not at all, when the
@@ -196,10 +201,13 @@ OSErr FSCreateFork(const FSRef *ref, UniCharCount forkNameLength, const UniChar 
 OSErr FSDeleteFork(const FSRef *ref, UniCharCount forkNameLength, const UniChar *forkName);
 /// \param permissions fsCurPerm: what the caller may do
 /// \return opWrErr when this process has the resource fork open for writing already
-OSErr FSOpenFork(const FSRef *ref, UniCharCount forkNameLength, const UniChar *forkName, SInt8 permissions, FSIORefNum *forkRefNum);
+OSErr FSOpenFork(const FSRef *ref, UniCharCount forkNameLength, const UniChar *forkName, SInt8 permissions,
+                 FSIORefNum *forkRefNum);
 /// eofErr when fewer bytes than asked are left; they are read all the same. `buffer` of null is errFSBadBuffer.
-OSErr FSReadFork(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffset, ByteCount requestCount, void *buffer, ByteCount *actualCount);
-OSErr FSWriteFork(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffset, ByteCount requestCount, const void *buffer, ByteCount *actualCount);
+OSErr FSReadFork(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffset, ByteCount requestCount,
+                 void *buffer, ByteCount *actualCount);
+OSErr FSWriteFork(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffset, ByteCount requestCount,
+                  const void *buffer, ByteCount *actualCount);
 OSErr FSGetForkPosition(FSIORefNum forkRefNum, SInt64 *position);
 OSErr FSSetForkPosition(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffset);
 OSErr FSGetForkSize(FSIORefNum forkRefNum, SInt64 *forkSize);
@@ -218,7 +226,8 @@ struct CatPositionRec {
 };
 typedef struct CatPositionRec CatPositionRec;
 /// The data fork, then the resource fork if it has bytes, then errFSNoMoreItems. Receivers may be null.
-OSErr FSIterateForks(const FSRef *ref, CatPositionRec *forkIterator, HFSUniStr255 *forkName, SInt64 *forkSize, UInt64 *forkPhysicalSize);
+OSErr FSIterateForks(const FSRef *ref, CatPositionRec *forkIterator, HFSUniStr255 *forkName, SInt64 *forkSize,
+                     UInt64 *forkPhysicalSize);
 
 // FSSpec.
 
@@ -265,8 +274,9 @@ enum { kFSVolFlagHardwareLockedMask = 0x0080, kFSVolFlagSoftwareLockedMask = 0x8
 
 /// A volume by number (0: that of "/"), or with `volumeIndex` above 0 the volumes in the order of the mount table; nsvErr when
 /// there is none. Sizes and flags are filled in, the other fields are 0. Receivers may be null.
-OSErr FSGetVolumeInfo(FSVolumeRefNum volume, ItemCount volumeIndex, FSVolumeRefNum *actualVolume, FSVolumeInfoBitmap whichInfo, FSVolumeInfo *info,
-                      HFSUniStr255 *volumeName, FSRef *rootDirectory);
+OSErr FSGetVolumeInfo(FSVolumeRefNum volume, ItemCount volumeIndex, FSVolumeRefNum *actualVolume,
+                      FSVolumeInfoBitmap whichInfo, FSVolumeInfo *info, HFSUniStr255 *volumeName,
+                      FSRef *rootDirectory);
 
 #ifdef __cplusplus
 }

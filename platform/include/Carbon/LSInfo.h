@@ -72,12 +72,14 @@ typedef struct LSItemInfoRecord LSItemInfoRecord;
 
 /// What is asked for; the rest of the record is zero, all of it on failure. Types and creators are the Finder information's.
 /// A missing item: fnfErr.
-OSStatus LSCopyItemInfoForRef(const FSRef *inItemRef, LSRequestedInfo inWhichInfo, LSItemInfoRecord *outItemInfo);
+OSStatus LSCopyItemInfoForRef(const FSRef *inItemRef, LSRequestedInfo inWhichInfo,
+                              LSItemInfoRecord *outItemInfo);
 /// The same of a file URL's item; kLSDataUnavailableErr for other URLs.
 OSStatus LSCopyItemInfoForURL(CFURLRef inURL, LSRequestedInfo inWhichInfo, LSItemInfoRecord *outItemInfo);
 
 /// What a walk calls for each item: its path within the folder, ended by a zero, and all its flags. False: what lies below is left out.
-typedef Boolean (*LSItemVisitorProc)(const char *subpath, size_t length, LSItemInfoFlags flags, void *context);
+typedef Boolean (*LSItemVisitorProc)(const char *subpath, size_t length, LSItemInfoFlags flags,
+                                     void *context);
 /// An addition of this platform: every item below a folder, each folder right before what it holds, in the order in which the file
 /// system lists them; links aren't followed, folders that can't be read are empty, `._name` companions of a listed name are left out.
 /// Much cheaper than asking for each item.

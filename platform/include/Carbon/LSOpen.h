@@ -14,7 +14,13 @@ extern "C" {
 #endif
 
 typedef OptionBits LSRolesMask;
-enum { kLSRolesNone = 0x1, kLSRolesViewer = 0x2, kLSRolesEditor = 0x4, kLSRolesShell = 0x8, kLSRolesAll = (LSRolesMask)0xFFFFFFFF };
+enum {
+    kLSRolesNone = 0x1,
+    kLSRolesViewer = 0x2,
+    kLSRolesEditor = 0x4,
+    kLSRolesShell = 0x8,
+    kLSRolesAll = (LSRolesMask)0xFFFFFFFF
+};
 
 typedef OptionBits LSLaunchFlags;
 enum {
@@ -57,13 +63,16 @@ OSStatus LSOpenCFURLRef(CFURLRef inURL, CFURLRef *outLaunchedURL);
 OSStatus LSOpenFSRef(const FSRef *inRef, FSRef *outLaunchedRef);
 
 /// The application that opens an item: a folder X.app, or a desktop entry. Receivers may be null. kLSApplicationNotFoundErr without one.
-OSStatus LSGetApplicationForURL(CFURLRef inURL, LSRolesMask inRoleMask, FSRef *outAppRef, CFURLRef *outAppURL);
-OSStatus LSGetApplicationForItem(const FSRef *inItemRef, LSRolesMask inRoleMask, FSRef *outAppRef, CFURLRef *outAppURL);
+OSStatus LSGetApplicationForURL(CFURLRef inURL, LSRolesMask inRoleMask, FSRef *outAppRef,
+                                CFURLRef *outAppURL);
+OSStatus LSGetApplicationForItem(const FSRef *inItemRef, LSRolesMask inRoleMask, FSRef *outAppRef,
+                                 CFURLRef *outAppURL);
 
 enum { kLSUnknownCreator = 0 };
 /// The application of a bundle identifier, or of a name ("Ink.app", "gedit.desktop"); identifiers are those of Info.plist (folders X.app) and the names
 /// of desktop entries. A creator code alone finds nothing here. Receivers may be null.
-OSStatus LSFindApplicationForInfo(OSType inCreator, CFStringRef inBundleID, CFStringRef inName, FSRef *outAppRef, CFURLRef *outAppURL);
+OSStatus LSFindApplicationForInfo(OSType inCreator, CFStringRef inBundleID, CFStringRef inName,
+                                  FSRef *outAppRef, CFURLRef *outAppURL);
 
 #ifdef __cplusplus
 }

@@ -1,9 +1,9 @@
 #include "../support/TemporaryFolder.h"
 
 #include <Carbon/MacMemory.h>
-#include <Tarvik/system/FileLabels.h>
-#include <Tarvik/system/FileReferences.h>
-#include <Tarvik/system/ResourceFiles.h>
+#import <Tarvik/Tarvik.h>
+#import <Tarvik/support/Bridge.h>
+#import <Tarvik/support/Pool.h>
 #include <gtest/gtest.h>
 
 namespace
@@ -36,6 +36,15 @@ TEST(ResourceFileFunctions, ResourcesOfAFileKeepBesideItsContents)
     ASSERT_NE(text, nullptr);
     EXPECT_EQ(std::string(*text, size_t(GetHandleSize(text))), "hello");
     RFClose(&file);
+    const tarvik::Pool pool;
+    NSString *const name = tarvik::nsstring(path);
+    for (BOOL create : {NO, YES}) {
+        file = [name openResourceFork:create];
+        EXPECT_EQ(CurResFile(), file);
+        EXPECT_NE(Get1Resource(0x54455854, 128), nullptr);
+        RFClose(&file);
+    }
+    EXPECT_EQ([[name stringByAppendingString:@"/none"] openResourceFork:YES], -1);
     EXPECT_EQ(FSGetLabelColorIndex(&ref), 2u);
     EXPECT_EQ(folder.read("f"), "the data");
     folder.write("._f", "foreign");
