@@ -1,5 +1,6 @@
 #include "private/Machine.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <sys/stat.h>
@@ -136,19 +137,14 @@ Value Machine::asText(const Value &original, int depth)
         Value delimiter = delimiters.is(Kind::list) ? (delimiters.list()->items.empty() ? heap.emptyText() : delimiters.list()->items[0]) : delimiters;
         if (!delimiter.is(Kind::text))
             delimiter = heap.emptyText();
-        Value text;
-        for (const Value &item : value.list()->items) {
-            const Value part = asText(item, depth + 1);
-            if (!text) {
-                // A text of our own, for `append` to grow.
-                Text *own = allocateText(&heap, 0, 1);
-                text = Value::adopt(own);
-            } else {
-                append(text, delimiter);
-            }
-            append(text, part);
-        }
-        return text ? text : heap.emptyText();
+        const auto &items = value.list()->items;
+        if (std::all_of(items.begin(), items.end(), [](const Value &item) { return item.is(Kind::text); }))
+            return joinedTexts(items, delimiter, heap);
+        std::vector<Value> texts;
+        texts.reserve(items.size());
+        for (const Value &item : items)
+            texts.push_back(asText(item, depth + 1));
+        return joinedTexts(texts, delimiter, heap);
     }
     case Kind::data:
         if (value.data()->type == type::utf8 || value.data()->type == type::string)

@@ -1228,8 +1228,16 @@ private:
         const size_t over = jump();
         function().tries.push_back({uint32_t(from), uint32_t(to), uint32_t(here()), int16_t(base)});
         if (node->b) {
+            if (const Node *number = node->kids[1]; number && number->kind != Node::variable) {
+                at(number);
+                emit(Op::testEqual, base + 1, expression(number), 0);
+                const size_t others = jump(), caught = jump();
+                land(others);
+                emit(Op::fail, base, 0, 0);
+                land(caught);
+            }
             for (int i = 0; i < 5; ++i) {
-                if (const Node *pattern = node->kids[size_t(i)]) {
+                if (const Node *pattern = node->kids[size_t(i)]; pattern && pattern->kind == Node::variable) {
                     const Place place = placeOf(pattern->name);
                     if (place.kind == Place::local)
                         emit(Op::moveRaw, place.a, base + i, 0);

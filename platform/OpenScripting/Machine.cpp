@@ -702,6 +702,13 @@ slowArithmetic:
     {
         MAY_FAIL;
         const Site &site = frame->function->sites[size_t(pc->c)];
+        if (site.spec.code == type::character && site.spec.form == Specifier::index && OPERAND(pc->b).is(Kind::text)) {
+            const Value &text = OPERAND(pc->b), &index = OPERAND(site.from);
+            if (index.is(Kind::integer) && uint64_t(index.integer()) - 1 < text.text()->length) [[likely]] {
+                registers[pc->a] = part(text, size_t(index.integer()) - 1, 1);
+                NEXT;
+            }
+        }
         static const Value kNothing;
         const bool from = site.spec.form == Specifier::index || site.spec.form == Specifier::range || site.spec.form == Specifier::named || site.spec.form == Specifier::id;
         const Value &container = defined(*frame, pc->b, OPERAND(pc->b));

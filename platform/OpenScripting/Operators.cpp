@@ -136,6 +136,8 @@ bool Machine::equal(const Value &leftValue, const Value &rightValue, int depth)
         return left.number() == right.number();
     if (left.kind() != right.kind())
         return false;
+    if (left.is(Kind::text) && left.text()->length != right.text()->length && (considering | Considering::caseCounts) == (Considering::kDefault | Considering::caseCounts))
+        return false;
     switch (left.kind()) {
     case Kind::none:
     case Kind::missing: return true;

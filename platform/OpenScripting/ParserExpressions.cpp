@@ -655,7 +655,8 @@ Node *Parser::labelled(Name name, Node *target)
                 node->names.push_back(declaredName());
                 expectSymbol(':');
                 node->kids.push_back(joining());
-            } while (takeSymbol(','));
+                // A comma may as well be that of a list around the call.
+            } while (isSymbol(':', 2) && takeSymbol(','));
         } else if (isWord(Word::with) || isWord(Word::without)) {
             const bool value = isWord(Word::with);
             ++at_;

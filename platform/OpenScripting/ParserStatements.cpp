@@ -484,9 +484,11 @@ Node *Parser::trial()
         if (!endOfLine() && !isLabel())
             node->kids[0] = variable();
         while (!endOfLine()) {
-            if (takeWord(Word::number))
-                node->kids[1] = variable();
-            else if (takeWord(Word::from))
+            if (takeWord(Word::number)) {
+                // A number itself: only errors of that number are caught.
+                const bool given = peek().type == Token::number || isSymbol('-');
+                node->kids[1] = given ? unary() : variable();
+            } else if (takeWord(Word::from))
                 node->kids[2] = variable();
             else if (takeWords(Word::partial, Word::result))
                 node->kids[3] = variable();

@@ -332,6 +332,7 @@ Value Machine::command(const Invocation &invocation)
             raise(error::notUnderstood, display(target) + " doesn’t understand the “" + (known ? known->phrase : "«event»") + "” message.", target);
         return host.sendEvent(*this, target.application()->name, eventClass, eventID, invocation);
     }
+    host.permit(*known);
     switch (known->id) {
     case code("exec"): return shellScript(*this, invocation);
     case code("cdat"): return heap.date(currentSeconds());

@@ -18,7 +18,7 @@ locale_t unicode()
     return locale;
 }
 
-constexpr size_t kLongest = size_t(1) << 30;  // characters
+constexpr size_t kLongest = size_t(1) << 28;  // characters
 
 // The plain letters of U+00C0 ... U+017F; a space: the character stands for itself.
 constexpr char kPlain[] =
@@ -117,9 +117,11 @@ Text *allocateText(Heap *heap, size_t length, uint8_t width)
 {
     if (length > kLongest)
         raise(error::outOfMemory, "Out of memory.");
-    const size_t bytes = std::max<size_t>(length * width, 8);
-    heap->grow(bytes + sizeof(Text));
-    void *memory = std::malloc(sizeof(Text) + bytes);
+    const size_t size = (sizeof(Text) + length * width + 15) / 16 * 16, bytes = size - sizeof(Text);
+    heap->grow(size);
+    void *memory = heap->recycled(size);
+    if (!memory)
+        memory = std::malloc(size);
     if (!memory) {
         heap->shrink(bytes + sizeof(Text));
         raise(error::outOfMemory, "Out of memory.");
@@ -224,6 +226,35 @@ Value part(const Value &value, size_t from, size_t count)
     return Value::adopt(cut);
 }
 
+Value joinedTexts(const std::vector<Value> &texts, const Value &between, Heap &heap)
+{
+    if (texts.empty())
+        return heap.emptyText();
+    size_t length = (texts.size() - 1) * between.text()->length;
+    uint8_t width = texts.size() > 1 ? between.text()->width : uint8_t(1);
+    for (const Value &text : texts) {
+        length += text.text()->length;
+        width = std::max(width, text.text()->width);
+    }
+    Text *all = allocateText(&heap, length, width);
+    size_t at = 0;
+    const auto place = [&](const Text *text) {
+        if (width == 1)
+            std::memcpy(all->narrow() + at, text->narrow(), text->length);
+        else if (text->width == 1)
+            widen(text, all->wide() + at);
+        else
+            std::memcpy(all->wide() + at, text->wide(), size_t(text->length) * 4);
+        at += text->length;
+    };
+    for (size_t i = 0; i < texts.size(); ++i) {
+        if (i)
+            place(between.text());
+        place(texts[i].text());
+    }
+    return Value::adopt(all);
+}
+
 Value concatenated(const Value &front, const Value &back)
 {
     const Text *one = front.text(), *other = back.text();
@@ -283,6 +314,8 @@ void append(Value &front, const Value &back)
 
 int compare(const Text *one, const Text *other, uint32_t considering)
 {
+    if (one == other)
+        return 0;
     if (considering & Considering::numericStrings)
         return compareNumerically(countingCharacters(one, considering), countingCharacters(other, considering));
     if (skipsNothing(considering)) {
@@ -449,6 +482,29 @@ Stretches textItemsOf(const Text *text, const Value &delimiters, uint32_t consid
     }
     if (!text->length)
         return items;
+    if (separators.size() == 1) {
+        size_t from = 0;
+        const Text *separator = separators[0];
+        // The commonest case, a comma or the like: the C library's search without anything around it.
+        if (text->width == 1 && separator->length == 1 && separator->width == 1 && separator->narrow()[0] < 0x80 && !std::isalpha(separator->narrow()[0]) && skipsNothing(considering)) {
+            const uint8_t *bytes = text->narrow(), *end = bytes + text->length;
+            while (const void *at = std::memchr(bytes + from, separator->narrow()[0], size_t(end - bytes) - from)) {
+                const size_t place = size_t(static_cast<const uint8_t *>(at) - bytes);
+                items.push_back({from, place});
+                from = place + 1;
+            }
+            items.push_back({from, text->length});
+            return items;
+        }
+        while (const auto found = find(text, separators[0], from, considering)) {
+            if (!found->length)
+                break;
+            items.push_back({from, found->at});
+            from = found->at + found->length;
+        }
+        items.push_back({from, text->length});
+        return items;
+    }
     // For each separator the place where it stands next: each is searched once only.
     std::vector<std::optional<Found>> next;
     for (const Text *separator : separators)

@@ -106,8 +106,10 @@ void destroy(Object *object)
 {
     Heap *heap = object->heap;
     if (object->kind == Kind::text) {
-        heap->shrink(static_cast<Text *>(object)->capacity + sizeof(Text));
-        std::free(object);
+        const size_t size = static_cast<Text *>(object)->capacity + sizeof(Text);
+        heap->shrink(size);
+        if (!heap->recycle(object, size))
+            std::free(object);
         return;
     }
     // A list of lists of lists ... is freed in a loop: however deep it is, the machine's own stack stays where it is.
@@ -141,6 +143,14 @@ Heap::~Heap()
     for (Value &value : all)
         visitContents(containerOf(value), [](Value &inner) { inner.clear(); });
     all.clear();
+    singles_.clear();
+    empty_ = Value();
+    for (Free &list : free_) {
+        while (void *memory = list.first) {
+            list.first = *static_cast<void **>(memory);
+            std::free(memory);
+        }
+    }
 }
 
 void Heap::collect()

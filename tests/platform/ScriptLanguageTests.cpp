@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <sstream>
+
 namespace {
 
 struct Case {
@@ -230,6 +233,8 @@ TEST(ScriptLanguage, Errors)
         {"on f()\nerror \"in\" number 7\nend\ntry\nf()\non error number n\nn\nend", "7"},
         {"try\ntry\nerror \"a\"\non error m\nerror m & \"b\"\nend\non error m\nm\nend", "\"ab\""},
         {"considering case\ntry\nignoring case\nerror \"x\"\nend ignoring\nend try\n\"a\" = \"A\"\nend considering", "false"},
+        {"try\ntry\nerror \"x\" number 7\non error number -128\n1\nend\non error m number n\n{m, n}\nend", "{\"x\", 7}"},
+        {"try\nerror number -128\non error number -128\n1\nend", "1"},
         {"try\nerror \"p\" partial result {1} from {2}\non error m from f partial result p\n{f, p}\nend", "{{2}, {1}}"},
     });
 }
@@ -268,6 +273,28 @@ TEST(ScriptLanguage, ErrorsOfTheSourceNameTheirPlace)
         EXPECT_EQ(scripting.run(source), error) << source;
         EXPECT_EQ(scripting.place(source), place) << source;
     }
+}
+
+TEST(ScriptLanguage, TheManualsExamplesGiveWhatItSays)
+{
+    std::ifstream file(TARVIK_SOURCE_DIR "/docs/scripts.md");
+    std::stringstream whole;
+    whole << file.rdbuf();
+    const std::string page = whole.str(), fence = "```applescript\n";
+    Scripting scripting;
+    size_t examples = 0;
+    for (size_t at = page.find(fence); at != std::string::npos; at = page.find(fence, at)) {
+        at += fence.size();
+        const std::string example = page.substr(at, page.find("```", at) - at);
+        const size_t arrow = example.find("--> ");
+        ASSERT_NE(arrow, std::string::npos) << example;
+        const std::string source = example.substr(0, arrow), result = example.substr(arrow + 4, example.size() - arrow - 5);
+        EXPECT_EQ(scripting.run(source), result) << source;
+        // Each begins with the delimiters that a new script finds.
+        scripting.run("set AppleScript's text item delimiters to \"\"");
+        ++examples;
+    }
+    EXPECT_GT(examples, 25u);
 }
 
 }  // namespace

@@ -42,6 +42,8 @@ struct Invocation {
 class Host {
 public:
     virtual ~Host() = default;
+    /// Asked before every command that is no application's; throws where it is not wanted.
+    virtual void permit(const Command &) {}
     /// Asked now and then: an error number stops the script.
     virtual int32_t poll() { return 0; }
     virtual void log(const std::string &text) = 0;

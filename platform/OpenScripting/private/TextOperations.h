@@ -23,6 +23,8 @@ void appendUTF8(std::string &out, char32_t character);
 
 Value part(const Value &text, size_t from, size_t count);
 Value concatenated(const Value &front, const Value &back);
+/// All of them with one between each two.
+Value joinedTexts(const std::vector<Value> &texts, const Value &between, Heap &heap);
 /// Appends to the text that `front` holds: in place when nobody else holds it, so that a text built in a loop costs its length.
 void append(Value &front, const Value &back);
 

@@ -322,7 +322,7 @@ public:
     void collectSometimes();
 
     /// How many bytes of text and list items there may be: more is error -108.
-    size_t limit = size_t(4) << 30;
+    size_t limit = size_t(2) << 30;
     size_t used() const { return used_; }
     /// Throws the error when `bytes` more are too much.
     void grow(size_t bytes);
@@ -336,9 +336,42 @@ public:
     }
     void shrink(size_t bytes) { used_ -= bytes < used_ ? bytes : used_; }
 
+    /// Memory for an object of that many bytes, a multiple of 16, from what was freed lately. Null: there is none.
+    void *recycled(size_t size)
+    {
+        Free &list = free_[size / 16 % kSizes];
+        if (size >= kSizes * 16 || !list.first)
+            return nullptr;
+        void *memory = list.first;
+        list.first = *static_cast<void **>(memory);
+        --list.count;
+        return memory;
+    }
+    /// Takes freed memory back for later; false: nobody keeps it.
+    bool recycle(void *memory, size_t size)
+    {
+#ifdef __SANITIZE_ADDRESS__
+        return (void)memory, (void)size, false;  // the sanitizer is to see what is used after its end
+#else
+        Free &list = free_[size / 16 % kSizes];
+        if (size >= kSizes * 16 || size % 16 || list.count >= kMostFree)
+            return false;
+        *static_cast<void **>(memory) = list.first;
+        list.first = memory;
+        ++list.count;
+        return true;
+#endif
+    }
+
 private:
     friend struct Container;
     friend void destroy(Object *object);
+    static constexpr size_t kSizes = 8, kMostFree = 65536;
+    struct Free {
+        void *first = nullptr;
+        size_t count = 0;
+    };
+    Free free_[kSizes];
     Container *containers_ = nullptr;
     size_t containerCount_ = 0, nextCollection_ = 4096;
     size_t used_ = 0;
