@@ -238,6 +238,12 @@ SRefCon GetWRefCon(WindowRef window)
     return record ? record->constant : 0;
 }
 
+EventTargetRef GetWindowEventTarget(WindowRef window)
+{
+    OpaqueWindowPtr *record = known(window);
+    return record ? &record->target : nullptr;
+}
+
 void SetWRefCon(WindowRef window, SRefCon constant)
 {
     if (OpaqueWindowPtr *record = known(window))

@@ -6,8 +6,12 @@
 TEST(Categories, NoneReplacesAMethodOfAppKit)
 {
     const std::set<std::string> repairs = {"-[NSWorkspace unmountAndEjectDeviceAtPath:]", "-[NSWindow windowRef]",
-                                           "-[NSWindow initWithWindowRef:]", "-[NSWorkspace openFile:]",
-                                           "-[NSWorkspace openURL:]", "-[NSWorkspace iconForFiles:]",
+                                           "-[NSWindow initWithWindowRef:]", "-[NSWindow sendEvent:]",
+                                           "-[NSApplication beginSheet:modalForWindow:modalDelegate:didEndSelector:contextInfo:]",
+                                           "-[NSApplication endSheet:]", "-[NSApplication endSheet:returnCode:]",
+                                           "-[NSApplication stopModalWithCode:]",
+                                           "-[NSAlert beginSheetModalForWindow:modalDelegate:didEndSelector:contextInfo:]",
+                                           "-[NSWorkspace openFile:]", "-[NSWorkspace openURL:]", "-[NSWorkspace iconForFiles:]",
                                            "-[NSWorkspace selectFile:inFileViewerRootedAtPath:]",
                                            "+[NSMenu load]",
                                            // ours on every object; classes that write to a pasteboard have their own

@@ -3,6 +3,8 @@
 #include <Carbon/MacWindows.h>
 #import <AppKit/NSWindow.h>
 
+#include "platform/CarbonEvents/private/EventTarget.h"
+
 #include <optional>
 
 struct OpaqueWindowPtr {
@@ -13,6 +15,7 @@ struct OpaqueWindowPtr {
     bool owned = false;  // CreateNewWindow's own reference, which DisposeWindow releases
     std::optional<WindowClass> windowClass;
     SRefCon constant = 0;
+    OpaqueEventTargetRef target{GetApplicationEventTarget()};
 };
 
 /// Null for nil.

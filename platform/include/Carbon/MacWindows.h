@@ -73,6 +73,28 @@ void    HideWindow(WindowRef window);
 void    SelectWindow(WindowRef window); ///< in front of the others and key
 Boolean IsWindowVisible(WindowRef window);
 
+/// Shows a window as a sheet of another, which takes no input until the sheet ends (HideSheetWindow; a standard sheet ends by
+/// its buttons). Returns at once; a second sheet waits for the first one's end.
+OSStatus ShowSheetWindow(WindowRef sheet, WindowRef parentWindow);
+OSStatus HideSheetWindow(WindowRef sheet);
+
+typedef UInt32 WindowPositionMethod;
+enum {
+    kWindowCenterOnMainScreen                = 1,
+    kWindowCenterOnParentWindow              = 2,
+    kWindowCenterOnParentWindowScreen        = 3,
+    kWindowCascadeOnMainScreen               = 4, ///< each window a little below and to the right of the one before
+    kWindowCascadeOnParentWindow             = 5,
+    kWindowCascadeOnParentWindowScreen       = 6,
+    kWindowAlertPositionOnMainScreen         = 7, ///< centred across, a fifth of the room left over above it
+    kWindowAlertPositionOnParentWindow       = 8,
+    kWindowAlertPositionOnParentWindowScreen = 9,
+    kWindowCascadeStartAtParentWindowScreen  = 10 ///< the first one at its parent's top left corner
+};
+/// Moves a window, frame and all; on the screen as far as it fits there. A parent is needed by the methods that name one; paramErr without it
+/// and for another method.
+OSStatus RepositionWindow(WindowRef window, WindowRef parentWindow, WindowPositionMethod method);
+
 OSStatus SetWindowTitleWithCFString(WindowRef window, CFStringRef title);
 OSStatus CopyWindowTitleAsCFString(WindowRef window, CFStringRef *outTitle); ///< the caller releases it
 
