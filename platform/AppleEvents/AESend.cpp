@@ -1,6 +1,7 @@
 #include "platform/AppleEvents/private/Addresses.h"
 #include "platform/AppleEvents/private/Dispatch.h"
 #include "platform/AppleEvents/private/Station.h"
+#include "platform/AppleEvents/private/SystemProcess.h"
 
 #include <Carbon/AEMach.h>
 
@@ -161,6 +162,13 @@ OSStatus sendToProcess(const AppleEvent *event, AppleEvent *reply, const Order &
     return number == errAEEventNotHandled ? number : SInt32(noErr);
 }
 
+/// It takes requests and gives no results.
+OSStatus sendToSystem(const AppleEvent *event, AppleEvent *reply, AESendMode replyMode)
+{
+    const OSErr error = sendToSystemProcess(*eventOf(event));
+    return error || replyMode == kAENoReply ? error : newReply(event, reply);
+}
+
 }  // namespace
 
 OSStatus AESend(const AppleEvent *theAppleEvent, AppleEvent *reply, AESendMode sendMode, AESendPriority, SInt32 timeOutInTicks, AEIdleUPP idleProc, AEFilterUPP filterProc)
@@ -178,6 +186,8 @@ OSStatus AESend(const AppleEvent *theAppleEvent, AppleEvent *reply, AESendMode s
         Address address;
         if (const OSErr error = resolve(*eventOf(theAppleEvent), address))
             return error;
+        if (address.isSystem)
+            return sendToSystem(theAppleEvent, reply, order.replyMode());
         return address.isSelf ? sendToSelf(theAppleEvent, reply, order.replyMode()) : sendToProcess(theAppleEvent, reply, order, address.pids);
     } catch (const std::bad_alloc &) {
         return memFullErr;

@@ -25,7 +25,8 @@ OSErr process(pid_t pid, Address &address)
 {
     if (pid <= 0)
         return procNotFound;
-    address = {pid == getpid(), {pid}};
+    address.isSelf = pid == getpid();
+    address.pids = {pid};
     return noErr;
 }
 
@@ -33,6 +34,9 @@ OSErr processNumber(const ProcessSerialNumber &number, Address &address)
 {
     if (number.highLongOfPSN == 0 && number.lowLongOfPSN == kCurrentProcess)
         return process(getpid(), address);
+    address.isSystem = number.highLongOfPSN == 0 && number.lowLongOfPSN == kSystemProcess;
+    if (address.isSystem)
+        return noErr;
     pid_t pid = 0;
     const OSErr error = GetProcessPID(&number, &pid);
     return error ? OSErr(procNotFound) : process(pid, address);

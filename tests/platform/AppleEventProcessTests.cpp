@@ -298,3 +298,31 @@ TEST(AppleEventProcessTest, ManyThreadsAndAForkedChild)
         send(event("echo"_code, peer.address()));
     EXPECT_EQ(openDescriptors(), before);
 }
+
+TEST(AppleEventProcessTest, TheSystemProcess)
+{
+    const auto ask = [](AEEventID id, AESendMode mode = kAENoReply) {
+        OwnedDesc event;
+        AECreateAppleEvent(kCoreEventClass, id, descOfNumber(typeProcessSerialNumber, ProcessSerialNumber{0, kSystemProcess}).get(), kAutoGenerateReturnID, 0, event.out());
+        return send(event, mode).status;
+    };
+    // Never the machine's own.
+    for (const char *bus : {"DBUS_SYSTEM_BUS_ADDRESS", "DBUS_SESSION_BUS_ADDRESS"})
+        setenv(bus, "unix:path=/nonexistent", true);
+    for (const AEEventID id : {kAERestart, kAEReallyLogOut})
+        EXPECT_EQ(ask(id), procNotFound);
+    EXPECT_EQ(ask("what"_code), errAEEventNotHandled);
+
+    Companion login({TARVIK_TESTS_HELPER "/tarvik-test-eventpeer", "login"});
+    const std::string address = login.firstLine();
+    for (const char *bus : {"DBUS_SYSTEM_BUS_ADDRESS", "DBUS_SESSION_BUS_ADDRESS"})
+        setenv(bus, address.c_str(), true);
+    EXPECT_EQ(ask(kAERestart), noErr);
+    EXPECT_EQ(login.firstLine(), "Reboot(true,)");
+    EXPECT_EQ(ask(kAEShutDown), permErr);
+    EXPECT_EQ(ask(kAESleep), errAEEventNotHandled);
+    EXPECT_EQ(ask(kAELogOut, kAEWaitReply), noErr);
+    EXPECT_EQ(login.firstLine(), "Logout(0,)");
+    EXPECT_EQ(ask(kAEReallyLogOut), noErr);
+    EXPECT_EQ(login.firstLine(), "Logout(1,)");
+}

@@ -8,7 +8,7 @@
 namespace tarvik::ae {
 
 struct Address {
-    bool isSelf = false;
+    bool isSelf = false, isSystem = false;
     std::vector<int32_t> pids;  ///< otherwise: the first of these that receives
 };
 

@@ -8,11 +8,11 @@
 ///
 /// A target is one of
 ///
-///     'psn '   ProcessSerialNumber: a process, {0, kCurrentProcess}, or {0, kSystemProcess}, the session's system process
+///     'psn '   ProcessSerialNumber: a process, {0, kCurrentProcess}, or {0, kSystemProcess}: the session, which restarts, shuts
+///              down, sleeps and logs out (AERegistry.h) through the login manager and the desktop
 ///     'kpid'   SInt32, a process identifier
 ///     'sign'   the creator code of a running application
 ///     'bund'   the bundle identifier of a running application
-///     'aprl'   the file URL of a running application's bundle
 ///
 /// No target, or oneself: the handler is called directly, and has returned when the call does.
 ///

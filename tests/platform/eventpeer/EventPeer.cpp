@@ -2,9 +2,11 @@
 //   tarvik-test-eventpeer              serves until it is told to quit, or standard input ends
 //   tarvik-test-eventpeer poll         the same with a loop of its own
 //   tarvik-test-eventpeer deaf         receives nothing: its handlers are installed, its run loop doesn't run
+//   tarvik-test-eventpeer login        a bus with a login manager; its first line is the bus's address
 //   tarvik-test-eventpeer raw ANSWER   a socket that answers what comes with these bytes (hexadecimal), or never (no bytes)
 #include "platform/AppleEvents/private/StationFolder.h"
 #include "tests/support/AppleEvents.h"
+#include "tests/support/PrivateBus.h"
 
 #include <Carbon/AEMach.h>
 #include <CoreFoundation/CFRunLoop.h>
@@ -86,10 +88,45 @@ OSErr askBack(const AppleEvent *event, AppleEvent *reply, SRefCon)
     return error ? error : AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, name.data(), Size(name.size()));
 }
 
-void ready()
+void say(const std::string &text)
 {
-    std::printf("ready\n");
+    std::printf("%s\n", text.c_str());
     std::fflush(stdout);
+}
+
+void noteCall(GDBusConnection *, const char *, const char *, const char *, const char *method, GVariant *arguments, GDBusMethodInvocation *call, void *)
+{
+    const std::string name = method;
+    if (name.starts_with("Can"))
+        return g_dbus_method_invocation_return_value(call, g_variant_new("(s)", name == "CanReboot" ? "challenge" : name == "CanPowerOff" ? "no" : "na"));
+    char *text = g_variant_print(arguments, false);
+    say(name + text);
+    g_free(text);
+    g_dbus_method_invocation_return_value(call, nullptr);
+}
+
+/// A bus with a login manager and a session manager that do nothing but say what they were asked for. First it says its address.
+int serveLogin()
+{
+    std::string address;
+    GDBusConnection *bus = startPrivateBus(address);
+    static const char *const kLogin = "<node><interface name='org.freedesktop.login1.Manager'>"
+                                      "<method name='CanReboot'><arg type='s' direction='out'/></method><method name='CanPowerOff'><arg type='s' direction='out'/></method>"
+                                      "<method name='CanSuspend'><arg type='s' direction='out'/></method><method name='Reboot'><arg type='b' direction='in'/></method>"
+                                      "<method name='PowerOff'><arg type='b' direction='in'/></method></interface></node>";
+    static const char *const kSession = "<node><interface name='org.gnome.SessionManager'><method name='Logout'><arg type='u' direction='in'/></method></interface></node>";
+    if (!bus || !exportObject(bus, "/org/freedesktop/login1", kLogin, noteCall) || !exportObject(bus, "/org/gnome/SessionManager", kSession, noteCall))
+        return 1;
+    for (const char *name : {"org.freedesktop.login1", "org.gnome.SessionManager"}) {
+        GVariant *owned = g_dbus_connection_call_sync(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName", g_variant_new("(su)", name, 0u), nullptr,
+                                                      G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+        if (!owned)
+            return 1;
+        g_variant_unref(owned);
+    }
+    say(address);
+    g_main_loop_run(g_main_loop_new(nullptr, false));
+    return 0;
 }
 
 int answerRaw(const std::string &hex)
@@ -98,7 +135,7 @@ int answerRaw(const std::string &hex)
     const tarvik::FileDescriptor listening = folder.openOwn();
     if (!listening)
         return 1;
-    ready();
+    say("ready");
     pollfd coming = {listening.get(), POLLIN, 0};
     poll(&coming, 1, -1);
     const tarvik::FileDescriptor socket(accept(listening.get(), nullptr, nullptr));
@@ -119,6 +156,8 @@ int main(int argc, char **argv)
     const std::string mode = argc > 1 ? argv[1] : "";
     if (mode == "raw")
         return answerRaw(argc > 2 ? argv[2] : "");
+    if (mode == "login")
+        return serveLogin();
     const struct {
         FourCharCode id;
         AEEventHandlerUPP handler;
@@ -126,7 +165,7 @@ int main(int argc, char **argv)
     for (const auto &[id, handler] : handlers)
         AEInstallEventHandler("test"_code, id, handler, 0, false);
     AEInstallEventHandler(kCoreEventClass, kAEQuitApplication, quit, 0, false);
-    ready();
+    say("ready");
     if (mode == "deaf")
         pause();
     while (mode == "poll" && !gIsOver)
