@@ -37,7 +37,8 @@ void events(benchmark::State &state)
         AECreateAppleEvent("test"_code, "echo"_code, target.get(), kAutoGenerateReturnID, kAnyTransactionID, event.out());
         AEPutParamPtr(event.get(), keyDirectObject, typeText, payload.data(), kPayload);
         Size size = 0;
-        if (AESendMessage(event.get(), reply.out(), kAEWaitReply, kAEDefaultTimeout) != noErr || AESizeOfParam(reply.get(), keyDirectObject, nullptr, &size) != noErr || size != kPayload)
+        if (AESendMessage(event.get(), reply.out(), kAEWaitReply, kAEDefaultTimeout) != noErr ||
+            AESizeOfParam(reply.get(), keyDirectObject, nullptr, &size) != noErr || size != kPayload)
             return state.SkipWithError("no answer");
     }
 }
@@ -68,13 +69,16 @@ void dbus(benchmark::State &state)
     static const Companion &other = peer("dbus", said);
     (void)other;
     static GDBusConnection *bus = g_dbus_connection_new_for_address_sync(
-        said.substr(0, said.find(' ')).c_str(), GDBusConnectionFlags(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION), nullptr, nullptr, nullptr);
+        said.substr(0, said.find(' ')).c_str(),
+        GDBusConnectionFlags(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION), nullptr, nullptr,
+        nullptr);
     if (!bus)
         return state.SkipWithError("no bus");
     const std::string payload(kPayload, 'x'), name = said.substr(said.find(' ') + 1);
     for (auto _ : state) {
         GVariant *argument = g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, payload.data(), payload.size(), 1);
-        GVariant *answer = g_dbus_connection_call_sync(bus, name.c_str(), "/", "org.example.Echo", "Echo", g_variant_new("(@ay)", argument), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+        GVariant *answer = g_dbus_connection_call_sync(bus, name.c_str(), "/", "org.example.Echo", "Echo", g_variant_new("(@ay)", argument), nullptr,
+                                                       G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
         if (!answer)
             return state.SkipWithError("no answer");
         g_variant_unref(answer);

@@ -25,8 +25,8 @@ void showFailure(OSStatus status)
 
 }  // namespace
 
-Boolean AppleEventSendDataArray(DescType targetType, const void *targetData, Size targetSize, AEEventClass eventClass, AEEventID eventID, AppleEvent *reply,
-                                const AppleEventParam *params, CFIndex count)
+Boolean AppleEventSendDataArray(DescType targetType, const void *targetData, Size targetSize, AEEventClass eventClass, AEEventID eventID,
+                                AppleEvent *reply, const AppleEventParam *params, CFIndex count)
 {
     AEInitializeDesc(reply);
     if (!targetData || targetSize <= 0)
@@ -47,8 +47,8 @@ Boolean AppleEventSendDataArray(DescType targetType, const void *targetData, Siz
     return true;
 }
 
-Boolean AppleEventSendData(DescType targetType, const void *targetData, Size targetSize, AEEventClass eventClass, AEEventID eventID, AppleEvent *reply,
-                           DescType type, const void *data, SInt32 size)
+Boolean AppleEventSendData(DescType targetType, const void *targetData, Size targetSize, AEEventClass eventClass, AEEventID eventID,
+                           AppleEvent *reply, DescType type, const void *data, SInt32 size)
 {
     const AppleEventParam param = {keyDirectObject, type, data, size};
     return AppleEventSendDataArray(targetType, targetData, targetSize, eventClass, eventID, reply, &param, 1);

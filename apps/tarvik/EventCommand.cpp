@@ -25,7 +25,8 @@ FourCharCode codeOf(const std::string &word, const char *what)
 {
     OwnedDesc code;
     FourCharCode value;
-    if (word.size() > kCodeLength || AECoercePtr(typeUTF8Text, (word + "    ").data(), kCodeLength, typeType, code.out()) != noErr || AEGetDescData(code.get(), &value, sizeof value) != noErr)
+    if (word.size() > kCodeLength || AECoercePtr(typeUTF8Text, (word + "    ").data(), kCodeLength, typeType, code.out()) != noErr ||
+        AEGetDescData(code.get(), &value, sizeof value) != noErr)
         throw UsageError("'" + word + "' is no " + what + " (up to four characters)");
     return value;
 }
@@ -141,7 +142,8 @@ int send(const Arguments &arguments)
     for (size_t i = 2; i < words.size(); ++i)
         putParam(event.get(), words[i]);
     const bool waits = !arguments.has("no-reply");
-    const OSStatus error = AESendMessage(event.get(), reply.out(), waits ? kAEWaitReply : kAENoReply, seconds ? long(*seconds) * kTicksPerSecond : long(kAEDefaultTimeout));
+    const OSStatus error = AESendMessage(event.get(), reply.out(), waits ? kAEWaitReply : kAENoReply,
+                                         seconds ? long(*seconds) * kTicksPerSecond : long(kAEDefaultTimeout));
     if (error)
         throw Failure(words[0] + ": " + reasonOf(error));
     if (!waits)
@@ -181,7 +183,8 @@ OSErr print(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
 
 int listen(const Arguments &arguments)
 {
-    Listening listening = {arguments.number("count", 1, INT64_MAX).value_or(0), arguments.has("echo"), arguments.has("answer"), arguments.value("answer").value_or("")};
+    Listening listening = {arguments.number("count", 1, INT64_MAX).value_or(0), arguments.has("echo"), arguments.has("answer"),
+                           arguments.value("answer").value_or("")};
     std::vector<std::string> names = arguments.rest();
     if (names.empty())
         names = {"****/****"};

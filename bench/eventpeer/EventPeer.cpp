@@ -43,7 +43,8 @@ int serveSocket()
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path + 1, name.data(), name.size());  // an abstract name
     const int listening = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (bind(listening, reinterpret_cast<sockaddr *>(&address), socklen_t(offsetof(sockaddr_un, sun_path) + 1 + name.size())) != 0 || listen(listening, 1) != 0)
+    if (bind(listening, reinterpret_cast<sockaddr *>(&address), socklen_t(offsetof(sockaddr_un, sun_path) + 1 + name.size())) != 0 ||
+        listen(listening, 1) != 0)
         return 1;
     say(name);
     const int one = accept(listening, nullptr, nullptr);
@@ -64,7 +65,8 @@ int serveBus()
 {
     std::string address;
     GDBusConnection *bus = startPrivateBus(address);
-    static const char *const kInterface = "<node><interface name='org.example.Echo'><method name='Echo'><arg type='ay' direction='in'/><arg type='ay' direction='out'/></method></interface></node>";
+    static const char *const kInterface = "<node><interface name='org.example.Echo'><method name='Echo'><arg type='ay' direction='in'/><arg "
+                                          "type='ay' direction='out'/></method></interface></node>";
     if (!bus || !exportObject(bus, "/", kInterface, answer))
         return 1;
     say(address + " " + g_dbus_connection_get_unique_name(bus));

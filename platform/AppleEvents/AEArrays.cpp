@@ -84,7 +84,8 @@ OSErr AEPutArray(AEDescList *list, AEArrayType arrayType, const AEArrayData *arr
     return noErr;
 }
 
-OSErr AEGetArray(const AEDescList *list, AEArrayType arrayType, AEArrayDataPointer array, Size maximumSize, DescType *itemType, Size *itemSize, long *itemCount)
+OSErr AEGetArray(const AEDescList *list, AEArrayType arrayType, AEArrayDataPointer array, Size maximumSize, DescType *itemType, Size *itemSize,
+                 long *itemCount)
 {
     if (!list || !array || !itemType || !itemSize || !itemCount)
         return paramErr;

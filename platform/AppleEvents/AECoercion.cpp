@@ -103,7 +103,8 @@ OSErr AECoercePtr(DescType typeCode, const void *dataPtr, Size dataSize, DescTyp
     return error ? error : AECoerceDesc(desc.get(), toType, result);
 }
 
-OSErr AEInstallCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP handler, SRefCon handlerRefcon, Boolean fromTypeIsDesc, Boolean isSysHandler)
+OSErr AEInstallCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP handler, SRefCon handlerRefcon, Boolean fromTypeIsDesc,
+                               Boolean isSysHandler)
 {
     if (!handler)
         return paramErr;
@@ -119,7 +120,8 @@ OSErr AERemoveCoercionHandler(DescType fromType, DescType toType, AECoercionHand
     return gHandlers[isSysHandler != 0].remove(fromType, toType, isIt) ? OSErr(noErr) : OSErr(errAEHandlerNotFound);
 }
 
-OSErr AEGetCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP *handler, SRefCon *handlerRefcon, Boolean *fromTypeIsDesc, Boolean isSysHandler)
+OSErr AEGetCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP *handler, SRefCon *handlerRefcon, Boolean *fromTypeIsDesc,
+                           Boolean isSysHandler)
 {
     const auto known = gHandlers[isSysHandler != 0].get(fromType, toType);
     if (!known)

@@ -108,7 +108,8 @@ OSErr AECreateDesc(DescType typeCode, const void *dataPtr, Size dataSize, AEDesc
         if (!isContainer(typeCode))
             return hand(newValue(typeCode, bytes), result);
         if (bytes.empty())
-            return typeCode == typeAppleEvent ? OSErr(paramErr) : hand(newItems(typeCode, typeCode == typeAEList ? Kind::list : Kind::record), result);
+            return typeCode == typeAppleEvent ? OSErr(paramErr)
+                                              : hand(newItems(typeCode, typeCode == typeAEList ? Kind::list : Kind::record), result);
         tarvik::OwnedDesc desc;
         if (unflatten(bytes, desc) != noErr || desc->descriptorType != typeCode)
             return paramErr;
@@ -150,10 +151,7 @@ OSErr AEReplaceDescData(DescType typeCode, const void *dataPtr, Size dataSize, A
     return hand(std::move(made), desc);
 }
 
-Size AEGetDescDataSize(const AEDesc *desc)
-{
-    return itemsOf(desc) ? AESizeOfFlattenedDesc(desc) : Size(bytesOf(desc).size());
-}
+Size AEGetDescDataSize(const AEDesc *desc) { return itemsOf(desc) ? AESizeOfFlattenedDesc(desc) : Size(bytesOf(desc).size()); }
 
 OSErr AEGetDescData(const AEDesc *desc, void *dataPtr, Size maximumSize)
 {

@@ -106,7 +106,8 @@ OSErr getAttribute(const AppleEvent *event, AEKeyword keyword, OwnedDesc &found)
 
 }  // namespace
 
-OSErr AECreateAppleEvent(AEEventClass eventClass, AEEventID eventID, const AEAddressDesc *target, AEReturnID returnID, AETransactionID transactionID, AppleEvent *result)
+OSErr AECreateAppleEvent(AEEventClass eventClass, AEEventID eventID, const AEAddressDesc *target, AEReturnID returnID, AETransactionID transactionID,
+                         AppleEvent *result)
 {
     if (!result)
         return paramErr;
@@ -147,7 +148,8 @@ OSErr AEGetAttributeDesc(const AppleEvent *event, AEKeyword keyword, DescType de
     return error ? error : AECoerceDesc(found.get(), desiredType, result);
 }
 
-OSErr AEGetAttributePtr(const AppleEvent *event, AEKeyword keyword, DescType desiredType, DescType *typeCode, void *dataPtr, Size maximumSize, Size *actualSize)
+OSErr AEGetAttributePtr(const AppleEvent *event, AEKeyword keyword, DescType desiredType, DescType *typeCode, void *dataPtr, Size maximumSize,
+                        Size *actualSize)
 {
     OwnedDesc found;
     const OSErr error = AEGetAttributeDesc(event, keyword, desiredType, found.out());

@@ -3,7 +3,6 @@
 #include "platform/AppleEvents/private/HandlerTable.h"
 #include "platform/AppleEvents/private/Station.h"
 
-
 using namespace tarvik;
 using namespace tarvik::ae;
 
@@ -22,7 +21,8 @@ Handlers gHandlers[2];
 Handlers &handlersOf(Boolean isSystem) { return gHandlers[isSystem != 0]; }
 
 /// What a thread handles: for the time of its scope.
-class Current {
+class Current
+{
 public:
     explicit Current(const AppleEvent *event) : event_(event), outer_(innermost) { innermost = this; }
     ~Current() { innermost = outer_; }

@@ -99,7 +99,8 @@ OSErr AEPutDesc(AEDescList *list, long index, const AEDesc *desc)
     return withMemory([&] { return putNth(list, index, copyOf(*desc)); });
 }
 
-OSErr AEGetNthPtr(const AEDescList *list, long index, DescType desiredType, AEKeyword *keyword, DescType *typeCode, void *dataPtr, Size maximumSize, Size *actualSize)
+OSErr AEGetNthPtr(const AEDescList *list, long index, DescType desiredType, AEKeyword *keyword, DescType *typeCode, void *dataPtr, Size maximumSize,
+                  Size *actualSize)
 {
     const Item *item;
     if (const OSErr error = nth(list, index, item))
@@ -159,7 +160,8 @@ OSErr AEPutParamDesc(AppleEvent *event, AEKeyword keyword, const AEDesc *desc)
     return withMemory([&]() -> OSErr { return put(items->items, keyword, copyOf(*desc)), noErr; });
 }
 
-OSErr AEGetParamPtr(const AppleEvent *event, AEKeyword keyword, DescType desiredType, DescType *actualType, void *dataPtr, Size maximumSize, Size *actualSize)
+OSErr AEGetParamPtr(const AppleEvent *event, AEKeyword keyword, DescType desiredType, DescType *actualType, void *dataPtr, Size maximumSize,
+                    Size *actualSize)
 {
     const Item *item;
     if (const OSErr error = field(event, keyword, item))

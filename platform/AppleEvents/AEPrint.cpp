@@ -9,7 +9,8 @@ namespace tarvik::ae {
 
 namespace {
 
-class Printer {
+class Printer
+{
 public:
     void desc(const AEDesc &desc)
     {
@@ -53,7 +54,8 @@ private:
             return;
         }
         const auto known = isScalar(desc.descriptorType) ? coerceScalar(desc.descriptorType, bytes, typeUTF8Text) : std::nullopt;
-        const bool isPlain = known && (desc.descriptorType == typeSInt32 || desc.descriptorType == typeBoolean || desc.descriptorType == typeTrue || desc.descriptorType == typeFalse);
+        const bool isPlain = known && (desc.descriptorType == typeSInt32 || desc.descriptorType == typeBoolean || desc.descriptorType == typeTrue ||
+                                       desc.descriptorType == typeFalse);
         if (isPlain) {
             text_ += bytesOf(known->get());
             return;

@@ -51,7 +51,8 @@ OSStatus sendToSelf(const AppleEvent *event, AppleEvent *reply, AESendMode reply
 }
 
 /// Calls a host's idle function as often as it asks for.
-class Idling {
+class Idling
+{
 public:
     explicit Idling(AEIdleUPP function) : function_(function) {}
     /// True when the host has enough of waiting.
@@ -74,7 +75,8 @@ private:
 };
 
 /// Serves the main thread's events while it waits, when it is to.
-class Serving {
+class Serving
+{
 public:
     explicit Serving(const Order &order) : serves_((order.mode & kAEProcessNonReplyEvents) && gettid() == getpid())
     {
@@ -171,7 +173,8 @@ OSStatus sendToSystem(const AppleEvent *event, AppleEvent *reply, AESendMode rep
 
 }  // namespace
 
-OSStatus AESend(const AppleEvent *theAppleEvent, AppleEvent *reply, AESendMode sendMode, AESendPriority, SInt32 timeOutInTicks, AEIdleUPP idleProc, AEFilterUPP filterProc)
+OSStatus AESend(const AppleEvent *theAppleEvent, AppleEvent *reply, AESendMode sendMode, AESendPriority, SInt32 timeOutInTicks, AEIdleUPP idleProc,
+                AEFilterUPP filterProc)
 {
     AEInitializeDesc(reply);
     const SInt32 limit = timeOutInTicks == kAEDefaultTimeout ? kDefaultTicks : std::max<SInt32>(0, timeOutInTicks);

@@ -55,7 +55,8 @@ std::optional<std::string> pathOfURL(std::string_view bytes)
 {
     if (bytes.substr(0, 5) != "file:")
         return std::nullopt;
-    const CFOwned<CFURLRef> url(CFURLCreateWithBytes(nullptr, reinterpret_cast<const UInt8 *>(bytes.data()), CFIndex(bytes.size()), kCFStringEncodingUTF8, nullptr));
+    const CFOwned<CFURLRef> url(
+        CFURLCreateWithBytes(nullptr, reinterpret_cast<const UInt8 *>(bytes.data()), CFIndex(bytes.size()), kCFStringEncodingUTF8, nullptr));
     return url ? cf::urlPath(url.get()) : std::nullopt;
 }
 
@@ -92,7 +93,8 @@ std::optional<OwnedDesc> aliasDesc(const FSRef &ref)
 std::optional<OwnedDesc> write(const std::string &path, DescType type)
 {
     if (type == typeFileURL || type == typeApplicationURL) {
-        const CFOwned<CFURLRef> url(CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), isFolder(path)));
+        const CFOwned<CFURLRef> url(
+            CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), isFolder(path)));
         return url ? std::optional(newValue(type, cf::absoluteURLText(url.get()))) : std::nullopt;
     }
     if (type == typeAlias || type == typeFSRef) {

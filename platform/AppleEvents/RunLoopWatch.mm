@@ -7,8 +7,7 @@
 #include <unistd.h>
 
 /// Stands between the run loop and the station.
-@interface TarvikAppleEventWatch : NSObject <RunLoopEvents>
-{
+@interface TarvikAppleEventWatch : NSObject <RunLoopEvents> {
     int descriptor;
 }
 - (id)initWithDescriptor:(int)watched;

@@ -242,7 +242,8 @@ OSErr Station::expect(std::unique_ptr<Link> link, uint64_t serial, const Event &
         return error;
     const uint64_t name = ++lastName_;
     const int socket = link->socket();
-    awaited_[name] = {std::move(link), serial, asked.returnID, asked.transactionID, timeOut, isLimited ? Deadline(Clock::now() + timeOut) : Deadline()};
+    awaited_[name] = {std::move(link),     serial,  asked.returnID,
+                      asked.transactionID, timeOut, isLimited ? Deadline(Clock::now() + timeOut) : Deadline()};
     watch(socket, name, EPOLLIN);
     armTimer();
     return noErr;

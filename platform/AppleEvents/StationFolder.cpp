@@ -147,8 +147,8 @@ FileDescriptor StationFolder::openOwn() const
             remove(pid);
     removeOwn();
     const sockaddr_un own = address(getpid());
-    const bool isOpen = writeIdentity(getpid()) && fchmod(socket.get(), 0600) == 0 && bind(socket.get(), reinterpret_cast<const sockaddr *>(&own), sizeof own) == 0 &&
-                        listen(socket.get(), kBacklog) == 0;
+    const bool isOpen = writeIdentity(getpid()) && fchmod(socket.get(), 0600) == 0 &&
+                        bind(socket.get(), reinterpret_cast<const sockaddr *>(&own), sizeof own) == 0 && listen(socket.get(), kBacklog) == 0;
     return isOpen ? std::move(socket) : FileDescriptor();
 }
 
@@ -162,7 +162,8 @@ bool StationFolder::writeIdentity(int32_t pid) const
     AEPutKeyPtr(record.get(), typeApplicationBundleID, typeUTF8Text, identity.bundleIdentifier.data(), Size(identity.bundleIdentifier.size()));
     std::vector<char> form;
     flatten(*record.get(), form);
-    const FileDescriptor file(openat(folder_.get(), (std::to_string(pid) + kIdentityEnding).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    const FileDescriptor file(
+        openat(folder_.get(), (std::to_string(pid) + kIdentityEnding).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     return file && write(file.get(), form.data(), form.size()) == ssize_t(form.size());
 }
 
@@ -186,7 +187,8 @@ std::vector<int32_t> StationFolder::find(OSType signature, const std::string &bu
     std::vector<int32_t> found;
     for (const int32_t pid : all()) {
         const Identity identity = readIdentity(pid);
-        const bool isIt = bundleIdentifier.empty() ? signature != 0 && identity.signature == signature : identity.bundleIdentifier == bundleIdentifier;
+        const bool isIt =
+            bundleIdentifier.empty() ? signature != 0 && identity.signature == signature : identity.bundleIdentifier == bundleIdentifier;
         if (isIt && isAlive(pid))
             found.push_back(pid);
     }

@@ -65,8 +65,8 @@ Connection connect(GBusType bus)
 
 Value call(GDBusConnection *connection, const Service &service, const char *method, GVariant *arguments, const char *answer)
 {
-    return Value(g_dbus_connection_call_sync(connection, service.name, service.path, service.interface, method, arguments, G_VARIANT_TYPE(answer), G_DBUS_CALL_FLAGS_NONE,
-                                             kAnswerTime, nullptr, nullptr));
+    return Value(g_dbus_connection_call_sync(connection, service.name, service.path, service.interface, method, arguments, G_VARIANT_TYPE(answer),
+                                             G_DBUS_CALL_FLAGS_NONE, kAnswerTime, nullptr, nullptr));
 }
 
 OSErr canBeServed(GDBusConnection *connection, const Request &request)
@@ -100,8 +100,8 @@ OSErr sendToSystemProcess(const Event &event)
             return procNotFound;
         if (const OSErr error = canBeServed(connection.get(), request))
             return error;
-        g_dbus_connection_call(connection.get(), request.service.name, request.service.path, request.service.interface, request.method, request.arguments(), nullptr,
-                               G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+        g_dbus_connection_call(connection.get(), request.service.name, request.service.path, request.service.interface, request.method,
+                               request.arguments(), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
         if (!g_dbus_connection_flush_sync(connection.get(), nullptr, nullptr))
             return procNotFound;
         // The user may be asked for a password meanwhile, on behalf of this very connection.

@@ -195,7 +195,8 @@ TEST(AppleEventCoercionTest, Text)
 {
     const std::string utf8 = "Zoë 🙂";
     const OwnedDesc text = descOf(typeUTF8Text, utf8);
-    for (const DescType type : {DescType(typeText), DescType(typeUnicodeText), DescType(typeUTF16ExternalRepresentation), DescType(typeIntlText), DescType(typeCString), DescType(typePString)}) {
+    for (const DescType type : {DescType(typeText), DescType(typeUnicodeText), DescType(typeUTF16ExternalRepresentation), DescType(typeIntlText),
+                                DescType(typeCString), DescType(typePString)}) {
         OwnedDesc there;
         ASSERT_EQ(AECoerceDesc(text.get(), type, there.out()), noErr);
         EXPECT_EQ(coerced(there, typeUTF8Text), utf8);
@@ -205,7 +206,10 @@ TEST(AppleEventCoercionTest, Text)
     EXPECT_EQ(coerced(descOf(typeText, "Zo\x91"), typeUTF8Text), "Zoë");  // not UTF-8: what it was before
     EXPECT_EQ(coerced(descOf(typeUTF8Text, "\xFF"), typeText), kFails);
     EXPECT_EQ(coerced(descOf(typeUnicodeText, "odd"), typeUTF8Text), kFails);
-    EXPECT_EQ(coerced(descOf(typePString, "\x05" "abc"), typeUTF8Text), kFails);
+    EXPECT_EQ(coerced(descOf(typePString, "\x05"
+                                          "abc"),
+                      typeUTF8Text),
+              kFails);
 }
 
 TEST(AppleEventCoercionTest, NumbersBooleansCodes)

@@ -54,8 +54,8 @@ TEST(AppleEventHandlerTest, TheMostParticularOneIsCalledFirst)
         AEEventID second;
         Boolean isSystem;
         AEEventHandlerUPP function;
-    } installed[] = {{typeWildCard, typeWildCard, true, called}, {kTest, "one "_code, false, passes}, {kTest, typeWildCard, false, passes},
-                     {typeWildCard, "one "_code, false, passes},      {typeWildCard, typeWildCard, false, passes}, {kTest, "one "_code, true, passes}};
+    } installed[] = {{typeWildCard, typeWildCard, true, called}, {kTest, "one "_code, false, passes},         {kTest, typeWildCard, false, passes},
+                     {typeWildCard, "one "_code, false, passes}, {typeWildCard, typeWildCard, false, passes}, {kTest, "one "_code, true, passes}};
     for (const auto &one : installed)
         ASSERT_EQ(AEInstallEventHandler(one.first, one.second, one.function, SRefCon(&one - installed), one.isSystem), noErr);
     OwnedDesc reply;

@@ -23,9 +23,11 @@ namespace {
 constexpr AEEventClass kTest = "test"_code;
 
 /// A process that serves events, ended with the object.
-class Peer : public Companion {
+class Peer : public Companion
+{
 public:
-    explicit Peer(const std::string &mode = "", const std::string &argument = "", const std::string &program = TARVIK_TESTS_HELPER "/tarvik-test-eventpeer")
+    explicit Peer(const std::string &mode = "", const std::string &argument = "",
+                  const std::string &program = TARVIK_TESTS_HELPER "/tarvik-test-eventpeer")
         : Companion({program, mode, argument})
     {
         EXPECT_EQ(firstLine(), "ready");
@@ -148,7 +150,8 @@ TEST(AppleEventProcessTest, QueuedRepliesComeThroughTheRunLoop)
     // To oneself: at once, and through the run loop.
     answers.clear();
     AEInstallEventHandler(
-        kTest, "self"_code, [](const AppleEvent *, AppleEvent *reply, SRefCon) { return AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, "me", 2); }, 0, false);
+        kTest, "self"_code,
+        [](const AppleEvent *, AppleEvent *reply, SRefCon) { return AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, "me", 2); }, 0, false);
     EXPECT_EQ(textParam(send(event("self"_code, OwnedDesc()), kAEQueueReply).reply.get(), keyDirectObject), "me");
     EXPECT_TRUE(runUntil([] { return answers.size() == 1 && answers[0].second == "me"; }));
 }
@@ -169,17 +172,37 @@ TEST(AppleEventProcessTest, ReceiversThatFail)
     EXPECT_EQ(send(event("echo"_code, descOfNumber(typeProcessSerialNumber, ProcessSerialNumber{77, 77}))).status, procNotFound);
 
     // A head with its serial ("**") as it came, whose kind, length or body is off; a stranger's serial is passed over.
-    const std::string head = "41456d73" "01" "03" "0000" "****************";
+    const std::string head = "41456d73"
+                             "01"
+                             "03"
+                             "0000"
+                             "****************";
     const struct {
         std::string bytes;
         OSStatus status;
     } answers[] = {{"ff00", errAETimeout},
                    {std::string(80, 'f'), errAECorruptData},
-                   {"41456d73" "02" "03" "0000" "****************" "0100000000000000" "00", errAECorruptData},
-                   {head + "0100000000000000" "00", errAECorruptData},
+                   {"41456d73"
+                    "02"
+                    "03"
+                    "0000"
+                    "****************"
+                    "0100000000000000"
+                    "00",
+                    errAECorruptData},
+                   {head + "0100000000000000"
+                           "00",
+                    errAECorruptData},
                    {head + "ffffffffffffff7f", errAECorruptData},
                    {head + "0000000001000000", errAECorruptData},
-                   {"41456d73" "01" "03" "0000" "ffffffffffffffff" "0100000000000000" "00", errAETimeout}};
+                   {"41456d73"
+                    "01"
+                    "03"
+                    "0000"
+                    "ffffffffffffffff"
+                    "0100000000000000"
+                    "00",
+                    errAETimeout}};
     for (const auto &[bytes, status] : answers) {
         const Peer rubbish("raw", bytes);
         EXPECT_EQ(send(event("echo"_code, rubbish.address()), kAEWaitReply, 6).status, status) << bytes;
@@ -203,14 +226,16 @@ TEST(AppleEventProcessTest, TimeIsGivenAgain)
     const Peer deaf("deaf");
     OwnedDesc reply;
     const AEIdleUPP impatient = [](EventRecord *, SInt32 *sleepTime, RgnHandle *) -> Boolean { return *sleepTime = 1, ++asked == 4; };
-    EXPECT_EQ(AESend(event("echo"_code, deaf.address()).get(), reply.out(), kAEWaitReply, kAENormalPriority, kNoTimeOut, impatient, nullptr), errAEWaitCanceled);
+    EXPECT_EQ(AESend(event("echo"_code, deaf.address()).get(), reply.out(), kAEWaitReply, kAENormalPriority, kNoTimeOut, impatient, nullptr),
+              errAEWaitCanceled);
     EXPECT_EQ(asked, 4);
 }
 
 TEST(AppleEventProcessTest, ServingWhileWaiting)
 {
     AEInstallEventHandler(
-        kTest, "name"_code, [](const AppleEvent *, AppleEvent *reply, SRefCon) { return AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, "tester", 6); }, 0, false);
+        kTest, "name"_code,
+        [](const AppleEvent *, AppleEvent *reply, SRefCon) { return AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, "tester", 6); }, 0, false);
     const Peer peer;
     EXPECT_EQ(textParam(send(event("back"_code, peer.address()), kAEWaitReply | kAEProcessNonReplyEvents).reply.get(), keyDirectObject), "tester");
     // Without the flag the question back is not served, and its time runs out before ours.
@@ -223,7 +248,8 @@ TEST(AppleEventProcessTest, ApplicationsBySignatureAndIdentifier)
     const TemporaryFolder folder;
     std::filesystem::create_directories(folder / "Peer.app/Resources");
     std::filesystem::copy(TARVIK_TESTS_HELPER "/tarvik-test-eventpeer", folder / "Peer.app/Peer");
-    folder.write("Peer.app/Resources/Info-gnustep.plist", "{ NSExecutable = Peer; CFBundleIdentifier = \"org.example.peer\"; CFBundleSignature = Peer; }");
+    folder.write("Peer.app/Resources/Info-gnustep.plist",
+                 "{ NSExecutable = Peer; CFBundleIdentifier = \"org.example.peer\"; CFBundleSignature = Peer; }");
     const OwnedDesc bySignature = descOfNumber(typeApplSignature, "Peer"_code), byIdentifier = descOf(typeApplicationBundleID, "org.example.peer");
     EXPECT_EQ(send(event("echo"_code, bySignature)).status, procNotFound);  // nothing is launched
     {
@@ -240,7 +266,8 @@ TEST(AppleEventProcessTest, ApplicationsBySignatureAndIdentifier)
 
 TEST(AppleEventProcessTest, NobodyElseGetsIn)
 {
-    AEInstallEventHandler(kTest, "echo"_code, [](const AppleEvent *, AppleEvent *, SRefCon) -> OSErr { return noErr; }, 0, false);
+    AEInstallEventHandler(
+        kTest, "echo"_code, [](const AppleEvent *, AppleEvent *, SRefCon) -> OSErr { return noErr; }, 0, false);
     struct stat about;
     const std::string own = runtimeFolder() + "/" + std::to_string(getpid());
     ASSERT_EQ(stat(own.c_str(), &about), 0);
@@ -261,7 +288,8 @@ TEST(AppleEventProcessTest, NobodyElseGetsIn)
                   OwnedDesc quit;
                   AECreateAppleEvent(kCoreEventClass, kAEQuitApplication, peer.address().get(), kAutoGenerateReturnID, 0, quit.out());
                   return quit;
-              }()).status,
+              }())
+                  .status,
               noErr);
     EXPECT_TRUE(runUntil([&] { return sockets() == 1; }));  // who ends by himself leaves nothing
 
@@ -303,7 +331,8 @@ TEST(AppleEventProcessTest, TheSystemProcess)
 {
     const auto ask = [](AEEventID id, AESendMode mode = kAENoReply) {
         OwnedDesc event;
-        AECreateAppleEvent(kCoreEventClass, id, descOfNumber(typeProcessSerialNumber, ProcessSerialNumber{0, kSystemProcess}).get(), kAutoGenerateReturnID, 0, event.out());
+        AECreateAppleEvent(kCoreEventClass, id, descOfNumber(typeProcessSerialNumber, ProcessSerialNumber{0, kSystemProcess}).get(),
+                           kAutoGenerateReturnID, 0, event.out());
         return send(event, mode).status;
     };
     // Never the machine's own.

@@ -21,7 +21,8 @@ OSErr look(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
 {
     long count = 0;
     AECountItems(event, &count);
-    gSeen = std::to_string(count) + " " + textParam(event, keyDirectObject) + " " + textParam(event, "more"_code) + (reply->dataHandle ? " asked" : "");
+    gSeen =
+        std::to_string(count) + " " + textParam(event, keyDirectObject) + " " + textParam(event, "more"_code) + (reply->dataHandle ? " asked" : "");
     const SInt32 n = SInt32(refcon);
     return reply->dataHandle ? AEPutParamPtr(reply, keyDirectObject, typeSInt32, &n, sizeof n) : OSErr(noErr);
 }
@@ -44,7 +45,12 @@ TEST(AppleEventFunctionTest, SendsPlainData)
     EXPECT_TRUE(send("look"_code, nullptr, {object, more}));
     EXPECT_EQ(gSeen, "2 Emma x");
     // Without data, without size, and what no descriptor can be made of: left out, and the event is sent.
-    EXPECT_TRUE(send("look"_code, nullptr, {object, {"nul1"_code, typeText, nullptr, 4}, {"nul2"_code, typeText, "x", 0}, {"nul3"_code, typeText, "x", -1}, {"nul4"_code, typeAEList, "x", 1}}));
+    EXPECT_TRUE(send("look"_code, nullptr,
+                     {object,
+                      {"nul1"_code, typeText, nullptr, 4},
+                      {"nul2"_code, typeText, "x", 0},
+                      {"nul3"_code, typeText, "x", -1},
+                      {"nul4"_code, typeAEList, "x", 1}}));
     EXPECT_EQ(gSeen, "1 Emma none");
     OwnedDesc reply;
     EXPECT_TRUE(AppleEventSendData(typeKernelProcessID, &gSelf, sizeof gSelf, kTest, "look"_code, reply.get(), typeUTF8Text, "Jane", 4));

@@ -204,7 +204,8 @@ OSErr AECountItems(const AEDescList *list, long *count);
 OSErr AEPutPtr(AEDescList *list, long index, DescType typeCode, const void *dataPtr, Size dataSize);
 OSErr AEPutDesc(AEDescList *list, long index, const AEDesc *desc);
 /// The item coerced to the type; its keyword is typeWildCard in a list. The actual size is told whole, the bytes as far as they fit.
-OSErr AEGetNthPtr(const AEDescList *list, long index, DescType desiredType, AEKeyword *keyword, DescType *typeCode, void *dataPtr, Size maximumSize, Size *actualSize);
+OSErr AEGetNthPtr(const AEDescList *list, long index, DescType desiredType, AEKeyword *keyword, DescType *typeCode, void *dataPtr,
+                  Size maximumSize, Size *actualSize);
 OSErr AEGetNthDesc(const AEDescList *list, long index, DescType desiredType, AEKeyword *keyword, AEDesc *result);
 OSErr AESizeOfNthItem(const AEDescList *list, long index, DescType *typeCode, Size *dataSize);
 OSErr AEDeleteItem(AEDescList *list, long index);
@@ -212,13 +213,15 @@ OSErr AEDeleteItem(AEDescList *list, long index);
 OSErr AEPutArray(AEDescList *list, AEArrayType arrayType, const AEArrayData *array, DescType itemType, Size itemSize, long itemCount);
 /// Hands out all items: bytes of one type and size (errAEWrongDataType otherwise), handles or descriptors, the caller's to dispose of.
 /// errAEBufferTooSmall when they don't fit into maximumSize bytes.
-OSErr AEGetArray(const AEDescList *list, AEArrayType arrayType, AEArrayDataPointer array, Size maximumSize, DescType *itemType, Size *itemSize, long *itemCount);
+OSErr AEGetArray(const AEDescList *list, AEArrayType arrayType, AEArrayDataPointer array, Size maximumSize, DescType *itemType, Size *itemSize,
+                 long *itemCount);
 
 // Parameters of events, fields of records.
 
 OSErr AEPutParamPtr(AppleEvent *event, AEKeyword keyword, DescType typeCode, const void *dataPtr, Size dataSize);
 OSErr AEPutParamDesc(AppleEvent *event, AEKeyword keyword, const AEDesc *desc);
-OSErr AEGetParamPtr(const AppleEvent *event, AEKeyword keyword, DescType desiredType, DescType *actualType, void *dataPtr, Size maximumSize, Size *actualSize);
+OSErr AEGetParamPtr(const AppleEvent *event, AEKeyword keyword, DescType desiredType, DescType *actualType, void *dataPtr, Size maximumSize,
+                    Size *actualSize);
 OSErr AEGetParamDesc(const AppleEvent *event, AEKeyword keyword, DescType desiredType, AEDesc *result);
 OSErr AESizeOfParam(const AppleEvent *event, AEKeyword keyword, DescType *typeCode, Size *dataSize);
 OSErr AEDeleteParam(AppleEvent *event, AEKeyword keyword);
@@ -233,10 +236,12 @@ OSErr AEDeleteParam(AppleEvent *event, AEKeyword keyword);
 // Events.
 
 /// An event for a target (null: set later), without parameters.
-OSErr AECreateAppleEvent(AEEventClass eventClass, AEEventID eventID, const AEAddressDesc *target, AEReturnID returnID, AETransactionID transactionID, AppleEvent *result);
+OSErr AECreateAppleEvent(AEEventClass eventClass, AEEventID eventID, const AEAddressDesc *target, AEReturnID returnID,
+                         AETransactionID transactionID, AppleEvent *result);
 OSErr AEPutAttributePtr(AppleEvent *event, AEKeyword keyword, DescType typeCode, const void *dataPtr, Size dataSize);
 OSErr AEPutAttributeDesc(AppleEvent *event, AEKeyword keyword, const AEDesc *desc);
-OSErr AEGetAttributePtr(const AppleEvent *event, AEKeyword keyword, DescType desiredType, DescType *typeCode, void *dataPtr, Size maximumSize, Size *actualSize);
+OSErr AEGetAttributePtr(const AppleEvent *event, AEKeyword keyword, DescType desiredType, DescType *typeCode, void *dataPtr, Size maximumSize,
+                        Size *actualSize);
 OSErr AEGetAttributeDesc(const AppleEvent *event, AEKeyword keyword, DescType desiredType, AEDesc *result);
 OSErr AESizeOfAttribute(const AppleEvent *event, AEKeyword keyword, DescType *typeCode, Size *dataSize);
 
@@ -269,10 +274,12 @@ static inline void DisposeAECoercePtrUPP(AECoercePtrUPP function) { (void)functi
 
 /// Installs a handler for two types, each of which may be typeWildCard, in the place of an earlier one. fromTypeIsDesc says which
 /// form it has. errAECoercionFail of a handler leaves the coercion to what comes behind it. The two tables are this process's.
-OSErr AEInstallCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP handler, SRefCon handlerRefcon, Boolean fromTypeIsDesc, Boolean isSysHandler);
+OSErr AEInstallCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP handler, SRefCon handlerRefcon, Boolean fromTypeIsDesc,
+                               Boolean isSysHandler);
 /// errAEHandlerNotFound without one; a null handler removes whichever is there.
 OSErr AERemoveCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP handler, Boolean isSysHandler);
-OSErr AEGetCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP *handler, SRefCon *handlerRefcon, Boolean *fromTypeIsDesc, Boolean isSysHandler);
+OSErr AEGetCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP *handler, SRefCon *handlerRefcon, Boolean *fromTypeIsDesc,
+                           Boolean isSysHandler);
 
 // The flattened form: a descriptor with all that it holds as one run of bytes, for a file or the way to another process.
 

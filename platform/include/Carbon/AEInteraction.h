@@ -78,7 +78,8 @@ static inline AEFilterUPP NewAEFilterUPP(AEFilterProcPtr function) { return func
 /// With kAEQueueReply it stays null, as the answer comes later: by way of the run loop, in any case (a receiver that dies or lets the time pass
 /// gives an answer with that keyErrorNumber). Only an event to oneself is answered at once: its reply is handed out here, and
 /// comes as an event where a handler for it is installed.
-OSStatus AESend(const AppleEvent *theAppleEvent, AppleEvent *reply, AESendMode sendMode, AESendPriority sendPriority, SInt32 timeOutInTicks, AEIdleUPP idleProc, AEFilterUPP filterProc);
+OSStatus AESend(const AppleEvent *theAppleEvent, AppleEvent *reply, AESendMode sendMode, AESendPriority sendPriority, SInt32 timeOutInTicks,
+                AEIdleUPP idleProc, AEFilterUPP filterProc);
 
 /// Dispatches the next event that waits, for a host with an event loop of its own (the record, which may be null, is only checked for its kind).
 /// The handler's result; noOutstandingHLE when there is none.

@@ -26,7 +26,8 @@ typedef OSErr (*AEEventHandlerProcPtr)(const AppleEvent *theAppleEvent, AppleEve
 typedef AEEventHandlerProcPtr AEEventHandlerUPP;
 static inline AEEventHandlerUPP NewAEEventHandlerUPP(AEEventHandlerProcPtr function) { return function; }
 static inline void DisposeAEEventHandlerUPP(AEEventHandlerUPP function) { (void)function; }
-static inline OSErr InvokeAEEventHandlerUPP(const AppleEvent *event, AppleEvent *reply, SRefCon refcon, AEEventHandlerUPP function) { return function(event, reply, refcon); }
+static inline OSErr InvokeAEEventHandlerUPP(const AppleEvent *event, AppleEvent *reply, SRefCon refcon,
+                                            AEEventHandlerUPP function) { return function(event, reply, refcon); }
 
 enum {
     keyPreDispatch = 0x70686163 ///< 'phac': a special handler that is asked before all others

@@ -94,11 +94,14 @@ void say(const std::string &text)
     std::fflush(stdout);
 }
 
-void noteCall(GDBusConnection *, const char *, const char *, const char *, const char *method, GVariant *arguments, GDBusMethodInvocation *call, void *)
+void noteCall(GDBusConnection *, const char *, const char *, const char *, const char *method, GVariant *arguments, GDBusMethodInvocation *call,
+              void *)
 {
     const std::string name = method;
     if (name.starts_with("Can"))
-        return g_dbus_method_invocation_return_value(call, g_variant_new("(s)", name == "CanReboot" ? "challenge" : name == "CanPowerOff" ? "no" : "na"));
+        return g_dbus_method_invocation_return_value(call, g_variant_new("(s)", name == "CanReboot"     ? "challenge"
+                                                                                : name == "CanPowerOff" ? "no"
+                                                                                                        : "na"));
     char *text = g_variant_print(arguments, false);
     say(name + text);
     g_free(text);
@@ -110,16 +113,19 @@ int serveLogin()
 {
     std::string address;
     GDBusConnection *bus = startPrivateBus(address);
-    static const char *const kLogin = "<node><interface name='org.freedesktop.login1.Manager'>"
-                                      "<method name='CanReboot'><arg type='s' direction='out'/></method><method name='CanPowerOff'><arg type='s' direction='out'/></method>"
-                                      "<method name='CanSuspend'><arg type='s' direction='out'/></method><method name='Reboot'><arg type='b' direction='in'/></method>"
-                                      "<method name='PowerOff'><arg type='b' direction='in'/></method></interface></node>";
-    static const char *const kSession = "<node><interface name='org.gnome.SessionManager'><method name='Logout'><arg type='u' direction='in'/></method></interface></node>";
-    if (!bus || !exportObject(bus, "/org/freedesktop/login1", kLogin, noteCall) || !exportObject(bus, "/org/gnome/SessionManager", kSession, noteCall))
+    static const char *const kLogin =
+        "<node><interface name='org.freedesktop.login1.Manager'>"
+        "<method name='CanReboot'><arg type='s' direction='out'/></method><method name='CanPowerOff'><arg type='s' direction='out'/></method>"
+        "<method name='CanSuspend'><arg type='s' direction='out'/></method><method name='Reboot'><arg type='b' direction='in'/></method>"
+        "<method name='PowerOff'><arg type='b' direction='in'/></method></interface></node>";
+    static const char *const kSession =
+        "<node><interface name='org.gnome.SessionManager'><method name='Logout'><arg type='u' direction='in'/></method></interface></node>";
+    if (!bus || !exportObject(bus, "/org/freedesktop/login1", kLogin, noteCall) ||
+        !exportObject(bus, "/org/gnome/SessionManager", kSession, noteCall))
         return 1;
     for (const char *name : {"org.freedesktop.login1", "org.gnome.SessionManager"}) {
-        GVariant *owned = g_dbus_connection_call_sync(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName", g_variant_new("(su)", name, 0u), nullptr,
-                                                      G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+        GVariant *owned = g_dbus_connection_call_sync(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
+                                                      g_variant_new("(su)", name, 0u), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
         if (!owned)
             return 1;
         g_variant_unref(owned);
@@ -161,7 +167,8 @@ int main(int argc, char **argv)
     const struct {
         FourCharCode id;
         AEEventHandlerUPP handler;
-    } handlers[] = {{"echo"_code, echo}, {"note"_code, note}, {"die "_code, die}, {"slow"_code, slow}, {"refu"_code, refuse}, {"huge"_code, huge}, {"late"_code, later}, {"back"_code, askBack}};
+    } handlers[] = {{"echo"_code, echo},   {"note"_code, note}, {"die "_code, die},   {"slow"_code, slow},
+                    {"refu"_code, refuse}, {"huge"_code, huge}, {"late"_code, later}, {"back"_code, askBack}};
     for (const auto &[id, handler] : handlers)
         AEInstallEventHandler("test"_code, id, handler, 0, false);
     AEInstallEventHandler(kCoreEventClass, kAEQuitApplication, quit, 0, false);
