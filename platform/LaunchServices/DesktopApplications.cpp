@@ -25,6 +25,28 @@ std::optional<std::string> entryOf(GAppInfo *application)
     return path ? std::optional<std::string>(path) : std::nullopt;
 }
 
+LSRolesMask rolesOf(GAppInfo *application)
+{
+    const char *categories = G_IS_DESKTOP_APP_INFO(application) ? g_desktop_app_info_get_categories(G_DESKTOP_APP_INFO(application)) : nullptr;
+    std::string list(";");
+    list.append(categories ? categories : "").append(";");
+    return list.find(";Viewer;") == list.npos ? LSRolesMask(kLSRolesViewer | kLSRolesEditor) : LSRolesMask(kLSRolesViewer);
+}
+
+std::optional<std::string> firstEntryOf(const char *type, LSRolesMask roles)
+{
+    const Object<GAppInfo> chosen(g_app_info_get_default_for_type(type, false));
+    if (chosen && rolesOf(chosen.get()) & roles)
+        return entryOf(chosen.get());
+    std::optional<std::string> found;
+    GList *const others = g_app_info_get_all_for_type(type);
+    for (GList *at = others; at && !found; at = at->next)
+        if (rolesOf(G_APP_INFO(at->data)) & roles)
+            found = entryOf(G_APP_INFO(at->data));
+    g_list_free_full(others, g_object_unref);
+    return found;
+}
+
 }  // namespace
 
 std::string fileURL(const std::string &path)
@@ -33,20 +55,17 @@ std::string fileURL(const std::string &path)
     return url ? url.get() : "";
 }
 
-std::optional<std::string> desktopApplicationFor(const std::string &url, bool isFile)
+std::optional<std::string> desktopApplicationFor(const std::string &url, bool isFile, LSRolesMask roles)
 {
     if (!isFile) {
         const Text scheme(g_uri_parse_scheme(url.c_str()));
-        const Object<GAppInfo> application(scheme ? g_app_info_get_default_for_uri_scheme(scheme.get())
-                                                  : nullptr);
-        return entryOf(application.get());
+        return scheme ? firstEntryOf((std::string("x-scheme-handler/") + scheme.get()).c_str(), roles) : std::nullopt;
     }
     const Object<GFile> file(g_file_new_for_uri(url.c_str()));
     const Object<GFileInfo> info(g_file_query_info(file.get(), G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,
                                                    G_FILE_QUERY_INFO_NONE, nullptr, nullptr));
     const char *type = info ? g_file_info_get_content_type(info.get()) : nullptr;
-    const Object<GAppInfo> application(type ? g_app_info_get_default_for_type(type, false) : nullptr);
-    return entryOf(application.get());
+    return type ? firstEntryOf(type, roles) : std::nullopt;
 }
 
 std::optional<std::string> desktopApplicationNamed(const std::string &identifier)

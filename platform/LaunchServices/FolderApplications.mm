@@ -1,5 +1,6 @@
 #include "platform/Foundation/ChildProcess.h"
 #include "platform/LaunchServices/private/Applications.h"
+#include "platform/LaunchServices/private/FolderInformation.h"
 #include "platform/LaunchServices/private/ItemFlags.h"
 
 #import <Foundation/Foundation.h>
@@ -15,22 +16,6 @@
 namespace tarvik::launch {
 
 namespace {
-
-NSDictionary *information(const std::string &folder)
-{
-    for (const char *place :
-         {"/Resources/Info-gnustep.plist", "/Contents/Info.plist", "/Resources/Info.plist"})
-        if (NSString *path = nsstring(folder + place);
-            NSDictionary *found = path ? [NSDictionary dictionaryWithContentsOfFile:path] : nil)
-            return found;
-    return nil;
-}
-
-std::string textOf(NSDictionary *dictionary, NSString *key)
-{
-    id value = [dictionary objectForKey:key];
-    return [value isKindOfClass:[NSString class]] ? utf8(value).value_or("") : "";
-}
 
 /// All applications, the user's first.
 std::vector<std::string> applications()
@@ -52,18 +37,35 @@ std::vector<std::string> applications()
     return found;
 }
 
-bool opens(NSDictionary *information, std::string_view extension)
+/// The words of one of the two dialects in which applications say what they open.
+struct DocumentTypes {
+    NSString *list, *extensions, *role;
+};
+const DocumentTypes kDialects[] = {{@"NSTypes", @"NSUnixExtensions", @"NSRole"}, {@"CFBundleDocumentTypes", @"CFBundleTypeExtensions", @"CFBundleTypeRole"}};
+
+LSRolesMask rolesOf(const std::string &name)
 {
-    id types = [information objectForKey:@"NSTypes"];
-    if (![types isKindOfClass:[NSArray class]])
-        return false;
-    for (NSDictionary *type : each<NSDictionary>(types)) {
-        id extensions =
-            [type isKindOfClass:[NSDictionary class]] ? [type objectForKey:@"NSUnixExtensions"] : nil;
-        if ([extensions isKindOfClass:[NSArray class]])
+    return sameText(name, "Editor")   ? LSRolesMask(kLSRolesEditor | kLSRolesViewer)
+           : sameText(name, "Viewer") ? LSRolesMask(kLSRolesViewer)
+           : sameText(name, "Shell")  ? LSRolesMask(kLSRolesShell)
+           : sameText(name, "None")   ? LSRolesMask(kLSRolesNone)
+                                      : LSRolesMask(kLSRolesAll);
+}
+
+bool opens(NSDictionary *information, std::string_view extension, LSRolesMask roles)
+{
+    for (const DocumentTypes &dialect : kDialects) {
+        id types = [information objectForKey:dialect.list];
+        if (![types isKindOfClass:[NSArray class]])
+            continue;
+        for (NSDictionary *type : each<NSDictionary>(types)) {
+            id extensions = [type isKindOfClass:[NSDictionary class]] ? [type objectForKey:dialect.extensions] : nil;
+            if (![extensions isKindOfClass:[NSArray class]] || !(rolesOf(textOf(type, dialect.role)) & roles))
+                continue;
             for (NSString *known : each<NSString>(extensions))
                 if ([known isKindOfClass:[NSString class]] && sameText(utf8(known).value_or(""), extension))
                     return true;
+        }
     }
     return false;
 }
@@ -93,11 +95,11 @@ std::string programOf(const std::string &folder)
 
 }  // namespace
 
-std::optional<std::string> folderApplicationFor(std::string_view extension)
+std::optional<std::string> folderApplicationFor(std::string_view extension, LSRolesMask roles)
 {
     if (extension.empty())
         return std::nullopt;
-    return firstApplication([&](const std::string &folder) { return opens(information(folder), extension); });
+    return firstApplication([&](const std::string &folder) { return opens(information(folder), extension, roles); });
 }
 
 std::optional<std::string> folderApplicationNamed(std::string_view name)
@@ -114,8 +116,12 @@ std::optional<std::string> folderApplicationIdentified(std::string_view bundleId
     });
 }
 
-OSStatus launchFolderApplication(const std::string &folder, const std::vector<std::string> &paths,
-                                 bool prints)
+std::optional<std::string> folderApplicationSigned(OSType creator)
+{
+    return firstApplication([&](const std::string &folder) { return signatureOf(folder, information(folder)) == creator; });
+}
+
+OSStatus launchFolderApplication(const std::string &folder, const std::vector<std::string> &paths, bool prints)
 {
     const std::string program = programOf(folder);
     if (program.empty())

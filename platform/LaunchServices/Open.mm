@@ -7,6 +7,7 @@
 
 #import <Tarvik/support/ArrayRange.h>
 #import <Tarvik/support/Bridge.h>
+#include <Carbon/Processes.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -65,19 +66,37 @@ std::string extensionOf(const std::string &path)
 }
 
 /// The user's choice on the desktop first; then a GNUstep application that says it opens such files.
-std::optional<std::string> applicationFor(const Item &item)
+std::optional<std::string> applicationFor(const Item &item, LSRolesMask roles = kLSRolesAll)
 {
     if (!item.path.empty() && isApplication(item.path))
         return item.path;
-    if (auto found = desktopApplicationFor(item.url, !item.path.empty()))
+    if (auto found = desktopApplicationFor(item.url, !item.path.empty(), roles))
         return found;
-    return item.path.empty() ? std::nullopt : folderApplicationFor(extensionOf(item.path));
+    return item.path.empty() ? std::nullopt : folderApplicationFor(extensionOf(item.path), roles);
+}
+
+/// An application that runs is brought to the front, not started again. False when it doesn't run.
+bool switchTo(const std::string &application, LSLaunchFlags flags)
+{
+    FSRef wanted, location;
+    if (flags & kLSLaunchNewInstance || aliases::referenceTo(application, &wanted) != noErr)
+        return false;
+    ProcessSerialNumber number = {0, kNoProcess};
+    while (GetNextProcess(&number) == noErr)
+        if (GetProcessBundleLocation(&number, &location) == noErr && FSCompareFSRefs(&location, &wanted) == noErr) {
+            if (!(flags & kLSLaunchDontSwitch))
+                SetFrontProcess(&number);  // one without windows runs all the same
+            return true;
+        }
+    return false;
 }
 
 OSStatus launch(const std::string &application, const std::vector<Item> &items, LSLaunchFlags flags)
 {
     std::vector<std::string> words;
     const bool isFolder = isFolderApplication(application);
+    if (isFolder && items.empty() && switchTo(application, flags))
+        return noErr;
     for (const Item &item : items)
         words.push_back(isFolder && !item.path.empty() ? item.path : item.url);
     return isFolder ? launchFolderApplication(application, words, flags & kLSLaunchAndPrint)
@@ -205,16 +224,16 @@ OSStatus LSOpenFSRef(const FSRef *inRef, FSRef *outLaunchedRef)
     return LSOpenFromRefSpec(&spec, outLaunchedRef);
 }
 
-OSStatus LSGetApplicationForURL(CFURLRef inURL, LSRolesMask, FSRef *outAppRef, CFURLRef *outAppURL)
+OSStatus LSGetApplicationForURL(CFURLRef inURL, LSRolesMask inRoleMask, FSRef *outAppRef, CFURLRef *outAppURL)
 {
     return cf::answer<OSStatus>(memFullErr, [&]() -> OSStatus {
         Item item;
         const OSStatus error = itemOf(inURL, item);
-        return error ? error : hand(applicationFor(item), outAppRef, outAppURL);
+        return error ? error : hand(applicationFor(item, inRoleMask), outAppRef, outAppURL);
     });
 }
 
-OSStatus LSGetApplicationForItem(const FSRef *inItemRef, LSRolesMask, FSRef *outAppRef, CFURLRef *outAppURL)
+OSStatus LSGetApplicationForItem(const FSRef *inItemRef, LSRolesMask inRoleMask, FSRef *outAppRef, CFURLRef *outAppURL)
 {
     return cf::answer<OSStatus>(memFullErr, [&]() -> OSStatus {
         Item item;
@@ -222,7 +241,7 @@ OSStatus LSGetApplicationForItem(const FSRef *inItemRef, LSRolesMask, FSRef *out
         OSStatus error = inItemRef ? aliases::pathOf(inItemRef, path) : OSErr(paramErr);
         if (!error)
             error = itemAt(path, item);
-        return error ? error : hand(applicationFor(item), outAppRef, outAppURL);
+        return error ? error : hand(applicationFor(item, inRoleMask), outAppRef, outAppURL);
     });
 }
 
@@ -238,8 +257,9 @@ OSStatus LSFindApplicationForInfo(OSType inCreator, CFStringRef inBundleID, CFSt
             if (!found)
                 found = desktopApplicationNamed(*identifier);
         }
-        if (const auto name = found ? std::nullopt : utf8(cf::ns(inName));
-            name && !name->empty() && name->find('/') == name->npos) {
+        if (!found && inCreator != kLSUnknownCreator)
+            found = folderApplicationSigned(inCreator);
+        if (const auto name = found ? std::nullopt : utf8(cf::ns(inName)); name && !name->empty() && name->find('/') == name->npos) {
             found = name->ends_with(".desktop") ? std::nullopt : folderApplicationNamed(*name);
             if (!found && !name->ends_with(".app"))
                 found = desktopApplicationNamed(*name);

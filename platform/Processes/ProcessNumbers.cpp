@@ -37,7 +37,7 @@ OSStatus GetProcessForPID(pid_t pid, ProcessSerialNumber *psn)
         return paramErr;
     *psn = {0, kNoProcess};
     const auto process = processWithID(pid);
-    if (!process || executableLink(pid).empty())
+    if (!process || !look(*process))
         return procNotFound;
     *psn = process->number();
     return noErr;

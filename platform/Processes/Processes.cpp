@@ -1,8 +1,10 @@
 #include "platform/Processes/private/Processes.h"
 
+#include "platform/Files/private/Listing.h"
+
 #include <Tarvik/support/Handle.h>
-#include <dirent.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,7 +16,6 @@
 #include <cstring>
 #include <mutex>
 #include <string_view>
-#include <unordered_map>
 
 namespace tarvik::processes {
 
@@ -40,8 +41,8 @@ std::string_view head(const Path &path, char *buffer, size_t size)
     return {buffer, count > 0 ? size_t(count) : 0};
 }
 
-/// The start of a process; nothing for one that has ended. Threads have one too.
-std::optional<uint64_t> startOf(pid_t pid)
+/// A field of /proc/N/stat, numbered as in proc(5); nothing for a process that has ended. Threads have them too.
+std::optional<uint64_t> statField(pid_t pid, int wanted)
 {
     char buffer[1024];
     const std::string_view text = head(Path(pid, "stat"), buffer, sizeof buffer);
@@ -49,13 +50,15 @@ std::optional<uint64_t> startOf(pid_t pid)
     size_t at = text.rfind(')');
     if (at == text.npos || at + 2 >= text.size() || text[at + 2] == 'Z' || text[at + 2] == 'X')
         return std::nullopt;
-    for (int field = 2; field < 22 && at != text.npos; ++field)
+    for (int field = 2; field < wanted && at != text.npos; ++field)
         at = text.find(' ', at + 1);
-    uint64_t start;
-    if (at == text.npos || std::from_chars(text.data() + at + 1, text.data() + text.size(), start).ec != std::errc())
+    uint64_t value;
+    if (at == text.npos || std::from_chars(text.data() + at + 1, text.data() + text.size(), value).ec != std::errc())
         return std::nullopt;
-    return start;
+    return value;
 }
+
+std::optional<uint64_t> startOf(pid_t pid) { return statField(pid, 22); }
 
 bool isThread(pid_t pid)
 {
@@ -68,50 +71,65 @@ bool isThread(pid_t pid)
     return group != pid;
 }
 
-struct DirectoryTraits {
-    using Value = DIR *;
-    static Value empty() { return nullptr; }
-    static void close(Value folder) { closedir(folder); }
-};
+/// The text of a link; empty when it can't be read.
+std::string_view linkText(int folder, const char *path, char (&buffer)[PATH_MAX])
+{
+    const ssize_t count = readlinkat(folder, path, buffer, sizeof buffer);
+    return {buffer, count > 0 && size_t(count) < sizeof buffer ? size_t(count) : 0};
+}
 
-/// The starts of the processes seen lately. The kernel gives a process's folder a new inode number whenever it makes one, so the same
-/// number under the same id is the same process, and its start need not be read again.
-class Starts {
+/// Whether a process may see other files than this one by the same paths.
+bool isElsewhere(pid_t pid)
+{
+    char own[PATH_MAX], other[PATH_MAX];
+    return linkText(AT_FDCWD, "/proc/self/ns/mnt", own) != linkText(AT_FDCWD, Path(pid, "ns/mnt").get(), other);
+}
+
+/// The processes as the latest walk found them.
+class Table {
 public:
-    /// Fills in the starts of what a walk found; what has ended keeps none.
-    struct Seen {
-        pid_t pid;
-        uint64_t inode;
-    };
-    std::vector<Process> look(const std::vector<Seen> &seen)
+    std::vector<Running> walk()
     {
         std::lock_guard lock(lock_);
-        std::unordered_map<pid_t, Known> now;
-        std::vector<Process> found;
-        now.reserve(seen.size());
-        found.reserve(seen.size());
-        for (const Seen &one : seen) {
-            const auto before = known_.find(one.pid);
-            std::optional<uint64_t> start;
-            if (before != known_.end() && before->second.inode == one.inode)
-                start = before->second.start;
-            else
-                start = startOf(one.pid);
-            if (start) {
-                now[one.pid] = {one.inode, *start};
-                found.push_back({one.pid, *start});
-            }
-        }
+        const FileDescriptor folder(open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        std::vector<Known> now;
+        now.reserve(known_.size() + 16);
+        auto before = known_.begin();
+        files::Listing(folder.get()).each([&](const files::Entry &entry) {
+            pid_t pid = 0;
+            const char *const end = entry.name + std::strlen(entry.name);
+            if (std::from_chars(entry.name, end, pid).ptr != end || pid <= 0)
+                return;
+            char path[32], buffer[PATH_MAX];
+            std::memcpy(std::copy(static_cast<const char *>(entry.name), end, path), "/exe", 5);
+            const std::string_view link = linkText(folder.get(), path, buffer);
+            if (link.empty())
+                return;
+            while (before != known_.end() && before->running.process.pid < pid)
+                ++before;
+            if (before != known_.end() && before->running.process.pid == pid && before->inode == entry.inode && before->running.executable->link() == link)
+                now.push_back(std::move(*before++));
+            else if (const auto start = startOf(pid))
+                now.push_back({entry.inode, {{pid, *start}, executableOf(link), isElsewhere(pid)}});
+        });
+        // The kernel lists them in the order of their ids, which the search above counts on for its speed only.
         known_ = std::move(now);
+        std::vector<Running> found;
+        found.reserve(known_.size());
+        for (const Known &one : known_)
+            found.push_back(one.running);
         return found;
     }
 
 private:
+    /// The kernel gives a process's folder a new inode number whenever it makes one. So the same number under the same id is the
+    /// same process, and while it executes the same file, nothing else of it has to be read again.
     struct Known {
-        uint64_t inode, start;
+        uint64_t inode;
+        Running running;
     };
     std::mutex lock_;
-    std::unordered_map<pid_t, Known> known_;
+    std::vector<Known> known_;
 };
 
 }  // namespace
@@ -148,28 +166,42 @@ std::optional<Process> processWithID(pid_t pid)
 
 bool isAlive(const Process &process) { return startOf(process.pid) == process.start; }
 
-std::string executableLink(pid_t pid)
+std::optional<Running> look(const Process &process)
 {
-    char text[PATH_MAX];
-    const ssize_t count = readlink(Path(pid, "exe").get(), text, sizeof text);
-    return count > 0 && size_t(count) < sizeof text ? std::string(text, size_t(count)) : "";
+    char buffer[PATH_MAX];
+    const std::string_view link = linkText(AT_FDCWD, Path(process.pid, "exe").get(), buffer);
+    // The id is this process's while the process lives: asked in this order, the link was its own.
+    if (link.empty() || !isAlive(process))
+        return std::nullopt;
+    return Running{process, executableOf(link), isElsewhere(process.pid)};
 }
 
-std::vector<Process> all()
+std::vector<Running> all()
 {
-    static auto &starts = *new Starts;
-    const Handle<DirectoryTraits> folder(opendir("/proc"));
-    std::vector<Starts::Seen> seen;
-    char text[PATH_MAX];
-    while (const dirent *entry = folder ? readdir(folder.get()) : nullptr) {
-        pid_t pid = 0;
-        const char *const end = entry->d_name + std::strlen(entry->d_name);
-        if (std::from_chars(entry->d_name, end, pid).ptr == end && readlink(Path(pid, "exe").get(), text, sizeof text) > 0)
-            seen.push_back({pid, entry->d_ino});
-    }
-    std::vector<Process> found = starts.look(seen);
-    std::sort(found.begin(), found.end(), [](const Process &a, const Process &b) { return a.serial() < b.serial(); });
+    static auto &table = *new Table;
+    std::vector<Running> found = table.walk();
+    std::sort(found.begin(), found.end(), [](const Running &a, const Running &b) { return a.process.serial() < b.process.serial(); });
     return found;
+}
+
+std::optional<Process> parentOf(const Process &process)
+{
+    const auto pid = statField(process.pid, 4);
+    const auto start = pid && isAlive(process) ? startOf(pid_t(*pid)) : std::nullopt;
+    return start ? std::optional(Process{pid_t(*pid), *start}) : std::nullopt;
+}
+
+OSErr locate(const Running &running, FSRef *ref)
+{
+    const Executable &executable = *running.executable;
+    if (running.isElsewhere || (executable.maybeDeleted() && !executable.isInApplication())) {
+        // Is what stands at that path here what the process executes?
+        struct stat here, there;
+        if (stat(executable.link().c_str(), &here) != 0 || stat(Path(running.process.pid, "exe").get(), &there) != 0 || here.st_dev != there.st_dev ||
+            here.st_ino != there.st_ino)
+            return fnfErr;
+    }
+    return executable.reference(ref);
 }
 
 }  // namespace tarvik::processes

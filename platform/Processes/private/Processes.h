@@ -5,10 +5,12 @@
 /// the machine's, plus one. 22 bits hold every process id of this kernel, 42 bits 1393 years of ticks. A process id is given again
 /// only after all others: never twice within a tick.
 #pragma once
+#include "platform/Processes/private/Executables.h"
+
 #include <Carbon/Processes.h>
 
+#include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace tarvik::processes {
@@ -28,10 +30,25 @@ std::optional<Process> processWithID(pid_t pid);
 bool isAlive(const Process &process);
 Process current();
 
-/// What the process executes: the text of its link, " (deleted)" included; empty when there is none or it may not be read.
-std::string executableLink(pid_t pid);
+/// A process and what it executes.
+struct Running {
+    Process process;
+    std::shared_ptr<const Executable> executable;
+    bool isElsewhere;  ///< its paths may be another mount namespace's
+};
 
+/// What a living process executes; nothing for one that has ended or whose executable may not be read.
+std::optional<Running> look(const Process &process);
 /// All processes whose executable can be read, in the order of their starts.
-std::vector<Process> all();
+std::vector<Running> all();
+
+/// The process that started it, if that lives; init for one whose starter has ended.
+std::optional<Process> parentOf(const Process &process);
+
+/// What this thread's walk has just come to, if it is that process: read a moment ago, and not read again.
+std::optional<Running> justMet(const Process &process);
+
+/// A reference to the item that stands for the process. fnfErr: it has been deleted, or can't be reached from here.
+OSErr locate(const Running &running, FSRef *ref);
 
 }  // namespace tarvik::processes

@@ -28,9 +28,9 @@ enum {
     kLSLaunchAndPrint              = 0x00000002, ///< GNUstep applications print; others open
     kLSLaunchAndDisplayErrors      = 0x00000040,
     kLSLaunchDontAddToRecents      = 0x00000100,
-    kLSLaunchDontSwitch            = 0x00000200,
+    kLSLaunchDontSwitch            = 0x00000200, ///< leave a running application where it is
     kLSLaunchAsync                 = 0x00010000,
-    kLSLaunchNewInstance           = 0x00080000,
+    kLSLaunchNewInstance           = 0x00080000, ///< start an application also when it runs already
     kLSLaunchAndHide               = 0x00100000
 };
 
@@ -54,7 +54,8 @@ struct LSLaunchFSRefSpec {
 };
 typedef struct LSLaunchFSRefSpec LSLaunchFSRefSpec;
 
-/// Opens the items; an application among them, and appURL without items, is launched. outLaunchedURL: the application of the last one.
+/// Opens the items; an application among them, and appURL without items, is launched: a folder X.app that runs already is brought to the front
+/// instead. Flags that are not explained above change nothing here. outLaunchedURL: the application of the last one.
 /// kLSApplicationNotFoundErr: nothing opens it; kLSNotAnApplicationErr: appURL is none; fnfErr: a file is missing; kLSUnknownErr: it could not be
 /// started.
 OSStatus LSOpenFromURLSpec(const LSLaunchURLSpec *inLaunchSpec, CFURLRef *outLaunchedURL);
@@ -62,17 +63,15 @@ OSStatus LSOpenFromRefSpec(const LSLaunchFSRefSpec *inLaunchSpec, FSRef *outLaun
 OSStatus LSOpenCFURLRef(CFURLRef inURL, CFURLRef *outLaunchedURL);
 OSStatus LSOpenFSRef(const FSRef *inRef, FSRef *outLaunchedRef);
 
-/// The application that opens an item: a folder X.app, or a desktop entry. Receivers may be null. kLSApplicationNotFoundErr without one.
-OSStatus LSGetApplicationForURL(CFURLRef inURL, LSRolesMask inRoleMask, FSRef *outAppRef,
-                                CFURLRef *outAppURL);
-OSStatus LSGetApplicationForItem(const FSRef *inItemRef, LSRolesMask inRoleMask, FSRef *outAppRef,
-                                 CFURLRef *outAppURL);
+/// The application that opens an item in one of the roles: a folder X.app, or a desktop entry. Folders say theirs (NSRole, CFBundleTypeRole); an
+/// editor views too; of the desktop's, those of the category Viewer only view. Receivers may be null. kLSApplicationNotFoundErr without one.
+OSStatus LSGetApplicationForURL(CFURLRef inURL, LSRolesMask inRoleMask, FSRef *outAppRef, CFURLRef *outAppURL);
+OSStatus LSGetApplicationForItem(const FSRef *inItemRef, LSRolesMask inRoleMask, FSRef *outAppRef, CFURLRef *outAppURL);
 
 enum { kLSUnknownCreator = 0 };
-/// The application of a bundle identifier, or of a name ("Ink.app", "gedit.desktop"); identifiers are those of Info.plist (folders X.app) and the names
-/// of desktop entries. A creator code alone finds nothing here. Receivers may be null.
-OSStatus LSFindApplicationForInfo(OSType inCreator, CFStringRef inBundleID, CFStringRef inName,
-                                  FSRef *outAppRef, CFURLRef *outAppURL);
+/// The application of a bundle identifier, else of a creator code, else of a name ("Ink.app", "gedit.desktop"). Identifiers are those of Info.plist
+/// (folders X.app) and the names of desktop entries; creator codes are folders' (CFBundleSignature, PkgInfo). Receivers may be null.
+OSStatus LSFindApplicationForInfo(OSType inCreator, CFStringRef inBundleID, CFStringRef inName, FSRef *outAppRef, CFURLRef *outAppURL);
 
 #ifdef __cplusplus
 }

@@ -75,6 +75,7 @@ enum {
     // processes
     procNotFound       = -600,
     appModeErr         = -602,
+    appIsDaemon        = -606, ///< has no windows
     connectionInvalid  = -609,
     noUserInteractionAllowed = -610
 };

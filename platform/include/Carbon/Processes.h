@@ -36,6 +36,26 @@ OSErr SameProcess(const ProcessSerialNumber *pPSN1, const ProcessSerialNumber *p
 OSStatus GetProcessPID(const ProcessSerialNumber *psn, pid_t *pid);
 OSStatus GetProcessForPID(pid_t pid, ProcessSerialNumber *psn);
 
+/// The item that stands for the process: the innermost folder X.app that holds its executable, else the executable. fnfErr when that has
+/// been deleted, or lies where this process sees other files. Within a walk, what the walk has just read is believed.
+OSStatus GetProcessBundleLocation(const ProcessSerialNumber *psn, FSRef *location);
+/// What users call it: an application's name, else the executable's. The caller releases it; null on failure.
+OSStatus CopyProcessName(const ProcessSerialNumber *psn, CFStringRef *name);
+
+enum { kProcessDictionaryIncludeAllInformationMask = (int)0xFFFFFFFF };
+/// What is known of a process; the caller releases it. Null when there is none. The mask is not used.
+///   "PSN", "ParentPSN"     both halves as one number         "pid"
+///   "BundlePath"           where its item is                 "CFBundleExecutable"  the path of what it executes
+///   "CFBundleName"         as CopyProcessName has it         "CFBundleIdentifier", "FileCreator"  of applications that have one
+CFDictionaryRef ProcessInformationCopyDictionary(const ProcessSerialNumber *psn, UInt32 infoToReturn);
+
+/// The process whose window is the active one, by the window manager (EWMH). procNotFound, and {0, kNoProcess}, when no window is, it is
+/// another machine's or says no process id, there is no display ($DISPLAY), or no such window manager. Connects for the one question.
+OSErr GetFrontProcess(ProcessSerialNumber *pPSN);
+/// Asks the window manager to raise the process's windows, in the order in which they lie, and to activate the topmost; it does so in its own
+/// time, for other programs' processes too. appIsDaemon: it has no window; connectionInvalid: no display or no such window manager.
+OSErr SetFrontProcess(const ProcessSerialNumber *pPSN);
+
 #ifdef __cplusplus
 }
 #endif
