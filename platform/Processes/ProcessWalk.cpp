@@ -19,7 +19,7 @@ struct Walk {
 thread_local Walk walk;
 
 constexpr auto kWhole = std::chrono::seconds(1);          // a walk that takes longer reads /proc anew
-constexpr auto kMoment = std::chrono::milliseconds(20);  // how long a link that was read for the walk is good for the process it stands at
+constexpr auto kMoment = std::chrono::milliseconds(100);  // how long a link that was read for the walk is good for the process it stands at
 
 uint64_t serialOf(const ProcessSerialNumber &number) { return uint64_t(number.highLongOfPSN) << 32 | number.lowLongOfPSN; }
 
