@@ -40,6 +40,7 @@ struct FunctionScope {
     int result = -1;
     int next = 0;
     int told = -1;       // the register of what is told; -1: me
+    bool tellsApplication = false;
     std::vector<Loop> loops;
     std::vector<std::pair<ScriptScope *, int>> pending;  // scripts being made here, and their registers
     std::map<std::pair<int, int64_t>, int> numbers;      // constants already there
@@ -514,6 +515,12 @@ private:
             return wanted;
         }
         default: break;
+        }
+        if (current_->tellsApplication) {  // a term of the application's
+            Site term;
+            term.spec = {Specifier::property, node->name, 0};
+            emit(Op::get, wanted = target(wanted), current_->told, site(std::move(term)));
+            return wanted;
         }
         const int name = constant(heap_.text(heap_.names.spelling(node->name)));
         emitWide(Op::undefined, 0, name);
@@ -1091,8 +1098,10 @@ private:
             const int told = temporary();
             into(node->a, told);
             const int before = std::exchange(scope.told, told);
+            const bool application = std::exchange(scope.tellsApplication, node->a->kind == Node::specify && node->a->code == kSpecifyApplication);
             branch(node->b, last);
             scope.told = before;
+            scope.tellsApplication = application;
             break;
         }
         case Node::timeout: {

@@ -152,26 +152,6 @@ Value ComponentHost::interact(Machine &machine, const Invocation &invocation)
     }
 }
 
-Value ComponentHost::sendEvent(Machine &machine, const std::string &application, uint32_t, uint32_t, const Invocation &)
-{
-    raise(-600, "Application isn’t running.", machine.heap.application(application));
-}
-
-Value ComponentHost::callApplication(Machine &machine, const std::string &application, Name, const std::vector<Value> &)
-{
-    raise(-600, "Application isn’t running.", machine.heap.application(application));
-}
-
-Value ComponentHost::applicationProperty(Machine &machine, const Value &place)
-{
-    raise(-600, "Application isn’t running.", machine.heap.text(machine.display(place)));
-}
-
-void ComponentHost::setApplicationProperty(Machine &machine, const Value &place, const Value &)
-{
-    raise(-600, "Application isn’t running.", machine.heap.text(machine.display(place)));
-}
-
 namespace {
 
 /// An owned program.
