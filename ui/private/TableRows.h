@@ -1,6 +1,7 @@
 // What the parts of the table controller share.
 #pragma once
 #import <Foundation/Foundation.h>
+#include <objc/runtime.h>
 
 @class NSTableView;
 
@@ -10,7 +11,17 @@ namespace tarvik {
 inline id columnKey(id identifier) { return identifier ? identifier : @"<default>"; }
 
 /// Rows read from the user defaults may be anything.
-inline bool isRow(id object) { return [object isKindOfClass:[NSDictionary class]]; }
+inline bool isRow(id object)
+{
+    static Class last = Nil;  // asked for each cell, and nearly always of the same class
+    Class is = object ? object_getClass(object) : Nil;
+    if (is == last)
+        return is != Nil;
+    if (![object isKindOfClass:[NSDictionary class]])
+        return false;
+    last = is;
+    return true;
+}
 inline id valueInRow(id row, id key) { return isRow(row) ? [row objectForKey:key] : nil; }
 /// Stores a value in the row at an index; a row that can't be changed gives way to a copy that can. False for what is no row.
 bool setValueInRow(NSMutableArray *rows, NSUInteger index, id value, id key);
