@@ -1,8 +1,12 @@
+#include <Carbon/Gestalt.h>
+
 #import "tests/ui/TableFixture.h"
 
 #include <tests/support/LoggedMessages.h>
 #include <tests/support/Program.h>
+#include <tests/support/TemporaryFolder.h>
 
+#include <fstream>
 #include <thread>
 #include <vector>
 
@@ -350,6 +354,58 @@ TEST_F(TableTest, AnEditIsTypedAndStored)
     enter.join();
     EXPECT_TRUE(marked());
     EXPECT_EQ(text([[controller_ datasourceOfColumn:@"name" visibleValue:NO] objectAtIndex:0]), "q");
+}
+
+TEST(TableWithoutAWindow, OnOldSystemsDragsRowNumbers)
+{
+    const auto old = [](OSType, SInt32 *response) -> OSErr { return *response = 0x1039, noErr; };
+    ASSERT_EQ(ReplaceGestalt(gestaltSystemVersion, old, nullptr), noErr);
+    [NSApplication sharedApplication];
+    TableView *table = [[[TableView alloc] initWithFrame:NSMakeRect(0, 0, 100, 100)] autorelease];
+    EXPECT_EQ([table draggingSourceOperationMaskForLocal:YES], NSDragOperation(0xFFFFFFFF));
+    [table addTableColumn:[[[NSTableColumn alloc] initWithIdentifier:@"name"] autorelease]];
+    TableController *controller = [[[TableController alloc] initWithTableView:table] autorelease];
+    TableDelegate *delegate = [[[TableDelegate alloc] init] autorelease];
+    delegate->mCan = {"tableView:writeRows:toPasteboard:", "tableView:writeRowsWithIndexes:toPasteboard:"};
+    [controller setDelegate:delegate];
+    EXPECT_TRUE([controller respondsToSelector:@selector(tableView:writeRows:toPasteboard:)]);
+    EXPECT_FALSE([controller respondsToSelector:@selector(tableView:writeRowsWithIndexes:toPasteboard:)]);
+}
+
+TEST(TableWithoutAWindow, IsWiredByAnInterfaceFile)
+{
+    [NSApplication sharedApplication];
+    TemporaryFolder folder;
+    std::ofstream(folder / "Table.xib") << R"(<?xml version="1.0" encoding="UTF-8"?>
+<document type="com.apple.InterfaceBuilder3.Cocoa.XIB" version="3.0" toolsVersion="10117" targetRuntime="MacOSX.Cocoa">
+ <objects>
+  <customObject id="-2" userLabel="File's Owner" customClass="NSObject"/>
+  <customObject id="-1" userLabel="First Responder" customClass="FirstResponder"/>
+  <customObject id="-3" userLabel="Application" customClass="NSObject"/>
+  <customView id="v1"><rect key="frame" x="0.0" y="0.0" width="200" height="100"/></customView>
+  <tableView id="t1"><rect key="frame" x="0.0" y="0.0" width="200" height="100"/>
+   <tableColumns><tableColumn identifier="name" width="100" id="c1"><textFieldCell key="dataCell" id="d1">
+    <font key="font" metaFont="system" size="12"/></textFieldCell></tableColumn></tableColumns></tableView>
+  <customObject id="k1" customClass="TableController"><connections>
+    <outlet property="vTableView" destination="t1" id="o1"/>
+    <outlet property="vPreviousResponder" destination="v1" id="o2"/></connections></customObject>
+ </objects></document>)";
+    NSMutableArray *made = [NSMutableArray array];
+    NSDictionary *names = [NSDictionary dictionaryWithObjectsAndKeys:[[NSObject new] autorelease], NSNibOwner, made, NSNibTopLevelObjects, nil];
+    ASSERT_TRUE([NSBundle loadNibFile:tarvik::nsstring((folder / "Table.xib").native()) externalNameTable:names withZone:NULL]);
+    TableController *controller = nil;
+    NSView *view = nil;
+    for (id object : tarvik::each<>(made)) {
+        if ([object isKindOfClass:[TableController class]])
+            controller = object;
+        else if ([object isMemberOfClass:[NSView class]])
+            view = object;
+    }
+    ASSERT_NE(controller, nil);
+    ASSERT_NE([controller tableView], nil);
+    EXPECT_EQ((id)[[controller tableView] dataSource], controller);
+    EXPECT_EQ([view nextResponder], controller);
+    EXPECT_EQ([[controller datasourceArray] count], 0u);
 }
 
 }  // namespace
