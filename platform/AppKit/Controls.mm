@@ -1,3 +1,4 @@
+#import "platform/AppKit/private/CommandRelay.h"
 #import "platform/AppKit/private/ControlReference.h"
 #import "platform/AppKit/private/References.h"
 #import "platform/AppKit/private/WindowReference.h"
@@ -139,6 +140,8 @@ OSStatus SetControlCommandID(ControlRef control, UInt32 commandID)
     if (!record)
         return controlHandleInvalidErr;
     record->commandID = commandID;
+    if (commandID && [record->view isKindOfClass:[NSControl class]])
+        RelayHits((NSControl *)record->view);
     return noErr;
 }
 

@@ -1,3 +1,4 @@
+#import "platform/AppKit/private/CommandRelay.h"
 #import "platform/AppKit/private/WindowReference.h"
 
 #import <AppKit/AppKit.h>
@@ -80,18 +81,22 @@ std::optional<OSType> codeOf(NSString *text)
     return OSType(c[0]) << 24 | OSType(c[1]) << 16 | OSType(c[2]) << 8 | c[3];
 }
 
-/// "Control demo 7" and "Command save" are what a view is called.
-void nameControl(NSString *outlet, NSView *view)
+/// "Control demo 7" and "Command save" are what a view is called, the latter a menu item too.
+void nameObject(NSString *outlet, id object)
 {
     NSArray *words = [outlet componentsSeparatedByString:@" "];
     const std::optional<OSType> code = [words count] > 1 ? codeOf([words objectAtIndex:1]) : std::nullopt;
-    if (!code || ![view isKindOfClass:[NSView class]])
+    if (!code)
         return;
-    if ([[words objectAtIndex:0] isEqual:@"Control"] && [words count] == 3) {
+    const bool isView = [object isKindOfClass:[NSView class]];
+    if ([[words objectAtIndex:0] isEqual:@"Control"] && [words count] == 3 && isView) {
         const ControlID name = {*code, SInt32([[words objectAtIndex:2] intValue])};
-        SetControlID([view controlRef], &name);
+        SetControlID([(NSView *)object controlRef], &name);
     } else if ([[words objectAtIndex:0] isEqual:@"Command"] && [words count] == 2) {
-        SetControlCommandID([view controlRef], *code);
+        if (isView)
+            SetControlCommandID([(NSView *)object controlRef], *code);
+        else if ([object isKindOfClass:[NSMenuItem class]])
+            RelayCommand(object, *code);
     }
 }
 
@@ -112,12 +117,12 @@ OSStatus takeFromNib(IBNibRef nib, CFStringRef name, Class type, Take &&take)
             return;
         NSDictionary *outlets = [owner.get() outlets];
         for (NSString *outlet : tarvik::each<NSString>([outlets allKeys]))
-            nameControl(outlet, [outlets objectForKey:outlet]);
+            nameObject(outlet, [outlets objectForKey:outlet]);
         id found = [outlets objectForKey:asOutlet((NSString *)name)];
         if (found)
             status = [found isKindOfClass:type] ? OSStatus(noErr) : OSStatus(kIBCarbonRuntimeObjectNotOfRequestedType);
         if (status == noErr)
-            take(found);
+            take(found, owner.get());
         for (NSObject *object : tarvik::each([[objects copy] autorelease])) {
             if (status != noErr || object != found) {
                 if ([object isKindOfClass:[NSWindow class]])
@@ -159,16 +164,21 @@ OSStatus CreateWindowFromNib(IBNibRef nib, CFStringRef name, WindowRef *outWindo
 {
     if (!outWindow)
         return paramErr;
-    return takeFromNib(nib, name, [NSWindow class], [&](NSWindow *window) {
+    return takeFromNib(nib, name, [NSWindow class], [&](NSWindow *window, InterfaceOwner *owner) {
         [window retain];
         [window setReleasedWhenClosed:NO];
         [window orderOut:nil];
         *outWindow = ReferenceOfWindow(window);
         (*outWindow)->owned = true;
+        (*outWindow)->fileOwner = tarvik::retain<NSObject>(owner);
     });
 }
 
 OSStatus SetMenuBarFromNib(IBNibRef nib, CFStringRef name)
 {
-    return takeFromNib(nib, name, [NSMenu class], [](NSMenu *menu) { [NSApp setMainMenu:menu]; });
+    return takeFromNib(nib, name, [NSMenu class], [](NSMenu *menu, InterfaceOwner *owner) {
+        static tarvik::Retained<InterfaceOwner *> ownerOfMenuBar;
+        [NSApp setMainMenu:menu];
+        ownerOfMenuBar = tarvik::retain(owner);
+    });
 }

@@ -31,11 +31,15 @@ void popUp(id self, SEL command, NSMenu *menu, NSEvent *event, NSView *view)
     SentActions *actions = [[SentActions alloc] init];
     NSNotificationCenter *center = [NSNotificationCenter defaultCenter];
     [center addObserver:actions selector:@selector(sent:) name:NSMenuDidSendActionNotification object:nil];
-    const NSTimeInterval start = [NSDate timeIntervalSinceReferenceDate];
+    // The events' own times: how long the menu took to open is not how long the button was held.
+    NSEvent *press = [NSApp currentEvent];
+    const NSTimeInterval pressed = press ? [press timestamp] : 0;
     const NSPoint place = [NSEvent mouseLocation];
     original(self, command, menu, event, view);
+    NSEvent *release = [NSApp currentEvent];
+    const NSTimeInterval held = release ? [release timestamp] - pressed : kClick;
     const NSPoint now = [NSEvent mouseLocation];
-    const bool clicked = [NSDate timeIntervalSinceReferenceDate] - start < kClick && std::hypot(now.x - place.x, now.y - place.y) < kStill;
+    const bool clicked = held >= 0 && held < kClick && std::hypot(now.x - place.x, now.y - place.y) < kStill;
     if (clicked && !actions->mAny)
         original(self, command, menu, event, view);
     [center removeObserver:actions];

@@ -2,6 +2,9 @@
 #include <gtest/gtest.h>
 #include <tests/ui/Desktop.h>
 
+#include <functional>
+#include <memory>
+
 @interface MenuChoice : NSObject {
 @public
     int mTag;
@@ -80,18 +83,20 @@ TEST(MenuButton, PopsUpAndAnItemIsChosen)
     EXPECT_EQ([button pulldownMenuCore:NO], menu);
     EXPECT_FALSE([[[menu menuRepresentation] window] isVisible]);
 
-    // Pressed: it opens below the button, at once. Then an item is clicked.
-    std::string second;
+    // Clicked: it opens below the button and stays. Then an item is clicked.
+    int looks = 0;
     NSPoint top = NSZeroPoint;
-    later(1, [&] {
-        NSView *shown = (NSView *)[menu menuRepresentation];
-        const NSRect frame = [[shown window] frame];
+    std::unique_ptr<Hand> second;
+    std::function<void()> lookForMenu = [&] {
+        NSMenuView *shown = (NSMenuView *)[menu menuRepresentation];
+        if (![[shown window] isVisible] || ++looks < 8)  // not the moment before the click has ended
+            return later(0.1, lookForMenu);
+        const NSRect frame = [[shown window] frame], item = [shown rectOfItemAtIndex:1];
         top = NSMakePoint(NSMinX(frame), NSMaxY(frame));
-        const NSRect item = [(NSMenuView *)shown rectOfItemAtIndex:1];
-        second = onScreen(shown, NSMakePoint(NSMidX(item), NSMidY(item)));
-        static Hand *const hand = new Hand("mousemove " + second + " sleep 0.1 mousedown 1 sleep 0.1 mouseup 1");
-        (void)hand;
-    });
+        second = std::make_unique<Hand>("mousemove " + onScreen(shown, NSMakePoint(NSMidX(item), NSMidY(item))) +
+                                        " sleep 0.1 mousedown 1 sleep 0.1 mouseup 1");
+    };
+    later(0.1, lookForMenu);
     const Hand press("mousemove " + middleOf(button) + " sleep 0.1 mousedown 1 sleep 0.1 mouseup 1");
     EXPECT_TRUE(eventually([&] { return choice->mTag != 0; }));
     EXPECT_EQ(choice->mTag, 2);

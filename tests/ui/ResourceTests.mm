@@ -29,7 +29,8 @@ const char kInterface[] = R"(<?xml version="1.0" encoding="UTF-8"?>
  <customObject id="-2" userLabel="File's Owner" customClass="NSObject"><connections>
   <outlet property="main" destination="w1" id="o1"/><outlet property="other" destination="w2" id="o2"/>
   <outlet property="menuBar" destination="m1" id="o3"/>
-  <outlet property="control demo 7" destination="b1" id="o4"/><outlet property="command save" destination="b1" id="o5"/></connections></customObject>
+  <outlet property="control demo 7" destination="b1" id="o4"/><outlet property="command save" destination="b1" id="o5"/>
+  <outlet property="command open" destination="i2" id="o6"/></connections></customObject>
  <customObject id="-1" userLabel="First Responder" customClass="FirstResponder"/><customObject id="-3" userLabel="Application" customClass="NSObject"/>
  <window title="Main window" customClass="CountedWindow" releasedWhenClosed="NO" visibleAtLaunch="YES" id="w1">
   <windowStyleMask key="styleMask" titled="YES"/><rect key="contentRect" x="196" y="240" width="420" height="260"/>
@@ -106,6 +107,19 @@ TEST(InterfaceFile, GivesTheMenuBar)
     DisposeNibReference(nib);
     NSMenuItem *open = [[NSApp mainMenu] itemWithTags:3, 7, 0];
     EXPECT_TRUE([[open title] isEqual:@"Open"]);
+    UInt32 chosen = 0;
+    const EventTypeSpec process = EventTypeSpecMake(kEventClassCommand, kEventCommandProcess);
+    const auto choose = [](EventHandlerCallRef, EventRef event, void *userData) -> OSStatus {
+        HICommand command = {};
+        GetEventParameter(event, kEventParamDirectObject, typeHICommand, nullptr, sizeof command, nullptr, &command);
+        *static_cast<UInt32 *>(userData) = command.commandID;
+        return noErr;
+    };
+    EventHandlerRef handler = nullptr;
+    ASSERT_EQ(InstallEventHandler(GetApplicationEventTarget(), choose, 1, &process, &chosen, &handler), noErr);
+    [[open menu] performActionForItemAtIndex:0];
+    EXPECT_EQ(chosen, "open"_code);
+    RemoveEventHandler(handler);
     EXPECT_FALSE(MenuBarSetFromNibName(CFSTR("Main"), CFSTR("menuBar")));  // not in the main bundle
     EXPECT_FALSE(MenuBarSetFromNibName(nullptr, CFSTR("menuBar")));
 }

@@ -3,6 +3,8 @@
 #include <Carbon/MacWindows.h>
 #import <AppKit/NSWindow.h>
 
+#import <Tarvik/support/Retained.h>
+
 #include "platform/CarbonEvents/private/EventTarget.h"
 
 #include <optional>
@@ -15,6 +17,7 @@ struct OpaqueWindowPtr {
     bool owned = false;  // CreateNewWindow's own reference, which DisposeWindow releases
     std::optional<WindowClass> windowClass;
     SRefCon constant = 0;
+    tarvik::Retained<NSObject *> fileOwner;  // of an interface file: its controls may have it as their target, and retain none
     OpaqueEventTargetRef target{GetApplicationEventTarget()};
 };
 

@@ -44,7 +44,13 @@ enum {
     controlHandleInvalidErr = -30599
 };
 
-enum { typeControlRef = 0x6374726C }; ///< 'ctrl': a ControlRef as an event's parameter
+// Events. A click on an NSControl that has a command and no action of its own is sent to its window's handlers: first that it was
+// hit, then, when nobody takes that, its command (kEventClassCommand, kEventCommandProcess).
+enum {
+    kEventClassControl = 0x636E746C, ///< 'cntl'
+    kEventControlHit   = 13,         ///< its direct object is the control
+    typeControlRef     = 0x6374726C  ///< 'ctrl': a ControlRef as an event's parameter
+};
 
 // Data, by part and tag.
 //

@@ -12,7 +12,8 @@
 ///     <customObject id="-2" userLabel="File's Owner" customClass="NSObject"><connections>
 ///         <outlet property="Preferences" destination="w1" id="o1"/>
 ///         <outlet property="control demo 7" destination="b1" id="o2"/>    the view's control ID is {'demo', 7}
-///         <outlet property="command save" destination="b1" id="o3"/>      its command ID is 'save'
+///         <outlet property="command save" destination="b1" id="o3"/>      its command ID is 'save', which a click sends
+///         <outlet property="command quit" destination="i1" id="o4"/>      so does choosing a menu item
 ///
 /// Thread: main.
 #pragma once
