@@ -31,7 +31,7 @@
         answer(panel, code);
 }
 
-- (void)endText:(id)sender { [NSApp endSheet:mTextPanel returnCode:[sender tag]]; }
+- (void)endText:(id)sender { [mTextPanel closeSheetWithReturnCode:int32_t([sender tag])]; }
 
 @end
 
@@ -58,11 +58,21 @@ void openPanel(NSWindow *window, bool folders, NSString *prompt, std::function<v
     });
     NSOpenPanel *panel = [NSOpenPanel openPanel];
     [panel setTitle:prompt];
-    [panel setCanChooseDirectories:folders];
-    [panel setCanChooseFiles:!folders];
-    [panel setAllowsMultipleSelection:!folders];
-    [panel beginSheetForDirectory:nil file:nil types:nil modalForWindow:window modalDelegate:delegate didEndSelector:kEnded
-                      contextInfo:nullptr];
+    [NSOpenPanel beginSheetWithSetting:panel
+                                prompt:nil
+                  canChooseDirectories:folders
+                        canChooseFiles:!folders
+               allowsMultipleSelection:!folders
+       treatsFilePackagesAsDirectories:NO
+                  canCreateDirectories:NO
+                               message:nil
+                                window:window
+                             directory:nil
+                                  file:nil
+                                 types:nil
+                         modalDelegate:delegate
+                        didEndSelector:kEnded
+                           contextInfo:nullptr];
 }
 
 }  // namespace
@@ -74,8 +84,18 @@ void ask(NSWindow *window, const Alert &alert, std::function<void(bool)> answer)
             answer(code == NSAlertDefaultReturn);
     });
     [window displayIfNeeded];
-    NSBeginAlertSheet(alert.title, alert.defaultButton ? alert.defaultButton : [@"OK" localize], alert.alternateButton, nil, window,
-                      delegate, kEnded, nullptr, nullptr, formatOf(alert.message));
+    constexpr int32_t kAlert = 0, kInformation = 1;
+    [NSPanel runGenericAlert:alert.isFailure ? kAlert : kInformation
+                      parent:window
+               modalDelegate:delegate
+              didEndSelector:kEnded
+          didDismissSelector:nullptr
+                 contextInfo:nullptr
+                       title:alert.title
+                     message:formatOf(alert.message)
+               defaultButton:alert.defaultButton ? alert.defaultButton : [@"OK" localize]
+             alternateButton:alert.alternateButton
+                 otherButton:nil];
 }
 
 void chooseImages(NSWindow *window, std::function<void(NSArray *)> answer)
@@ -94,10 +114,22 @@ void chooseDestination(NSWindow *window, NSString *title, NSString *name, NSStri
         if (code == NSOKButton && [panel filename])
             answer([panel filename]);
     });
-    NSSavePanel *panel = [NSSavePanel savePanel];
-    [panel setTitle:title];
-    [panel setRequiredFileType:type];
-    [panel beginSheetForDirectory:nil file:name modalForWindow:window modalDelegate:delegate didEndSelector:kEnded contextInfo:nullptr];
+    [NSSavePanel beginSheetWithSetting:nil
+                      requiredFileType:type
+                  canCreateDirectories:YES
+              canSelectHiddenExtension:NO
+                       extensionHidden:NO
+       treatsFilePackagesAsDirectories:NO
+                                prompt:nil
+                                 title:title
+                        nameFieldLabel:nil
+                               message:nil
+                                window:window
+                             directory:nil
+                                  file:name
+                         modalDelegate:delegate
+                        didEndSelector:kEnded
+                           contextInfo:nullptr];
 }
 
 void chooseText(NSWindow *window, NSString *question, NSString *initial, NSString *button, std::function<void(NSString *)> answer)
@@ -136,7 +168,7 @@ void chooseText(NSWindow *window, NSString *question, NSString *initial, NSStrin
     [[panel contentView] addSubview:label];
     [[panel contentView] addSubview:field];
     [panel setInitialFirstResponder:field];
-    [NSApp beginSheet:panel modalForWindow:window modalDelegate:delegate didEndSelector:kEnded contextInfo:nullptr];
+    [panel beginSheetForWindow:window modalDelegate:delegate didEndSelector:kEnded contextInfo:nullptr];
 }
 
 }  // namespace shelf

@@ -236,6 +236,29 @@ TEST_F(ShelfApplication, ExportsAndReadsBack)
     EXPECT_EQ(str([shelf_ notesText]), "b\n" + (folder_ / "b.img").native() + "\nOf 2024\n\n");
 }
 
+TEST_F(ShelfApplication, SaysWhatToDo)
+{
+    const std::string file = add("damaged.img");
+    select({0});
+    [shelf_ mountImages:nil];
+    ASSERT_TRUE(idle());
+    NSWindow *alert = nil;
+    ASSERT_TRUE(eventually([&] { return (alert = [shelf_->mWindow attachedSheet]) != nil; }));
+    std::string said;
+    for (NSUInteger i = 0; i < [[[alert contentView] subviews] count]; ++i) {
+        id view = [[[alert contentView] subviews] objectAtIndex:i];
+        if ([view respondsToSelector:@selector(stringValue)])
+            said += str([view stringValue]);
+    }
+    EXPECT_NE(said.find("not a disk image"), std::string::npos) << said;
+    EXPECT_NE(said.find("Verify compares"), std::string::npos);
+    [shelf_ verifyImages:nil];  // the work goes on below it
+    ASSERT_TRUE(idle());
+    EXPECT_EQ(cell(0, kChecksum), "✓ " + runProgram({"sha1sum", file}).out.substr(0, 40));
+    [alert closeSheetWithReturnCode:NSAlertDefaultReturn];
+    EXPECT_TRUE(eventually([&] { return [shelf_->mWindow attachedSheet] == nil; }));
+}
+
 TEST_F(ShelfApplication, LivesWithForeignRows)
 {
     close();
