@@ -345,7 +345,8 @@ Value Machine::refer(const Site &site, const Value &container, const Value &from
     return reference;
 }
 
-// The loop. `pc` leads to the instruction that runs; it is kept in the frame before anything that may fail or call.
+// The loop. A computed goto leaves a block without destroying what was made in it: values live in blocks of their own, which end
+// before NEXT and STAY. `pc` leads to the instruction that runs; it is kept in the frame before anything that may fail or call.
 Value Machine::interpret(size_t bottom)
 {
 #define OPERAND(number) ((number) >= 0 ? registers[number] : constants[number])
@@ -537,9 +538,11 @@ slowArithmetic:
     {
         MAY_FAIL;
         const Value &left = defined(*frame, pc->b, OPERAND(pc->b)), &right = defined(*frame, pc->c, OPERAND(pc->c));
-        Value result;
-        arithmetic(pc->op, result, left, right);
-        registers[pc->a] = std::move(result);
+        {
+            Value result;
+            arithmetic(pc->op, result, left, right);
+            registers[pc->a] = std::move(result);
+        }
         NEXT;
     }
     OPERATION(op_join)
@@ -633,11 +636,13 @@ slowArithmetic:
     OPERATION(op_negate)
     {
         MAY_FAIL;
-        const Value value = asNumber(defined(*frame, pc->b, OPERAND(pc->b)));
-        if (value.is(Kind::integer))
-            registers[pc->a] = fits(-value.integer()) ? Value::of(-value.integer()) : Value::of(-double(value.integer()));
-        else
-            registers[pc->a] = Value::of(-value.real());
+        {
+            const Value value = asNumber(defined(*frame, pc->b, OPERAND(pc->b)));
+            if (value.is(Kind::integer))
+                registers[pc->a] = fits(-value.integer()) ? Value::of(-value.integer()) : Value::of(-double(value.integer()));
+            else
+                registers[pc->a] = Value::of(-value.real());
+        }
         NEXT;
     }
     OPERATION(op_negation)
@@ -655,31 +660,37 @@ slowArithmetic:
     OPERATION(op_coerce)
     {
         MAY_FAIL;
-        const Value &value = defined(*frame, pc->b, OPERAND(pc->b));
-        const Value wanted = contentsOf(defined(*frame, pc->c, OPERAND(pc->c)));
-        if (!wanted.is(Kind::type) && !wanted.is(Kind::constant) && !wanted.is(Kind::list))
-            cantMake(wanted, "class");
-        registers[pc->a] = coerced(value, wanted.is(Kind::list) ? type::list : wanted.code());
+        {
+            const Value &value = defined(*frame, pc->b, OPERAND(pc->b));
+            const Value wanted = contentsOf(defined(*frame, pc->c, OPERAND(pc->c)));
+            if (!wanted.is(Kind::type) && !wanted.is(Kind::constant) && !wanted.is(Kind::list))
+                cantMake(wanted, "class");
+            registers[pc->a] = coerced(value, wanted.is(Kind::list) ? type::list : wanted.code());
+        }
         NEXT;
     }
     OPERATION(op_newList)
     {
         MAY_FAIL;
-        std::vector<Value> items;
-        items.reserve(size_t(pc->c));
-        for (int i = 0; i < pc->c; ++i)
-            items.push_back(std::move(registers[pc->b + i]));
-        registers[pc->a] = heap.list(std::move(items));
+        {
+            std::vector<Value> items;
+            items.reserve(size_t(pc->c));
+            for (int i = 0; i < pc->c; ++i)
+                items.push_back(std::move(registers[pc->b + i]));
+            registers[pc->a] = heap.list(std::move(items));
+        }
         NEXT;
     }
     OPERATION(op_newRecord)
     {
         MAY_FAIL;
         const Site &site = frame->function->sites[size_t(pc->c)];
-        Value record = heap.record();
-        for (size_t i = 0; i < site.labels.size(); ++i)
-            record.record()->set(site.labels[i], std::move(registers[size_t(pc->b) + i]));
-        registers[pc->a] = std::move(record);
+        {
+            Value record = heap.record();
+            for (size_t i = 0; i < site.labels.size(); ++i)
+                record.record()->set(site.labels[i], std::move(registers[size_t(pc->b) + i]));
+            registers[pc->a] = std::move(record);
+        }
         NEXT;
     }
     OPERATION(op_getItem)
@@ -689,8 +700,7 @@ slowArithmetic:
             const auto &items = container.list()->items;
             const uint64_t at = uint64_t(index.integer()) - 1;
             if (at < items.size()) [[likely]] {
-                const Value found = items[at];  // the register may hold the list's last reference
-                registers[pc->a] = found;
+                registers[pc->a] = items[at];  // copied before the register, which may hold the list's last reference, is written
                 NEXT;
             }
         }
@@ -722,10 +732,12 @@ slowArithmetic:
         MAY_FAIL;
         const Site &site = frame->function->sites[size_t(pc->c)];
         const bool from = site.spec.form == Specifier::index || site.spec.form == Specifier::range || site.spec.form == Specifier::named || site.spec.form == Specifier::id;
-        const Value &container = defined(*frame, pc->b, OPERAND(pc->b));
-        const Value first = from ? defined(*frame, site.from, OPERAND(site.from)) : Value();
-        const Value second = site.spec.form == Specifier::range ? defined(*frame, site.to, OPERAND(site.to)) : Value();
-        registers[pc->a] = refer(site, container, first, second);
+        {
+            const Value &container = defined(*frame, pc->b, OPERAND(pc->b));
+            const Value first = from ? defined(*frame, site.from, OPERAND(site.from)) : Value();
+            const Value second = site.spec.form == Specifier::range ? defined(*frame, site.to, OPERAND(site.to)) : Value();
+            registers[pc->a] = refer(site, container, first, second);
+        }
         NEXT;
     }
     OPERATION(op_set)
@@ -793,9 +805,11 @@ slowArithmetic:
         MAY_FAIL;
         const Site &site = frame->function->sites[size_t(pc->c)];
         const Value *base = registers + pc->b;
-        Value result = command({site, base[0], base[1], base + 2});
-        frame = &frames_.back();  // the command may have run a script
-        registers[pc->a] = std::move(result);
+        {
+            Value result = command({site, base[0], base[1], base + 2});
+            frame = &frames_.back();  // the command may have run a script
+            registers[pc->a] = std::move(result);
+        }
         NEXT;
     }
     OPERATION(op_specify)
@@ -842,16 +856,18 @@ slowArithmetic:
     {
         MAY_FAIL;
         Value *state = registers + pc->a;
-        Value whole = contentsOf(state[0]);
-        if (whole.is(Kind::text))
-            whole = get({Specifier::every, Word::character, type::character}, whole, {}, {});
-        else if (whole.is(Kind::record))
-            whole = coerced(whole, type::list);
-        else if (!whole.is(Kind::list))
-            raise(error::notFound, "Can’t get item 1 of " + display(whole) + ".", whole);
-        state[0] = whole;
-        state[1] = Value::of(int64_t(0));
-        state[2] = Value::of(int64_t(whole.list()->items.size()));
+        {
+            Value whole = contentsOf(state[0]);
+            if (whole.is(Kind::text))
+                whole = get({Specifier::every, Word::character, type::character}, whole, {}, {});
+            else if (whole.is(Kind::record))
+                whole = coerced(whole, type::list);
+            else if (!whole.is(Kind::list))
+                raise(error::notFound, "Can’t get item 1 of " + display(whole) + ".", whole);
+            state[1] = Value::of(int64_t(0));
+            state[2] = Value::of(int64_t(whole.list()->items.size()));
+            state[0] = std::move(whole);
+        }
         NEXT;
     }
     OPERATION(op_eachNext)
@@ -918,10 +934,12 @@ slowArithmetic:
     }
     OPERATION(op_giveBackRaw)
     {
-        Value given = pc->a >= 0 ? std::move(registers[pc->a]) : constants[pc->a];
-        Value *result = frame->result;
-        popFrame();
-        *result = std::move(given);
+        {
+            Value given = pc->a >= 0 ? std::move(registers[pc->a]) : constants[pc->a];
+            Value *result = frame->result;
+            popFrame();
+            *result = std::move(given);
+        }
         if (frames_.size() == bottom)
             return {};
         ENTER_FRAME;
@@ -940,9 +958,11 @@ slowArithmetic:
     OPERATION(op_newScript)
     {
         MAY_FAIL;
-        Value script = heap.script(frame->function->prototype->program->prototypes[size_t(pc->wide)].get());
-        script.script()->outer = frame->script;
-        registers[pc->a] = std::move(script);
+        {
+            Value script = heap.script(frame->function->prototype->program->prototypes[size_t(pc->wide)].get());
+            script.script()->outer = frame->script;
+            registers[pc->a] = std::move(script);
+        }
         NEXT;
     }
     OPERATION(op_newHandler)
@@ -954,8 +974,10 @@ slowArithmetic:
     OPERATION(op_log)
     {
         MAY_FAIL;
-        const Value value = contentsOf(defined(*frame, pc->a, OPERAND(pc->a)));
-        host.log(value.is(Kind::text) ? utf8(value) : display(value));
+        {
+            const Value value = contentsOf(defined(*frame, pc->a, OPERAND(pc->a)));
+            host.log(value.is(Kind::text) ? utf8(value) : display(value));
+        }
         NEXT;
     }
 }
