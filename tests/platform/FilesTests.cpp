@@ -9,8 +9,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <fstream>
 #include <numeric>
+#include <thread>
 #include <vector>
 
 namespace
@@ -165,6 +167,26 @@ TEST(FileReferences, ManyInBoundedSpace)
     fs::rename(folder / "in", folder / "out");
     EXPECT_EQ(pathOf(refs[0]), folder / "out/here/0");
     EXPECT_EQ(pathOf(refs[3]), folder / "out/here/three");
+}
+
+/// A descriptor keeps a deleted file's room on the disk taken.
+TEST(FileReferences, LetGoOfLargeAndDeletedFiles)
+{
+    const TemporaryFolder folder;
+    const FSRef kept = refOf(folder.write("kept", ""));
+    const size_t before = openDescriptors();
+    ASSERT_EQ(truncate(folder.write("large", "").c_str(), 1 << 30), 0);
+    const FSRef large = refOf(folder / "large");
+    EXPECT_EQ(openDescriptors(), before);
+    fs::rename(folder / "large", folder / "large, renamed");
+    EXPECT_EQ(pathOf(large), folder / "large, renamed");
+    const FSRef small = refOf(folder.write("small", ""));
+    EXPECT_EQ(openDescriptors(), before + 1);
+    fs::remove(folder / "small");
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+    EXPECT_EQ(pathOf(kept), folder / "kept");
+    EXPECT_LE(openDescriptors(), before);
+    EXPECT_EQ(pathOf(small), kGone);
 }
 
 TEST(FileReferences, LinksAndOddPaths)
