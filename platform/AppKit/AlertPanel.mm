@@ -5,6 +5,7 @@
 #import <Tarvik/support/Retained.h>
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 namespace {
@@ -27,8 +28,13 @@ NSTextField *label(NSString *text, NSFont *font, CGFloat width)
     [field setBezeled:NO];
     [field setDrawsBackground:NO];
     [[field cell] setWraps:YES];
-    const NSSize size = [[field cell] cellSizeForBounds:NSMakeRect(0, 0, width, 10000)];
-    [field setFrameSize:NSMakeSize(width, [text length] ? size.height : 0)];
+    // As the cell breaks it into lines; its own answer counts only the lines that the text has itself.
+    constexpr CGFloat kCellMargin = 4;
+    NSDictionary *look = [NSDictionary dictionaryWithObject:font forKey:NSFontAttributeName];
+    const NSRect lines = [[field stringValue] boundingRectWithSize:NSMakeSize(width - kCellMargin, 10000)
+                                                           options:NSStringDrawingUsesLineFragmentOrigin
+                                                        attributes:look];
+    [field setFrameSize:NSMakeSize(width, [text length] ? ceil(lines.size.height) + kCellMargin : 0)];
     return field;
 }
 
