@@ -274,7 +274,8 @@ void assign(T *&place, T *object)
 - (void)applicationDidBecomeActive:(NSNotification *)notification
 {
     (void)notification;
-    if (mTimer)
+    // Window managers that hand the focus to and fro are not asked along.
+    if (mLastSurvey && -[mLastSurvey timeIntervalSinceNow] > 1)
         [self survey];
 }
 
