@@ -63,7 +63,7 @@ void write(NSArray *rows, NSPasteboard *pasteboard, NSData *numbers)
 }
 
 /// Nil when there is none of the type, and when what calls itself so is no property list, at which the platform raises.
-id propertyList(NSPasteboard *pasteboard, NSString *type)
+id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
 {
     id list = nil;
     tarvik::attempt([&] { list = [[pasteboard types] containsObject:type] ? [pasteboard propertyListForType:type] : nil; });
@@ -318,11 +318,11 @@ id propertyList(NSPasteboard *pasteboard, NSString *type)
         [self rowsChanged];
         return YES;
     }
-    if (NSArray *rows = shelf::adoptedRows(propertyList(pasteboard, kRowsType)); [rows count]) {
+    if (NSArray *rows = shelf::adoptedRows(pastedPropertyList(pasteboard, kRowsType)); [rows count]) {
         [self addRows:rows atIndex:place];
         return YES;
     }
-    NSArray *paths = strings(propertyList(pasteboard, NSFilenamesPboardType));
+    NSArray *paths = strings(pastedPropertyList(pasteboard, NSFilenamesPboardType));
     [self addPaths:paths atIndex:place];
     return [paths count] > 0;
 }
@@ -339,12 +339,12 @@ id propertyList(NSPasteboard *pasteboard, NSString *type)
 {
     (void)sender;
     NSPasteboard *pasteboard = [NSPasteboard generalPasteboard];
-    if (NSArray *rows = shelf::adoptedRows(propertyList(pasteboard, kRowsType)); [rows count]) {
+    if (NSArray *rows = shelf::adoptedRows(pastedPropertyList(pasteboard, kRowsType)); [rows count]) {
         [self performSelector:@selector(rowsChanged) withObject:nil afterDelay:0];
         [self performSelector:@selector(survey) withObject:nil afterDelay:0];
         return shelf::unknownRows(rows, shelf::pathsOf([controller datasourceArray]));
     }
-    NSArray *paths = strings(propertyList(pasteboard, NSFilenamesPboardType));
+    NSArray *paths = strings(pastedPropertyList(pasteboard, NSFilenamesPboardType));
     if (![paths count] && [[pasteboard types] containsObject:NSStringPboardType])
         paths = pathsInText([pasteboard stringForType:NSStringPboardType]);
     if ([paths count])

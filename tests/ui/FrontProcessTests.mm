@@ -76,10 +76,10 @@ protected:
                                                                       name + "\"; CFBundleSignature = \"" + name + "\"; }");
         return root_ / (name + ".app");
     }
-    void start(const std::string &program, const char *titles)
+    void start(const std::string &program, const char *titles, const char *word = nullptr)  // GNUstep would open the word as a file
     {
         setenv("WINDOW_PEER", titles, 1);
-        char *words[] = {const_cast<char *>(program.c_str()), nullptr};  // GNUstep would open a word as a file
+        char *words[] = {const_cast<char *>(program.c_str()), const_cast<char *>(word), nullptr};
         pid_t pid = 0;
         ASSERT_EQ(posix_spawn(&pid, program.c_str(), nullptr, nullptr, words, environ), 0);
         children_.push_back(pid);
@@ -152,7 +152,7 @@ TEST_F(FrontProcess, ChangesHandsBetweenApplications)
     EXPECT_EQ(stacking().size(), 3u) << "nothing was started";
 
     // One that has no window.
-    start("/bin/cat", "");
+    start("/bin/sleep", "", "60");
     ASSERT_EQ(GetProcessForPID(children_[2], &number), noErr);
     EXPECT_EQ(SetFrontProcess(&number), appIsDaemon);
     EXPECT_TRUE(isFront(pen));
