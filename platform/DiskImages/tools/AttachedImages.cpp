@@ -129,7 +129,7 @@ void addLoopDevices(std::vector<AttachedImage> &images, const std::vector<Mount>
     std::sort(loops.begin(), loops.end());
     for (const auto &[number, folder] : loops) {
         AttachedImage image;
-        image.path = withoutDeletion(attribute(folder / "loop/backing_file"));
+        image.path = loopBacking(number);
         if (image.path.empty())
             continue;  // went meanwhile
         image.loopNumber = number;
@@ -239,6 +239,11 @@ std::vector<Mount> parseMounts(std::string_view mountinfo)
 }
 
 std::vector<Mount> currentMounts() { return parseMounts(contents("/proc/self/mountinfo")); }
+
+std::string loopBacking(int number)
+{
+    return withoutDeletion(attribute("/sys/block/loop" + std::to_string(number) + "/loop/backing_file"));
+}
 
 std::vector<AttachedImage> attachedImages()
 {

@@ -35,6 +35,9 @@ struct AttachedImage {
 /// Loop devices by number, then FUSE mounts in their order.
 std::vector<AttachedImage> attachedImages();
 
+/// The file behind /dev/loopNUMBER at this moment, also when its name is gone; empty when there is none.
+std::string loopBacking(int number);
+
 /// The report: a property list with "images", each with its "image-path" and "system-entities".
 std::string reportPropertyList(const std::vector<AttachedImage> &images);
 std::string reportText(const std::vector<AttachedImage> &images);

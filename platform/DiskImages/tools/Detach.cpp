@@ -4,7 +4,6 @@
 #include "Verbs.h"
 
 #include <Tarvik/support/Handle.h>
-#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <fcntl.h>
@@ -55,10 +54,11 @@ bool unmountOnce(const std::string &point, bool fuse, bool force)
     return false;
 }
 
+constexpr int kAttempts = 10;
+constexpr timespec kBetween{0, 100'000'000};
+
 void unmount(const std::string &point, bool fuse, bool force)
 {
-    constexpr int kAttempts = 10;
-    constexpr timespec kBetween{0, 100'000'000};
     for (int attempt = 1; !unmountOnce(point, fuse, force); ++attempt) {
         const int error = errno;
         if (error == EINVAL)
@@ -70,14 +70,25 @@ void unmount(const std::string &point, bool fuse, bool force)
     }
 }
 
-/// A device that was set up to stay goes too: the image is ejected. (Ours, and mount's, are gone with the
-/// mount.)
-void release(int number)
+/// A device that was set up to stay goes too: the image is ejected. (Ours, and mount's, go with the mount.)
+/// The kernel lets go of the image when the last of those who have the device open closes it: somebody who
+/// looks for a free device has it open for a moment.
+void release(const AttachedImage &image)
 {
-    const std::string name = "/dev/loop" + std::to_string(number);
-    const tarvik::FileDescriptor device(open(name.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!device || (ioctl(device.get(), LOOP_CLR_FD) != 0 && errno != ENXIO))
-        throw systemFailure(name);
+    const std::string name = "/dev/loop" + std::to_string(image.loopNumber);
+    for (int attempt = 1; loopBacking(image.loopNumber) == image.path; ++attempt) {
+        if (attempt > 1)
+            nanosleep(&kBetween, nullptr);
+        if (attempt == kAttempts)
+            throw Failure("couldn't detach " + image.path + ": a program has " + name + " open");
+        const tarvik::FileDescriptor device(open(name.c_str(), O_RDONLY | O_CLOEXEC));
+        if (!device)
+            throw systemFailure(name);
+        // While it is open here, the device can't become another image's.
+        if (loopBacking(image.loopNumber) == image.path && ioctl(device.get(), LOOP_CLR_FD) != 0 &&
+            errno != ENXIO)
+            throw systemFailure(name);
+    }
 }
 
 }  // namespace
@@ -91,13 +102,8 @@ void detach(const std::string &what, bool force)
         unmount(entity->mountPoint, image.fuse, force);
         removeMountFolder(entity->mountPoint);
     }
-    if (image.loopNumber < 0)
-        return;
-    const auto left = attachedImages();
-    if (std::any_of(left.begin(), left.end(), [&](const AttachedImage &other) {
-            return other.loopNumber == image.loopNumber && other.path == image.path;
-        }))
-        release(image.loopNumber);
+    if (image.loopNumber >= 0)
+        release(image);
 }
 
 }  // namespace diskimages
