@@ -323,31 +323,31 @@ public:
     void drop(uint32_t node)
     {
         std::lock_guard lock(lock_);
-        if (const auto known = places_.find(node); known != places_.end()) {
-            kept_[known->second].descriptor.reset();
-            places_.erase(known);
-        }
+        if (const auto known = places_.find(node); known != places_.end())
+            letGo(kept_[known->second]);
     }
     bool holds(uint32_t node)
     {
         std::lock_guard lock(lock_);
         return places_.contains(node);
     }
-    /// Lets go of what has been deleted, once in a while; which items those were.
-    std::vector<uint32_t> dropDeleted()
+    /// Lets go of what has been deleted or has grown large, once in a while; which items were deleted.
+    std::vector<uint32_t> sweep()
     {
         std::vector<uint32_t> deleted;
         std::lock_guard lock(lock_);
         if (Clock::now() - swept_ < kSweepPause)
             return deleted;
         swept_ = Clock::now();
-        for (Kept &kept : kept_)
-            if (struct statx item;
-                kept.descriptor && status(kept.descriptor.get(), "", item) == 0 && item.stx_nlink == 0) {
-                kept.descriptor.reset();
-                places_.erase(kept.node);
+        for (Kept &kept : kept_) {
+            struct statx item;
+            if (!kept.descriptor || status(kept.descriptor.get(), "", item) != 0 ||
+                (item.stx_nlink > 0 && item.stx_size <= kLargestHeld))
+                continue;
+            letGo(kept);
+            if (item.stx_nlink == 0)
                 deleted.push_back(kept.node);
-            }
+        }
         return deleted;
     }
     enum class State { unknown, deleted, here };
@@ -375,6 +375,12 @@ private:
         bool wasUsed = false;
         FileDescriptor descriptor;
     };
+    void letGo(Kept &kept)
+    {
+        kept.descriptor.reset();
+        places_.erase(kept.node);
+    }
+
     std::mutex lock_;
     std::array<Kept, kDescriptors> kept_;
     std::unordered_map<uint32_t, size_t> places_;
@@ -541,7 +547,7 @@ private:
 
 void sweepDescriptors()
 {
-    for (const uint32_t node : descriptors().dropDeleted())
+    for (const uint32_t node : descriptors().sweep())
         table().setGone(node);
 }
 
@@ -697,10 +703,13 @@ OSErr locate(const FSRef *ref, std::string &path, struct statx *found)
         return fnfErr;  // made by another process
     sweepDescriptors();
     struct statx item;
-    const OSErr error = locateNode(copy.node, path, item, kDepth);
-    if (error == noErr && found)
+    if (const OSErr error = locateNode(copy.node, path, item, kDepth); error != noErr)
+        return error;
+    if (item.stx_size > kLargestHeld)
+        descriptors().drop(copy.node);  // it may have grown since
+    if (found)
         *found = item;
-    return error;
+    return noErr;
 }
 
 OSErr identity(const FSRef *ref, Identity &identity)

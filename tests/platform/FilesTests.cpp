@@ -180,7 +180,10 @@ TEST(FileReferences, LetGoOfLargeAndDeletedFiles)
     EXPECT_EQ(openDescriptors(), before);
     fs::rename(folder / "large", folder / "large, renamed");
     EXPECT_EQ(pathOf(large), folder / "large, renamed");
-    const FSRef small = refOf(folder.write("small", ""));
+    const FSRef small = refOf(folder.write("small", "")), growing = refOf(folder.write("growing", ""));
+    EXPECT_EQ(openDescriptors(), before + 2);
+    ASSERT_EQ(truncate((folder / "growing").c_str(), 1 << 30), 0);
+    EXPECT_EQ(pathOf(growing), folder / "growing");
     EXPECT_EQ(openDescriptors(), before + 1);
     fs::remove(folder / "small");
     std::this_thread::sleep_for(std::chrono::milliseconds(1100));

@@ -10,8 +10,9 @@
 ///   3. a search of the folders around that one, up to a limit, not repeated within a second.
 ///
 /// Descriptors are kept for the volumes of "/", the home and the temporary folder only: one would keep another volume from
-/// being unmounted. They are not kept of files above 16 MiB, and those of deleted items are closed by whatever is asked a
-/// second later: one keeps the file's room on the disk taken.
+/// being unmounted. They are not kept of files above 16 MiB (that of a file which grew is closed when the
+/// file is next asked for), and those of deleted items are closed by whatever is asked a second later: one keeps the file's room
+/// on the disk taken.
 #pragma once
 #include <Carbon/Files.h>
 #include <sys/stat.h>
