@@ -1,6 +1,8 @@
 #include "HTTPEngine.h"
 
 #include <poll.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 
@@ -69,8 +71,14 @@ Engine &Engine::current()
 
 Engine::Engine(HTTPEngineWatcher *watcher)
     : watcher_(watcher), loop_([[NSRunLoop currentRunLoop] retain]),
-      clock_(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC))
+      clock_(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)),
+      bell_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)), clockAndBell_(epoll_create1(EPOLL_CLOEXEC))
 {
+    for (const int descriptor : {clock_.get(), bell_.get()}) {
+        epoll_event event{};
+        event.events = EPOLLIN;
+        epoll_ctl(clockAndBell_.get(), EPOLL_CTL_ADD, descriptor, &event);
+    }
     static std::once_flag once;
     std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
     multi_ = curl_multi_init();
@@ -159,9 +167,11 @@ void Engine::resume(const std::shared_ptr<Transfer> &transfer)
 
 void Engine::descriptorIsReady(int descriptor, int events)
 {
-    if (descriptor == clock_.get()) {
+    if (descriptor == clockAndBell_.get()) {
         uint64_t count;
-        if (read(descriptor, &count, sizeof count) > 0)
+        if (bellRang_ && read(bell_.get(), &count, sizeof count) > 0)
+            bellRang_ = false;
+        if (clockDate_ && *clockDate_ <= Clock::now() && read(clock_.get(), &count, sizeof count) > 0)
             clockDate_.reset();
         endIdle(Clock::now());
     } else {
@@ -313,29 +323,43 @@ int Engine::onTimer(CURLM *, long milliseconds, void *self)
     return 0;
 }
 
+void Engine::watchClock(bool watched)
+{
+    if (watched == clockIsWatched_)
+        return;
+    clockIsWatched_ = watched;
+    void *const data = reinterpret_cast<void *>(intptr_t(clockAndBell_.get()));
+    if (watched)
+        [loop_ addEvent:data type:ET_RDESC watcher:watcher_ forMode:NSDefaultRunLoopMode];
+    else
+        [loop_ removeEvent:data type:ET_RDESC forMode:NSDefaultRunLoopMode all:YES];
+}
+
 /// Sets the clock to what is due next. It may ring early: then nothing is due and it is set anew.
 void Engine::armClock()
 {
+    const auto now = Clock::now();
     std::optional<Clock::time_point> due;
     const auto consider = [&](Clock::time_point date) { due = due ? std::min(*due, date) : date; };
     for (const auto &transfer : running_) {
         if (transfer->hasArrivals())
-            consider(Clock::now());
+            consider(now);
         else if (transfer->easy && !transfer->isHeld())
             consider(transfer->idleDeadline());
     }
     if (multiDate_ && !running_.empty())
         consider(*multiDate_);
+    watchClock(!running_.empty());
 
-    void *const data = reinterpret_cast<void *>(intptr_t(clock_.get()));
-    const bool isWatched = clockIsWatched_;
-    clockIsWatched_ = !running_.empty();
-    if (clockIsWatched_ && !isWatched)
-        [loop_ addEvent:data type:ET_RDESC watcher:watcher_ forMode:NSDefaultRunLoopMode];
-    if (!clockIsWatched_ && isWatched)
-        [loop_ removeEvent:data type:ET_RDESC forMode:NSDefaultRunLoopMode all:YES];
-
-    if (!due || (clockDate_ && *clockDate_ <= *due))
+    if (!due)
+        return;
+    if (*due <= now) {
+        constexpr uint64_t kOnce = 1;
+        if (!bellRang_)
+            bellRang_ = write(bell_.get(), &kOnce, sizeof kOnce) == sizeof kOnce;
+        return;
+    }
+    if (clockDate_ && *clockDate_ <= *due)
         return;
     clockDate_ = due;
     const auto since = due->time_since_epoch();
