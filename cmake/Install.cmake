@@ -1,12 +1,14 @@
 # The installed product: libraries, headers, pkg-config modules, CMake package. (Commands and tools install themselves.)
+# The components are the Debian packages: see Packages.cmake.
 #   include/Tarvik/Tarvik.h            the umbrella            include/Tarvik/<room>/*.h
 #   include/Tarvik/platform/Carbon/... the platform's headers, found under their own names through the modules' flags
-set(libraries tarvik)
+install(TARGETS tarvik tarvik_gnustep_base tarvik_gnustep_gui EXPORT TarvikTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT libtarvik NAMELINK_COMPONENT libtarvik-dev)
 if(TARGET tarvik-ui)
-  list(APPEND libraries tarvik-ui)
+  install(TARGETS tarvik-ui EXPORT TarvikTargets
+          LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT libtarvik-ui NAMELINK_COMPONENT libtarvik-dev)
 endif()
-install(TARGETS ${libraries} tarvik_gnustep_base tarvik_gnustep_gui EXPORT TarvikTargets
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME libtarvik-dev)
 set_target_properties(tarvik PROPERTIES EXPORT_NAME Tarvik)
 if(TARGET tarvik-ui)
   set_target_properties(tarvik-ui PROPERTIES EXPORT_NAME UI)
