@@ -10,9 +10,9 @@
 ///         add(3, 4) + (length of (get title))
 ///     end tell
 ///
-/// The standard properties are name and version, of the main bundle; `running` needs no dictionary, and neither does the name. Everything else stays unanswered
-/// until the host registers it; `open`, `activate` and `quit` are the host's own handlers (AppleEventInstallHandler). Names are compared without
-/// regard to case. A later registration of a name takes the place of an earlier one. Thread: main; the functions are called there.
+/// The standard properties are name and version, of the main bundle. Scripts get those, `running`, `frontmost`, `activate` and `open` of any program, without
+/// a dictionary; everything else stays unanswered until the host registers it, and `quit` is the host's own handler (AppleEventInstallHandler), as are better
+/// answers to the others. Names are compared without regard to case. A later registration of a name takes the place of an earlier one. Thread: main; the functions are called there.
 #pragma once
 #include <Carbon/AEDataModel.h>
 #include <CoreFoundation/CFString.h>

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <dlfcn.h>
 #include <fstream>
 #include <memory>
 #include <unistd.h>
@@ -17,6 +18,13 @@ volatile std::sig_atomic_t gInterrupted = 0;
 
 /// Ctrl-C stops the script, not the command.
 OSErr stopWhenInterrupted(SRefCon) { return gInterrupted ? OSErr(userCanceledErr) : OSErr(noErr); }
+
+/// Dialogs and the clipboard need the library with windows; most scripts don't.
+void loadWindows()
+{
+    if (!dlopen("libtarvik-ui.so.0", RTLD_NOW | RTLD_GLOBAL))
+        std::fprintf(stderr, "tarvik script: dialogs and the clipboard are not available: %s\n", dlerror());
+}
 
 OSAID compiled(Scripting &scripting, const std::string &source, const std::string &name)
 {
@@ -61,6 +69,7 @@ int run(const Arguments &arguments)
 {
     const auto lines = arguments.values("execute");
     auto words = arguments.rest();
+    OSASetInteractionLoader(loadWindows);
     Scripting scripting;
     if (lines.empty() && words.empty() && isatty(STDIN_FILENO) && !arguments.has("output"))
         return promptForScripts(scripting);
@@ -103,10 +112,13 @@ const Registration registration({
     .usage = "[OPTION]... [FILE [ARGUMENT]...]",
     .details = "Runs a script file (source text or compiled), the lines given with -e, or standard input, and prints the result. Arguments\n"
                "become the list that the script's run handler is given. Without a file at a terminal: a prompt.\n"
-               "An error names the line and column where it happened; the exit status is 1 then.\n\n"
+               "An error names the line and column where it happened; the exit status is 1 then.\n"
+               "Scripts may tell other programs, show dialogs and use the clipboard, where there is a display.\n\n"
                "Examples:\n"
                "  tarvik script -e 'words of \"to be or not to be\"'\n"
                "  tarvik script --display=source report.applescript 2026\n"
+               "  tarvik script -e 'tell application \"Shelf\" to activate'\n"
+               "  tarvik script -e 'display dialog \"Your name?\" default answer \"\"'\n"
                "  tarvik script -o report.scpt report.applescript && tarvik script report.scpt\n"
                "  tarvik script",
     .options = {{'e', "execute", "LINE", "a line of the script (any number of times)"},

@@ -89,6 +89,18 @@ void draw(NSString *sign, NSPoint middle, CGFloat size)
                    helpCode:(NSInteger)helpCode
                     movable:(BOOL)movable
 {
+    AlertExtras extras;
+    extras.helpCode = helpCode;
+    extras.movable = movable;
+    return [self alertOfKind:kind message:message explanation:explanation buttons:buttons extras:extras];
+}
+
++ (AlertPanel *)alertOfKind:(AlertKind)kind
+                    message:(NSString *)message
+                explanation:(NSString *)explanation
+                    buttons:(const std::vector<AlertButton> &)buttons
+                     extras:(const AlertExtras &)extras
+{
     NSFont *font = [NSFont systemFontOfSize:[NSFont systemFontSize]];
     NSTextField *head = label(message, [NSFont boldSystemFontOfSize:[NSFont systemFontSize] + 1], kTextWidth);
     NSTextField *body = label(explanation, font, kTextWidth);
@@ -113,20 +125,21 @@ void draw(NSString *sign, NSPoint middle, CGFloat size)
         if (!each.title)
             continue;
         NSButton *button = make(each, kLeastButton);
-        [[right count] < 2 ? right : left addObject:button];
+        [extras.buttonsTogether || [right count] < 2 ? right : left addObject:button];
         wanted += [button frame].size.width + kGap;
     }
-    if (helpCode) {
-        [left addObject:make({@"?", helpCode}, kButtonHeight)];
+    if (extras.helpCode) {
+        [left addObject:make({@"?", extras.helpCode}, kButtonHeight)];
         wanted += kButtonHeight + kGap;
     }
     const CGFloat width = std::max(kMargin + kIcon + kMargin + kTextWidth, wanted + kMargin) + kMargin;
     const CGFloat space = [body frame].size.height > 0 ? kGap : 0;
-    const CGFloat text = std::max(kIcon, [head frame].size.height + space + [body frame].size.height);
+    const CGFloat field = extras.field ? [extras.field frame].size.height : 0;
+    const CGFloat text = std::max(kIcon, [head frame].size.height + space + [body frame].size.height + (field > 0 ? field + kGap : 0));
     const CGFloat height = kMargin + text + kMargin + kButtonHeight + kMargin;
 
     AlertPanel *panel = [[[self alloc] initWithContentRect:NSMakeRect(0, 0, width, height)
-                                                 styleMask:movable ? NSTitledWindowMask : NSBorderlessWindowMask
+                                                 styleMask:extras.movable ? NSTitledWindowMask : NSBorderlessWindowMask
                                                    backing:NSBackingStoreBuffered
                                                      defer:NO] autorelease];
     [panel setReleasedWhenClosed:NO];
@@ -141,6 +154,12 @@ void draw(NSString *sign, NSPoint middle, CGFloat size)
     [body setFrameOrigin:NSMakePoint(2 * kMargin + kIcon, NSMinY([head frame]) - space - [body frame].size.height)];
     [content addSubview:head];
     [content addSubview:body];
+    if (extras.title)
+        [panel setTitle:extras.title];
+    if (extras.field) {
+        [extras.field setFrame:NSMakeRect(2 * kMargin + kIcon, NSMinY([body frame]) - kGap - field, kTextWidth, field)];
+        [content addSubview:extras.field];
+    }
     CGFloat edge = width - kMargin;
     for (NSButton *button : tarvik::each<NSButton>(right)) {
         [button setFrameOrigin:NSMakePoint(edge - [button frame].size.width, kMargin)];
@@ -159,7 +178,9 @@ void draw(NSString *sign, NSPoint middle, CGFloat size)
         if ([[button keyEquivalent] isEqual:@"\r"])
             [panel setDefaultButtonCell:[button cell]];
     }
-    if ([right count])
+    if (extras.field)
+        [panel setInitialFirstResponder:extras.field];
+    else if ([right count])
         [panel setInitialFirstResponder:[right objectAtIndex:0]];
     return panel;
 }
@@ -182,8 +203,20 @@ void draw(NSString *sign, NSPoint middle, CGFloat size)
 
 - (void)endWithCode:(NSInteger)code
 {
-    if ([NSApp modalWindow] == self)
+    if ([NSApp modalWindow] == self) {
         [NSApp stopModalWithCode:code];
+        // The loop looks again with the next event; from a timer there may be none.
+        [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined
+                                            location:NSZeroPoint
+                                       modifierFlags:0
+                                           timestamp:0
+                                        windowNumber:[self windowNumber]
+                                             context:nil
+                                             subtype:0
+                                               data1:0
+                                               data2:0]
+                 atStart:NO];
+    }
     else
         [NSApp endSheet:self returnCode:code];
 }

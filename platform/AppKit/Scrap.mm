@@ -3,7 +3,10 @@
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFString.h>
 #import <Foundation/Foundation.h>
+#import <Tarvik/support/ArrayRange.h>
 #import <Tarvik/support/Guard.h>
+
+#include "platform/AppKit/private/ScrapFlavors.h"
 
 #include <algorithm>
 #include <bit>
@@ -18,6 +21,9 @@ OpaqueScrapRef gScrap;  // there is one clipboard
 constexpr NSStringEncoding kNativeUTF16 =
     std::endian::native == std::endian::little ? NSUTF16LittleEndianStringEncoding : NSUTF16BigEndianStringEncoding;
 
+/// Before the code of a flavor that the pasteboard has no type for.
+constexpr char kOwnType[] = "CorePasteboardFlavorType 0x";
+
 bool isText(ScrapFlavorType flavor) { return flavor == kScrapFlavorTypeText || flavor == kScrapFlavorTypeUnicode; }
 
 /// The pasteboard's type for a flavor; one that has no own is passed under its code.
@@ -29,8 +35,21 @@ NSString *typeOf(ScrapFlavorType flavor)
     case kScrapFlavorTypeTIFF: return NSTIFFPboardType;
     case kScrapFlavorTypePDF: return NSPDFPboardType;
     case kScrapFlavorTypeRTF: return NSRTFPboardType;
-    default: return [NSString stringWithFormat:@"CorePasteboardFlavorType 0x%08X", unsigned(flavor)];
+    default: return [NSString stringWithFormat:@"%s%08X", kOwnType, unsigned(flavor)];
     }
+}
+
+/// 0 for a type that is no flavor.
+ScrapFlavorType flavorOf(NSString *type)
+{
+    for (const ScrapFlavorType known : {kScrapFlavorTypeText, kScrapFlavorTypeTIFF, kScrapFlavorTypePDF, kScrapFlavorTypeRTF})
+        if ([type isEqualToString:typeOf(known)])
+            return known;
+    unsigned code = 0;
+    NSString *const prefix = [NSString stringWithUTF8String:kOwnType];
+    if ([type hasPrefix:prefix])
+        [[NSScanner scannerWithString:[type substringFromIndex:[prefix length]]] scanHexInt:&code];
+    return code;
 }
 
 NSData *bytesOfText(NSString *text, ScrapFlavorType flavor)
@@ -78,6 +97,16 @@ OSStatus copyFlavor(ScrapRef scrap, ScrapFlavorType flavor, NSData *&data)
 }
 
 }  // namespace
+
+OSStatus tarvik::scrapFlavors(std::vector<ScrapFlavorType> &flavors)
+{
+    return onPasteboard([&](NSPasteboard *pasteboard) -> OSStatus {
+        for (NSString *type : each<NSString>([pasteboard types]))
+            if (const ScrapFlavorType flavor = flavorOf(type); flavor && std::find(flavors.begin(), flavors.end(), flavor) == flavors.end())
+                flavors.push_back(flavor);
+        return noErr;
+    });
+}
 
 OSStatus GetCurrentScrap(ScrapRef *outScrap)
 {

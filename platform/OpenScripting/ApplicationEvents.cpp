@@ -1,53 +1,17 @@
 // What scripts tell applications, as Apple events: commands, subroutines, properties read and written.
+#include "private/Applications.h"
 #include "private/Component.h"
 
 #include <Carbon/AEInteraction.h>
 #include <Carbon/AERegistry.h>
-#include <Carbon/Processes.h>
 
-#include <filesystem>
-#include <strings.h>
+#include <algorithm>
 
 namespace tarvik::osa {
 
 namespace {
 
 constexpr uint32_t kSubroutineClass = code("ascr"), kSubroutine = code("psbr"), kSubroutineName = code("snam"), kLaunched = code("noop");
-
-/// What users call a process: its application's folder, else its executable.
-std::string nameOf(const ProcessSerialNumber &number)
-{
-    pid_t process = 0;
-    if (GetProcessPID(&number, &process) != noErr)
-        return "";
-    std::error_code failed;
-    const auto executable = std::filesystem::read_symlink("/proc/" + std::to_string(process) + "/exe", failed);
-    for (auto folder = executable.parent_path(); folder.has_relative_path(); folder = folder.parent_path()) {
-        if (folder.extension() == ".app")
-            return folder.stem();
-    }
-    std::string name = executable.filename();
-    if (name.ends_with(" (deleted)"))
-        name.resize(name.size() - 10);
-    return name;
-}
-
-/// The running processes of that name, the latest first; the script's own for no name.
-std::vector<ProcessSerialNumber> processesNamed(const std::string &name)
-{
-    std::vector<ProcessSerialNumber> found;
-    ProcessSerialNumber number = {0, kCurrentProcess};
-    if (name.empty() || !strcasecmp(name.c_str(), nameOf(number).c_str())) {
-        GetCurrentProcess(&number);
-        return {number};
-    }
-    number = {0, kNoProcess};
-    while (GetNextProcess(&number) == noErr) {
-        if (!strcasecmp(nameOf(number).c_str(), name.c_str()))
-            found.insert(found.begin(), number);
-    }
-    return found;
-}
 
 // The idle function knows nothing of who waits.
 thread_local ComponentHost *gWaiting = nullptr;
@@ -68,21 +32,22 @@ Boolean idle(EventRecord *, SInt32 *sleepTime, RgnHandle *)
 /// Sends an event and waits for the reply. Its error, as it comes from the application.
 class Message {
 public:
-    Message(Machine &machine, ComponentHost &host, std::string application) : machine_(machine), host_(host), application_(std::move(application)) {}
+    Message(Machine &machine, ComponentHost &host, std::string application)
+        : machine_(machine), host_(host), application_(std::move(application)), targets_(applications::running(application_))
+    {
+    }
+    const std::vector<ProcessSerialNumber> &targets() const { return targets_; }
 
     /// `fill` puts the parameters in.
     template <class Fill>
     OSErr send(AEEventClass eventClass, AEEventID eventID, Fill fill)
     {
-        auto targets = processesNamed(application_);
-        // An identifier of a bundle names an application, too.
-        const bool byIdentifier = targets.empty() && application_.find('.') != std::string::npos;
-        if (targets.empty() && !byIdentifier)
+        // An identifier of a bundle may be known to the receivers only.
+        const bool byIdentifier = targets_.empty() && application_.find('.') != std::string::npos;
+        if (targets_.empty() && !byIdentifier)
             notRunning(machine_, application_);
-        if (byIdentifier)
-            targets.push_back({});
         OSErr error = procNotFound;
-        for (const ProcessSerialNumber &target : targets) {
+        for (const ProcessSerialNumber &target : byIdentifier ? std::vector<ProcessSerialNumber>{{}} : targets_) {
             Descriptor address, event;
             if (byIdentifier)
                 AECreateDesc(typeApplicationBundleID, application_.data(), Size(application_.size()), &address);
@@ -97,14 +62,14 @@ public:
                 error = OSErr(AESend(&event, &reply_, kAEWaitReply, kAENormalPriority, kAEDefaultTimeout, idle, nullptr));
                 gWaiting = nullptr;
             }
-            if (gStopped) {
-                ScriptError stop{gStopped, messageFor(gStopped)};
-                stop.stops = true;
-                throw stop;
-            }
+            if (gStopped)
+                machine_.stop(gStopped);
             if (error != procNotFound)
                 break;
         }
+        // It runs, and takes no events.
+        if (error == procNotFound && isRunning())
+            return errAEEventNotHandled;
         SInt32 number = 0;
         if (error == noErr && AEGetParamPtr(&reply_, keyErrorNumber, typeSInt32, nullptr, &number, sizeof number, nullptr) == noErr)
             return OSErr(number);
@@ -124,13 +89,26 @@ public:
             notRunning(machine_, application_);
         Descriptor text;
         const std::string said = AEGetParamDesc(&reply_, keyErrorString, typeUTF8Text, &text) == noErr ? text.bytes() : otherwise.empty() ? messageFor(error) : otherwise;
+        refuse(error, said);
+    }
+    [[noreturn]] void refuse(OSErr error, const std::string &said)
+    {
         raise(error, (application_.empty() ? "current application" : application_) + " got an error: " + said, machine_.heap.application(application_));
     }
 
 private:
+    bool isRunning() const
+    {
+        return std::any_of(targets_.begin(), targets_.end(), [](const ProcessSerialNumber &target) {
+            pid_t process = 0;
+            return GetProcessPID(&target, &process) == noErr;
+        });
+    }
+
     Machine &machine_;
     ComponentHost &host_;
     const std::string application_;
+    const std::vector<ProcessSerialNumber> targets_;
     Descriptor reply_;
 };
 
@@ -149,24 +127,67 @@ const Value &rootOf(const Value &place)
     return *value;
 }
 
-/// What every process answers, though it has no dictionary. No value: not that.
-Value knownProperty(Machine &machine, ComponentHost &host, const Value &place)
+// --- what every program answers, though it has no handler and no dictionary -----------------------------
+
+/// No value: not that.
+Value knownProperty(Machine &machine, const Value &place, const std::vector<ProcessSerialNumber> &processes)
 {
     const Reference *reference = place.reference();
     if (reference->specifier.form != Specifier::property || !reference->container.is(Kind::application))
         return {};
-    const std::string &name = reference->container.application()->name;
-    const auto processes = processesNamed(name);
-    switch (reference->specifier.name) {
-    case Word::running: return Value::of(!processes.empty());
-    case Word::name:
-    case Word::displayedName:
-        if (name.empty())
-            return machine.heap.text(host.programName());
-        if (!processes.empty())
-            return machine.heap.text(nameOf(processes[0]));
+    const auto text = [&](const std::optional<std::string> &said) { return said ? machine.heap.text(*said) : Value(); };
+    if (reference->specifier.name == Word::running)
+        return Value::of(!processes.empty());
+    if (processes.empty())
         return {};
+    switch (reference->specifier.name) {
+    case Word::name:
+    case Word::displayedName: return text(applications::nameOf(processes[0]));
+    case Word::version: return text(applications::versionOf(processes[0]));
+    case Word::id: return text(applications::identifierOf(processes[0]));
+    case Word::frontmost: return Value::of(std::any_of(processes.begin(), processes.end(), applications::isFrontmost));
     default: return {};
+    }
+}
+
+void bringToFront(Message &message)
+{
+    OSErr error = procNotFound;
+    for (const ProcessSerialNumber &process : message.targets())
+        if ((error = SetFrontProcess(&process)) == noErr)
+            return;
+    message.refuse(error, error == appIsDaemon ? "It has no windows." : error == connectionInvalid ? "There is no window manager that could bring it to the front." : messageFor(error));
+}
+
+/// POSIX paths of a list of files.
+std::vector<std::string> pathsOf(Machine &machine, const Value &files)
+{
+    std::vector<std::string> paths;
+    const Value list = machine.coerced(files, type::list);
+    for (const Value &file : list.list()->items)
+        paths.push_back(machine.path(file));
+    return paths;
+}
+
+/// A command that the program doesn't know is carried out from outside, where that takes nothing out of its hands. False: it can't be.
+bool standsIn(Machine &machine, Message &message, AEEventID eventID, const Value &direct)
+{
+    switch (eventID) {
+    case kAEActivate: return bringToFront(message), true;
+    case kLaunched: return true;
+    case kAEOpenDocuments: return applications::open(message.targets()[0], pathsOf(machine, direct)) == noErr;
+    default: return false;
+    }
+}
+
+/// An application that doesn't run is started by the commands that make sense then.
+bool starts(Machine &machine, const std::string &application, AEEventID eventID, const Value &direct)
+{
+    switch (eventID) {
+    case kAEActivate: return applications::launch(application, true) == noErr;
+    case kLaunched: return applications::launch(application, false) == noErr;
+    case kAEOpenDocuments: return applications::launch(application, true, pathsOf(machine, direct)) == noErr;
+    default: return false;
     }
 }
 
@@ -181,6 +202,8 @@ Value ComponentHost::sendEvent(Machine &machine, const std::string &application,
         eventID = kLaunched;
     }
     Message message(machine, *this, application);
+    if (invocation.site.command && message.targets().empty() && starts(machine, application, eventID, invocation.direct))
+        return {};
     const OSErr error = message.send(eventClass, eventID, [&](AppleEvent *event) {
         if (invocation.direct && !invocation.direct.is(Kind::application)) {
             const bool documents = eventClass == kCoreEventClass && eventID == kAEOpenDocuments;
@@ -196,7 +219,7 @@ Value ComponentHost::sendEvent(Machine &machine, const std::string &application,
         for (size_t i = 0; i < invocation.site.codes.size(); ++i)
             putValue(machine, event, invocation.site.codes[i], invocation.values[i]);
     });
-    if (error == errAEEventNotHandled && eventID == kLaunched)
+    if (error == errAEEventNotHandled && invocation.site.command && standsIn(machine, message, eventID, invocation.direct))
         return {};
     if (error != noErr)
         message.fail(error, error == errAEEventNotHandled ? "It doesn’t understand the “" + (invocation.site.command ? std::string(invocation.site.command->phrase) : fourCharacters(eventClass) + fourCharacters(eventID)) + "” message." : "");
@@ -218,15 +241,15 @@ Value ComponentHost::callApplication(Machine &machine, const std::string &applic
 
 Value ComponentHost::applicationProperty(Machine &machine, const Value &place)
 {
-    const std::string application = rootOf(place).application()->name;
+    Message message(machine, *this, rootOf(place).application()->name);
+    // Whether it runs is no question for it.
     if (place.reference()->specifier.form == Specifier::property && place.reference()->specifier.name == Word::running)
-        return knownProperty(machine, *this, place);
-    Message message(machine, *this, application);
+        return knownProperty(machine, place, message.targets());
     const OSErr error = message.send(kAECoreSuite, kAEGetData, [&](AppleEvent *event) { putValue(machine, event, keyDirectObject, place); });
     if (error == noErr)
         return message.result();
-    if (error == errAEEventNotHandled || error == errAEDescNotFound || error == error::notFound || error == procNotFound) {
-        if (const Value known = knownProperty(machine, *this, place))
+    if (error == errAEEventNotHandled || error == errAEDescNotFound || error == error::notFound) {
+        if (const Value known = knownProperty(machine, place, message.targets()))
             return known;
     }
     message.fail(error == errAEEventNotHandled ? OSErr(error::notFound) : error, "Can’t get " + machine.display(place) + ".");
@@ -239,8 +262,13 @@ void ComponentHost::setApplicationProperty(Machine &machine, const Value &place,
         putValue(machine, event, keyDirectObject, place);
         putValue(machine, event, keyAEData, value);
     });
-    if (error != noErr)
-        message.fail(error == errAEEventNotHandled ? OSErr(error::cantAssign) : error, "Can’t set " + machine.display(place) + " to " + machine.display(value) + ".");
+    if (error == noErr)
+        return;
+    const Reference *reference = place.reference();
+    const bool unknown = error == errAEEventNotHandled || error == error::notFound || error == error::cantAssign;
+    if (unknown && reference->specifier.form == Specifier::property && reference->specifier.name == Word::frontmost && reference->container.is(Kind::application) && machine.truth(value))
+        return bringToFront(message);
+    message.fail(error == errAEEventNotHandled ? OSErr(error::cantAssign) : error, "Can’t set " + machine.display(place) + " to " + machine.display(value) + ".");
 }
 
 }  // namespace tarvik::osa

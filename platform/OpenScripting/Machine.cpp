@@ -163,11 +163,15 @@ bool Machine::unwind(ScriptError &error, size_t bottom)
 void Machine::poll()
 {
     ticks_ = kTicks;
-    if (const int32_t number = host.poll()) {
-        ScriptError stop{number, messageFor(number)};
-        stop.stops = true;
-        throw stop;
-    }
+    if (const int32_t number = host.poll())
+        stop(number);
+}
+
+void Machine::stop(int32_t number)
+{
+    ScriptError stop{number, messageFor(number)};
+    stop.stops = true;
+    throw stop;
 }
 
 void Machine::undefinedOperand(const Frame &frame, int operand)

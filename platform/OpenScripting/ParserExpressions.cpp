@@ -144,6 +144,26 @@ int Parser::comparison()
     return none();
 }
 
+/// `application "x" is running`, `it is not frontmost`: the property of what stands before. Null: something else.
+Node *Parser::assertion(Node *left, int op)
+{
+    const Token &before = tokens_[at_ - 1];
+    const bool copula = before.type == Token::word && (before.name == Word::is || before.name == Word::isnt || before.name == Word::not_);
+    const bool truth = isWord(Word::running) || isWord(Word::frontmost);
+    if (!copula || !truth || (op != Node::equal && op != Node::unequal) || isWord(Word::of, 1) || isWord(Word::in, 1) || declared_.count(peek().name))
+        return nullptr;
+    Node *node = make(Node::specifier, left->range);
+    node->spec = {Specifier::property, peek().name, 0};
+    node->a = left;
+    ++at_;
+    node = finished(node);
+    if (op == Node::equal)
+        return node;
+    Node *negation = make(Node::negation, left->range);
+    negation->a = node;
+    return finished(negation);
+}
+
 Node *Parser::equality()
 {
     Node *left = coercion();
@@ -151,6 +171,10 @@ Node *Parser::equality()
         const int op = comparison();
         if (op < 0)
             return left;
+        if (Node *told = assertion(left, op)) {
+            left = told;
+            continue;
+        }
         Node *node = make(Node::binary, start);
         node->op = uint8_t(op);
         node->a = left;

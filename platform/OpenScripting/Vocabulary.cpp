@@ -72,7 +72,7 @@ constexpr PropertyTerm kProperties[] = {
 const std::vector<Command> &commands()
 {
     using P = std::vector<CommandParameter>;
-    static const P kDialog = {{"default answer", code("dtxt")}, {"hidden answer", code("htxt")}, {"buttons", code("btns")}, {"default button", code("dflt")},
+    static const P kDialog = {{"default answer", code("dtxt")}, {"hidden answer", code("htxt")}, {"hidden answer", code("htxt"), true}, {"buttons", code("btns")}, {"default button", code("dflt")},
                               {"cancel button", code("cbtn")},  {"with title", code("appr")},    {"with icon", code("disp")}, {"giving up after", code("givu")}};
     static const std::vector<Command> kCommands = {
         {"do shell script", code("exec"), Command::required, {{"as", code("rtyp")}, {"altering line endings", code("alen"), true}, {"administrator privileges", code("badm"), true}}},
@@ -92,6 +92,7 @@ const std::vector<Command> &commands()
         {"set eof", code("seof"), Command::required, {{"to", code("set2")}}},
         {"the clipboard", code("gClp"), Command::none, {{"as", code("rtyp")}}},
         {"set the clipboard to", code("sClp"), Command::required, {}},
+        {"clipboard info", code("iClp"), Command::none, {{"for", code("for ")}}},
         {"ASCII character", code("ntoc"), Command::required, {}},
         {"ASCII number", code("cton"), Command::required, {}},
         {"system attribute", code("fndi"), Command::required, {}},

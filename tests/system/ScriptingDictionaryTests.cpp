@@ -62,6 +62,11 @@ TEST_F(ScriptingDictionary, OfThisProcess)
     EXPECT_EQ(run("nonsense of current application"), "-1753 current application got an error: Can’t get nonsense of current application.");
     EXPECT_EQ(run("tell current application to nonsense(1)"), "-1753 current application got an error: It doesn’t understand the “nonsense” message.");
     EXPECT_EQ(run("tell application \"no such program\" to activate"), "-1753 Application isn’t running.");
+    unsetenv("DISPLAY");
+    EXPECT_EQ(run("frontmost of current application"), "false");
+    EXPECT_EQ(run("activate"), "-1753 current application got an error: There is no window manager that could bring it to the front.");
+    EXPECT_EQ(run("quit"), "-1753 current application got an error: It doesn’t understand the “quit” message.");
+    EXPECT_EQ(run("the clipboard"), "-1753 No user interaction allowed: “the clipboard” needs a program with windows.");
     EXPECT_EQ(run("try\ntell application \"no such program\" to quit\non error number n\nn\nend try"), "-600");
 }
 

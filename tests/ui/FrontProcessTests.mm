@@ -7,6 +7,7 @@
 #import <Tarvik/support/Pool.h>
 #include <gtest/gtest.h>
 #include <tests/support/Program.h>
+#include <tests/support/Scripting.h>
 #include <tests/support/TemporaryFolder.h>
 
 #include <signal.h>
@@ -73,7 +74,7 @@ protected:
         fs::create_directories(root_ / (name + ".app/Resources"));
         fs::copy_file(TARVIK_TESTS_HELPER "/tarvik-tests-windowpeer", root_ / (name + ".app") / name);
         folder_.write(name + ".app/Resources/Info-gnustep.plist", "{ NSExecutable = " + name + "; CFBundleName = \"" + name + " by Name\"; CFBundleIdentifier = \"org.tarvik." +
-                                                                      name + "\"; CFBundleSignature = \"" + name + "\"; }");
+                                                                      name + "\"; CFBundleSignature = \"" + name + "\"; ApplicationRelease = \"7.1\"; }");
         return root_ / (name + ".app");
     }
     void start(const std::string &program, const char *titles, const char *word = nullptr)  // GNUstep would open the word as a file
@@ -177,6 +178,39 @@ TEST_F(FrontProcess, IsTheCallerAfterItsActivation)
     EXPECT_TRUE(comesTrue([&] { return FSIsFrontProcess(&self); }));
     EXPECT_EQ(activeTitle(), "peer5\n");
     [window close];
+}
+
+// Programs that have no handler for any event.
+TEST_F(FrontProcess, IsWhatScriptsTellItToBe)
+{
+    const std::string ink = make("ink7"), pen = make("pen7");
+    start(ink + "/ink7", "peer1");
+    start(pen + "/pen7", "peer2");
+    ASSERT_TRUE(hasWindows("12")) << stacking();
+    Scripting scripting;
+    EXPECT_EQ(scripting.run("activate application \"pen7\""), "");
+    ASSERT_TRUE(comesTrue([&] { return isFront(pen); }));
+    EXPECT_EQ(scripting.run("{frontmost of application \"pen7 by Name\", application \"org.tarvik.ink7\" is frontmost, application \"pen7.app\" is running}"), "{true, false, true}");
+    EXPECT_EQ(scripting.run("tell application \"ink7\"\nset frontmost to true\nrepeat until frontmost\ndelay 0.02\nend\n{name, id, version}\nend"), "{\"ink7 by Name\", \"org.tarvik.ink7\", \"7.1\"}");
+    EXPECT_TRUE(isFront(ink));
+    EXPECT_EQ(scripting.run("set frontmost of application \"pen7\" to false"), "error -10006: pen7 got an error: Can’t set frontmost of application \"pen7\" to false.");
+    // What only the program itself can do is not done to it.
+    EXPECT_EQ(scripting.run("tell application \"pen7\" to quit"), "error -1708: pen7 got an error: It doesn’t understand the “quit” message.");
+    EXPECT_EQ(scripting.run("tell application \"pen7\" to get colour"), "error -1728: pen7 got an error: Can’t get colour of application \"pen7\".");
+    EXPECT_EQ(scripting.run("running of application \"pen7\""), "true");
+    // One that has no window; one that doesn't run.
+    start("/bin/sleep", "", "60");
+    EXPECT_EQ(scripting.run("tell application \"sleep\" to activate"), "error -606: sleep got an error: It has no windows.");
+    kill(children_[1], SIGKILL);
+    ASSERT_TRUE(comesTrue([&] { return scripting.run("application \"pen7\" is not running") == "true"; }));
+    EXPECT_EQ(scripting.run("frontmost of application \"pen7\""), "error -600: Application isn’t running.");
+    setenv("WINDOW_PEER", "peer2", 1);
+    EXPECT_EQ(scripting.run("tell application \"" + pen + "\" to launch"), "");
+    EXPECT_TRUE(hasWindows("12")) << stacking();
+    ProcessSerialNumber number;
+    pid_t pid = 0;
+    if ([tarvik::nsstring(pen) getProcessSerialNumber:&number] && GetProcessPID(&number, &pid) == noErr)
+        kill(pid, SIGKILL);
 }
 
 TEST_F(FrontProcess, ApplicationsAreFoundAndLaunchedByName)

@@ -1,6 +1,7 @@
 // The alert that this floor shows: an icon, a message, an explanation, buttons.
 #pragma once
 #import <AppKit/NSPanel.h>
+#import <AppKit/NSTextField.h>
 
 #include <functional>
 #include <vector>
@@ -13,17 +14,32 @@ struct AlertButton {
     bool isDefault = false, isCancel = false;  // Return and Escape press it
 };
 
+/// What there is beside the texts and the buttons.
+struct AlertExtras {
+    NSInteger helpCode = 0;          // what the help button answers; 0: there is none
+    bool movable = false;            // one that can't be moved has no title bar
+    bool buttonsTogether = false;    // all at the right, none at the left edge
+    NSString *title = nil;           // of the window
+    NSTextField *field = nil;        // to type into, below the texts
+};
+
 @interface AlertPanel : NSPanel {
     void *mCalls;  // an Objective-C class can't name the types of what is called
 }
-/// The first button stands at the right, the next ones to its left; a third one, and the help button (helpCode not 0), at
-/// the left edge. An alert that can't be moved has no title bar.
+/// The first button stands at the right, the next ones to its left; a third one, and the help button, at the left edge.
++ (AlertPanel *)alertOfKind:(AlertKind)kind
+                    message:(NSString *)message
+                explanation:(NSString *)explanation
+                    buttons:(const std::vector<AlertButton> &)buttons
+                     extras:(const AlertExtras &)extras;
 + (AlertPanel *)alertOfKind:(AlertKind)kind
                     message:(NSString *)message
                 explanation:(NSString *)explanation
                     buttons:(const std::vector<AlertButton> &)buttons
                    helpCode:(NSInteger)helpCode
                     movable:(BOOL)movable;
+/// Ends it from outside.
+- (void)endWithCode:(NSInteger)code;
 @end
 
 /// Sees each event first; true ends the alert with the code.

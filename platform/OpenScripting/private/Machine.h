@@ -122,6 +122,8 @@ public:
 
     /// Asks the host whether to go on; throws the error that stops the script.
     void poll();
+    /// Ends the script with that error, which no `try` holds up.
+    [[noreturn]] void stop(int32_t number);
 
     // --- commands (StandardAdditions.cpp)
     FileAccess &files();

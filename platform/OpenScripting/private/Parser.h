@@ -71,6 +71,7 @@ private:
     Node *listLiteral();
     Node *countOf();
     int comparison();
+    Node *assertion(Node *left, int op);
     const Term *term(bool indexed = false) const;
     const Term *elementTerm() const;
     bool startsOperand(size_t ahead = 0) const;

@@ -134,6 +134,11 @@ OSAError OSAScriptingComponentName(ComponentInstance component, AEDesc *resultin
 OSAError OSASetActiveProc(ComponentInstance component, OSAActiveUPP activeProc, SRefCon refCon);
 OSAError OSAGetActiveProc(ComponentInstance component, OSAActiveUPP *activeProc, SRefCon *refCon);
 
+/// Called at most once, when a script first shows a dialog or uses the clipboard and nothing in the process can: a host that does without
+/// windows loads the library that has them (libtarvik-ui) there. Null removes it.
+typedef void (*OSAInteractionLoader)(void);
+void OSASetInteractionLoader(OSAInteractionLoader loader);
+
 #ifdef __cplusplus
 }
 #endif
