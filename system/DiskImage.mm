@@ -1,4 +1,5 @@
 #include <Tarvik/core/Guard.h>
+#import <Tarvik/support/ArrayRange.h>
 #import <Tarvik/support/Retained.h>
 #import <Tarvik/system/CommandTool.h>
 #import <Tarvik/system/DiskImage.h>
@@ -57,8 +58,12 @@ void logToConsole(const char *method, NSData *output)
 {
     if (!path)
         return nil;
-    NSArray *points = [[self mountingVolumes] allKeysForObject:path];
-    return [points count] > 0 ? [points objectAtIndex:0] : nil;
+    NSDictionary *mounted = [self mountingVolumes];
+    // Letter by letter: to isEqual: the normal forms of a name are one, and here they are names of two files.
+    for (NSString *point : tarvik::each<NSString>([mounted allKeys]))
+        if ([[mounted objectForKey:point] compare:path options:NSLiteralSearch] == NSOrderedSame)
+            return point;
+    return nil;
 }
 
 // ---- Creation

@@ -131,9 +131,10 @@ TEST_F(DiskImages, MadeMountedFoundAndUnmounted)
 
 TEST_F(DiskImages, PathsOfEveryKindSurviveTheTrip)
 {
-    for (const std::string rest :
+    for (const std::string &rest : std::vector<std::string>
          {" with  blanks.img", "'quotes'\"\"$(x)`.img", "Zürich 東京 😀.img", "line\nfeed\ttab\\010.img",
-          "a,b,ro=\\,c.img", "&lt;<x>&.img", "-leading\r.img", "no ending", ".."}) {
+          "a,b,ro=\\,c.img", "&lt;<x>&.img", "-leading\r.img", "no ending", "..",
+          std::string(255 - name().size(), 'n')}) {
         DiskImage *image = created(rest);
         const std::string point = text([image mount]);
         EXPECT_NE(point, "nil") << rest;
@@ -143,6 +144,18 @@ TEST_F(DiskImages, PathsOfEveryKindSurviveTheTrip)
         EXPECT_EQ(text([image mountPoint]), point) << "the same through FUSE";
         EXPECT_TRUE([image unmount]) << rest;
     }
+    expectNothingLeft();
+}
+
+TEST_F(DiskImages, NormalFormsOfANameAreTwoImages)
+{
+    DiskImage *composed = created("\u00E9.img"), *decomposed = created("e\u0301.img");
+    const std::string point = text([composed mount]);
+    EXPECT_NE(point, "nil");
+    EXPECT_EQ([decomposed mountPoint], nil);
+    EXPECT_TRUE([decomposed unmount]);
+    EXPECT_EQ(text([composed mountPoint]), point) << "unmounted through the other one";
+    EXPECT_TRUE([composed unmount]);
     expectNothingLeft();
 }
 
@@ -166,6 +179,74 @@ TEST_F(DiskImages, KindsAreToldByContent)
         EXPECT_TRUE([imageAt(disguised) unmount]);
     }
     expectNothingLeft();
+}
+
+TEST_F(DiskImages, PartitionsAreMountedOneByOne)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "loop devices are root's";
+    created();
+    const struct {
+        const char *kind, *script;
+        std::vector<int> squashfs, ext4;  // MiB where one stands
+        std::vector<std::string> numbers;
+    } tables[] = {
+        {"dos", "label: dos\nstart=2048,size=8192,type=83\nstart=10240,size=2048,type=82\nstart=12288,type=5\n"
+                "start=14336,size=4096,type=83\nstart=20480,size=8192,type=83\n", {7}, {1, 10}, {"p1", "p5", "p6"}},
+        {"gpt", "label: gpt\nstart=2048,size=8192\nstart=10240,size=4096\n11: start=16384,size=8192\n", {5}, {1, 8},
+         {"p1", "p2", "p11"}}};
+    for (const auto &table : tables) {
+        const std::string disk = path(std::string(".") + table.kind);
+        std::ofstream(disk).close();
+        fs::resize_file(disk, 16 << 20);
+        ASSERT_EQ(runProgram({"sfdisk", "-q", disk}, table.script).status, 0);
+        for (const int at : table.squashfs)
+            ASSERT_EQ(runProgram({"dd", "status=none", "conv=notrunc", "bs=1M", "seek=" + std::to_string(at), "if=" + path(".img"), "of=" + disk}).status, 0);
+        for (const int at : table.ext4)
+            ASSERT_EQ(runProgram({"mke2fs", "-q", "-t", "ext4", "-d", source_, "-E", "offset=" + std::to_string(at << 20), disk, "4096k"}).status, 0);
+
+        const ProgramResult result = hdiutil({"attach", disk});
+        ASSERT_EQ(result.status, 0) << result.error;
+        NSString *first = [imageAt(disk) mountPoint];
+        std::vector<std::string> numbers;
+        for (NSDictionary *image : tarvik::each<NSDictionary>([[DiskImage frameworkInfomation] objectForKey:@"images"])) {
+            if (text([image objectForKey:@"image-path"]) != disk)
+                continue;
+            for (NSDictionary *entity : tarvik::each<NSDictionary>([image objectForKey:@"system-entities"])) {
+                NSString *point = [entity objectForKey:@"mount-point"];
+                if (!point)
+                    continue;
+                const std::string device = text([entity objectForKey:@"dev-entry"]);
+                numbers.push_back(device.substr(device.rfind('p')));
+                expectSameAsSource(text(point));
+                EXPECT_TRUE(numbers.size() > 1 || [point isEqual:first]) << "under its first mount point";
+            }
+        }
+        EXPECT_EQ(numbers, table.numbers) << table.kind;
+        EXPECT_TRUE([imageAt(disk) unmount]) << "all of it";
+        expectNothingLeft();
+    }
+
+    // A table that leads nowhere, out of the image, or round in a circle.
+    const std::string bad = path(".bad");
+    for (const std::string what : {"empty", "sum", "circle"}) {
+        fs::copy_file(path(what == "circle" ? ".dos" : ".gpt"), bad, fs::copy_options::overwrite_existing);
+        std::fstream file(bad, std::ios::in | std::ios::out | std::ios::binary);
+        if (what == "empty")
+            file.seekp(1 << 20) << std::string(15 << 20, '\0');
+        else if (what == "sum")
+            file.seekp(1024 + 40).put('\1');
+        else
+            for (const int record : {0, 512})  // the second one leads to itself
+                file.seekp((6 << 20) + record + 446)
+                    << std::string(16, '\0') << std::string({0, 0, 0, 0, 5, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0})
+                    << std::string(32, '\0') << "\x55\xAA";
+        file.close();
+        const ProgramResult result = hdiutil({"attach", bad});
+        EXPECT_EQ(result.status, what == "circle" ? 0 : 1) << what << result.out << result.error;
+        EXPECT_TRUE([imageAt(bad) unmount]);
+        expectNothingLeft();
+    }
 }
 
 TEST_F(DiskImages, ThoseThatOthersAttachedShowUpAndGo)

@@ -9,15 +9,22 @@
 #include <climits>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
+#include <linux/blkpg.h>
 #include <linux/loop.h>
 #include <memory>
 #include <optional>
 #include <sys/ioctl.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
+#include <vector>
 
-namespace diskimages {
-namespace {
+namespace diskimages
+{
+namespace
+{
 
 using tarvik::FileDescriptor;
 
@@ -30,7 +37,8 @@ std::string realPath(const std::string &path)
 }
 
 /// A loop device on the image that the kernel lets go of with its last user: the mount, once there is one.
-FileDescriptor loopDevice(int image, bool readOnly, std::string &name)
+/// `flags` go with those that every image gets.
+FileDescriptor loopDevice(int image, bool readOnly, uint32_t flags, std::string &name)
 {
     constexpr int kRivals = 64;  // others may take the free number first
     const FileDescriptor control(open("/dev/loop-control", O_RDWR | O_CLOEXEC));
@@ -46,7 +54,7 @@ FileDescriptor loopDevice(int image, bool readOnly, std::string &name)
             throw systemFailure(name);
         loop_config config{};
         config.fd = uint32_t(image);
-        config.info.lo_flags = LO_FLAGS_AUTOCLEAR | (readOnly ? LO_FLAGS_READ_ONLY : 0);
+        config.info.lo_flags = LO_FLAGS_AUTOCLEAR | flags | (readOnly ? LO_FLAGS_READ_ONLY : 0);
         if (ioctl(device.get(), LOOP_CONFIGURE, &config) == 0)
             return device;
         if (errno != EBUSY)
@@ -60,13 +68,17 @@ struct DamagedImage : Failure {
     using Failure::Failure;
 };
 
-void mountLoop(const std::string &path, const ImageKind &kind, bool readOnly, const std::string &folder)
+FileDescriptor openImage(const std::string &path, bool readOnly)
 {
-    const FileDescriptor image(open(path.c_str(), (readOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC));
+    FileDescriptor image(open(path.c_str(), (readOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC));
     if (!image)
         throw systemFailure(path);
-    std::string name;
-    FileDescriptor device = loopDevice(image.get(), readOnly, name);
+    return image;
+}
+
+/// Mounts a block device.
+void mountDevice(const std::string &name, const ImageKind &kind, bool readOnly, const std::string &folder)
+{
     const unsigned long flags = MS_NODEV | MS_NOSUID | (readOnly ? MS_RDONLY : 0);
     if (mount(name.c_str(), folder.c_str(), kind.filesystem, flags, nullptr) == 0)
         return;
@@ -76,14 +88,88 @@ void mountLoop(const std::string &path, const ImageKind &kind, bool readOnly, co
         mount(name.c_str(), folder.c_str(), kind.filesystem, flags, "noload") == 0)
         return;
     const int error = errno;
-    ioctl(device.get(), LOOP_CLR_FD);
     const std::string what = std::string(kind.filesystem) + ": ";
     if (error == ENODEV)
         throw Failure(what + "the kernel doesn't know this file system");
-    // (A squashfs may only be packed in a way that this kernel can't unpack; its FUSE server checks for itself.)
+    // (A squashfs may only be packed in a way that this kernel can't unpack; its FUSE server checks for
+    // itself.)
     if (kind.writable && error != EPERM && error != EACCES)
         throw DamagedImage(what + "the kernel can't mount it, it is damaged: " + std::strerror(error));
     throw systemFailure(what + "mount", error);
+}
+
+void mountLoop(const std::string &path, const ImageKind &kind, bool readOnly, const std::string &folder)
+{
+    const FileDescriptor image = openImage(path, readOnly);
+    std::string name;
+    // Closed without a mount, it is free again.
+    const FileDescriptor device = loopDevice(image.get(), readOnly, 0, name);
+    mountDevice(name, kind, readOnly, folder);
+}
+
+/// The node of a partition, made for as long as this lives where nobody makes them by himself.
+class PartitionNode
+{
+public:
+    PartitionNode(const std::string &disk, int partition) : path_(disk + 'p' + std::to_string(partition))
+    {
+        if (access(path_.c_str(), F_OK) == 0)
+            return;
+        const std::string disksName = disk.substr(disk.rfind('/') + 1);
+        std::ifstream file("/sys/block/" + disksName + '/' + disksName + 'p' + std::to_string(partition) +
+                           "/dev");
+        unsigned major = 0, minor = 0;
+        char colon = 0;
+        if (!(file >> major >> colon >> minor) ||
+            mknod(path_.c_str(), S_IFBLK | 0600, makedev(major, minor)) != 0)
+            throw systemFailure(path_);
+        isMade_ = true;
+    }
+    ~PartitionNode()
+    {
+        if (isMade_)
+            unlink(path_.c_str());
+    }
+    PartitionNode(const PartitionNode &) = delete;
+    PartitionNode &operator=(const PartitionNode &) = delete;
+
+    const std::string &path() const { return path_; }
+
+private:
+    std::string path_;
+    bool isMade_ = false;
+};
+
+/// Mounts each partition that can be; the others are there as devices as long as one is. Throws when none
+/// can.
+void mountPartitions(const std::string &path, const std::vector<Volume> &volumes, bool readOnly)
+{
+    const FileDescriptor image = openImage(path, readOnly);
+    std::string name, reasons;
+    const FileDescriptor device = loopDevice(image.get(), readOnly, LO_FLAGS_PARTSCAN, name);
+    bool mounted = false;
+    for (const Volume &volume : volumes) {
+        try {
+            // A kernel that reads the table itself has made it already.
+            blkpg_partition partition{};
+            partition.start = int64_t(volume.start);
+            partition.length = int64_t(volume.length);
+            partition.pno = volume.partition;
+            blkpg_ioctl_arg add{BLKPG_ADD_PARTITION, 0, sizeof partition, &partition};
+            if (ioctl(device.get(), BLKPG, &add) != 0 && errno != EBUSY)
+                throw systemFailure(name);
+            const PartitionNode node(name, volume.partition);
+            MountFolder folder(path);
+            mountDevice(node.path(), volume.kind, readOnly || !volume.kind.writable, folder.path());
+            folder.keep();
+            mounted = true;
+        } catch (const Failure &failure) {
+            reasons += (reasons.empty() ? "" : "; ") + ("partition " + std::to_string(volume.partition)) +
+                       ": " + failure.what();
+        }
+    }
+    if (!mounted)
+        throw Failure(reasons);
 }
 
 /// A value in FUSE's list of options.
@@ -140,26 +226,14 @@ std::optional<AttachedImage> mountedImage(const std::string &path)
     return std::nullopt;
 }
 
-}  // namespace
-
-AttachedImage attach(const std::string &given, const AttachOptions &options)
+/// Mounts an image that is one file system, in whatever way there is.
+void mountWhole(const std::string &given, const std::string &path, const ImageKind &kind, bool readOnly,
+                bool withoutLoopDevice)
 {
-    const std::string path = realPath(given);
-    if (auto already = mountedImage(path))
-        return *std::move(already);
-    ImageKind kind{};
-    {
-        const FileDescriptor image(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-        if (!image)
-            throw systemFailure(given);
-        kind = imageKind(image.get(), given);
-    }
-    const bool readOnly = options.readOnly || !kind.writable || access(path.c_str(), W_OK) != 0;
-
     MountFolder folder(path);
     std::string reasons;
     bool mounted = false;
-    if (geteuid() == 0 && !options.withoutLoopDevice) {
+    if (geteuid() == 0 && !withoutLoopDevice) {
         try {
             mountLoop(path, kind, readOnly, folder.path());
             mounted = true;
@@ -177,9 +251,38 @@ AttachedImage attach(const std::string &given, const AttachOptions &options)
         }
     }
     folder.keep();
+}
+
+}  // namespace
+
+AttachedImage attach(const std::string &given, const AttachOptions &options)
+{
+    const std::string path = realPath(given);
+    if (auto already = mountedImage(path))
+        return *std::move(already);
+    std::vector<Volume> volumes;
+    {
+        const FileDescriptor image(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+        if (!image)
+            throw systemFailure(given);
+        volumes = imageVolumes(image.get(), given);
+    }
+    const bool isWritable = std::any_of(volumes.begin(), volumes.end(),
+                                        [](const Volume &volume) { return volume.kind.writable; });
+    const bool readOnly = options.readOnly || !isWritable || access(path.c_str(), W_OK) != 0;
+    if (volumes[0].partition == 0)
+        mountWhole(given, path, volumes[0].kind, readOnly, options.withoutLoopDevice);
+    else if (geteuid() != 0 || options.withoutLoopDevice)
+        throw Failure(given + ": the partitions of an image take a loop device, which is root's");
+    else
+        try {
+            mountPartitions(path, volumes, readOnly);
+        } catch (const Failure &failure) {
+            throw Failure(given + ": " + failure.what());
+        }
     if (auto image = mountedImage(path))
         return *std::move(image);
-    throw Failure(given + ": mounted at " + folder.path() + ", but not in the kernel's table");
+    throw Failure(given + ": mounted, but not in the kernel's table");
 }
 
 }  // namespace diskimages

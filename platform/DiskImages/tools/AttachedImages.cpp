@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <set>
 #include <sys/stat.h>
@@ -135,13 +136,13 @@ void addLoopDevices(std::vector<AttachedImage> &images, const std::vector<Mount>
         image.loopNumber = number;
         image.readOnly = attribute(folder / "ro") == "1";
         addDevice(image, folder, mounts);
-        std::set<fs::path> partitions;
+        std::map<int, fs::path> partitions;
         const std::string prefix = folder.filename().native() + 'p';  // loop3p1
         for (const auto &entry : fs::directory_iterator(folder, failed))
-            if (entry.path().filename().native().starts_with(prefix))
-                partitions.insert(entry.path());
-        for (const fs::path &partition : partitions)
-            addDevice(image, partition, mounts);
+            if (const std::string name = entry.path().filename(); name.starts_with(prefix))
+                partitions.emplace(std::atoi(name.c_str() + prefix.size()), entry.path());
+        for (const auto &[partition, path] : partitions)
+            addDevice(image, path, mounts);
         images.push_back(std::move(image));
     }
 }

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 class Draft {
 public:
     explicit Draft(const fs::path &image)
-        : path_(image.parent_path() / ('.' + image.filename().native() + ".XXXXXX"))
+        : path_(image.parent_path() / ".tarvik-XXXXXX")
     {
         file_.reset(mkostemp(path_.data(), O_CLOEXEC));
         if (!file_)

@@ -14,7 +14,7 @@ using Words = std::vector<std::string>;
 /// own helper was ended by them.
 int runVerb(const char *tool, const char *verb, int (*body)(const Words &), const Words &words);
 
-/// attach [-plist] [-readonly] [-nomount-loop] IMAGE, as hdiutil and hdid have it.
+/// attach [-plist] [-readonly] [-fuse] IMAGE, as hdiutil and hdid have it.
 int attachVerb(const Words &words);
 
 }  // namespace diskimages
