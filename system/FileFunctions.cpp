@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <climits>
 #include <cstdio>
 
 namespace Utils
@@ -80,6 +81,8 @@ bool CreateDir(const std::string &path, bool failIfExists)
 
 bool CreateDirPath(const std::string &path, bool failIfExists)
 {
+    if (path.size() >= PATH_MAX)  // no folder has such a path; each of its parents would be tried
+        return false;
     if (DirExists(path))
         return !failIfExists;
     std::string folder = path;

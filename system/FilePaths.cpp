@@ -26,8 +26,6 @@ CFURLRef GetParentFolderURL(const std::string &path, std::string &name)
     const size_t slash = rest.rfind('/');
     if (slash == std::string::npos)
         return nullptr;
-    CFURLRef parent = createPathURL(rest.substr(0, slash), false);
-    if (parent)
-        name = rest.substr(slash + 1);
-    return parent;
+    name = rest.substr(slash + 1);
+    return createPathURL(rest.substr(0, slash), false);
 }

@@ -23,7 +23,8 @@ std::string GetDirFromPath(const std::string &path);
 ///
 ///     GetParentFolderURL("/usr/lib/", name)   file:///usr, "lib"
 ///
-/// One closing "\", "/" or ":" is dropped first. Null, and `name` untouched, when no "/" is left or the path is not UTF-8.
+/// One closing "\", "/" or ":" is dropped first. Null, and `name` untouched, when no "/" is left; null also when nothing precedes
+/// the last "/" ("/usr", whose name is handed out) or the path is not UTF-8.
 /// The URL is not marked as a directory.
 CFURLRef GetParentFolderURL(const std::string &path, std::string &name);
 

@@ -11,10 +11,8 @@ constexpr unsigned long kCreateDirectoriesLine = 946;
 
 bool createFolder(NSString *path)
 {
-    return [[NSFileManager defaultManager] createDirectoryAtPath:path
-                                     withIntermediateDirectories:NO
-                                                      attributes:nil
-                                                           error:nullptr];
+    // (The younger method, withIntermediateDirectories:, makes no folder of a bare name.)
+    return [[NSFileManager defaultManager] createDirectoryAtPath:path attributes:nil];
 }
 
 bool isFolder(NSString *path)

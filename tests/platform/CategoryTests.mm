@@ -51,6 +51,7 @@ const std::set<std::string> kRepairs = {
     "-[NSBundle resourcePath]",
     "-[NSFileManager copyPath:toPath:handler:]",
     "-[NSFileManager fileSystemRepresentationWithPath:]",
+    "-[NSFileManager isDeletableFileAtPath:]",
     "-[NSFileManager movePath:toPath:handler:]",
     "-[NSFileManager removeFileAtPath:handler:]",
     "-[NSFileManager stringWithFileSystemRepresentation:length:]",

@@ -58,8 +58,8 @@ TEST(FilePaths, AreTakenApart)
             ASSERT_TRUE(url) << path;
             EXPECT_TRUE(TFileLocationInfo::GetPathFromCFURLRef(url, folder));
             EXPECT_FALSE(CFURLHasDirectoryPath(url));
-            EXPECT_EQ(found, name);
         }
+        EXPECT_EQ(found, name) << "also where there is no URL";
         EXPECT_EQ(folder, parent) << path;
         if (url)
             CFRelease(url);
@@ -123,6 +123,11 @@ TEST(FileFunctions, MakeExamineAndRemove)
     EXPECT_TRUE(Utils::CreateDirPath(sub + "/a/b", false));
     EXPECT_FALSE(Utils::CreateDirPath(file + "/a", false));
     EXPECT_FALSE(Utils::CreateDirPath("", false));
+    std::string endless = sub;
+    for (int i = 0; i < 500'000; ++i)
+        endless += "/e";
+    EXPECT_FALSE(Utils::CreateDirPath(endless, false)) << "and neither runs out of stack nor makes a part of it";
+    EXPECT_FALSE(fs::exists(sub + "/e"));
 
     for (bool recursive : {false, true})
         EXPECT_FALSE(Utils::DeleteDir(sub, recursive)) << "never what is in it";

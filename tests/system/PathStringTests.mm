@@ -88,6 +88,11 @@ TEST_F(PathStrings, AreMadeTestedCopiedAndRemoved)
     EXPECT_TRUE([at("a/file") isReadableFile] && [at("a/file") isWritableFile] &&
                 ![at("a/file") isExecutableFile] && [at("a/file") isDeletableFile]);
 
+    EXPECT_FALSE([at("none") isDeletableFile]) << "there is nothing to delete";
+    fs::current_path(root_);
+    EXPECT_TRUE([@"bare" createDirectory] && [@"here/and/below" createDirectories]);
+    EXPECT_TRUE(fs::is_directory(root_ / "bare") && fs::is_directory(root_ / "here/and/below"));
+
     make("a/file", "contents");
     EXPECT_FALSE([at("a/file") createCopyOfPath:nil]);
     EXPECT_TRUE([at("a/file") createCopyOfPath:at("new/deep/copy")]);
