@@ -6,7 +6,8 @@
 namespace shelf {
 
 NSMenu *mainMenu();
-/// "None" and the colours; the items' tags are the labels' numbers, their action is `setImageLabel:`.
-NSMenu *labelMenu();
+/// "None" and the colours; the items' tags are the labels' numbers, their action is the target's `setImageLabel:` (nil: of
+/// the responder chain).
+NSMenu *labelMenu(id target);
 
 }  // namespace shelf

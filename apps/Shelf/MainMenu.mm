@@ -18,9 +18,17 @@ struct Entry {
 };
 const Entry kLine = {nil, nullptr};
 
+/// Not validated while it grows: AppKit would do it with each change of an item.
+NSMenu *growingMenu(NSString *title)
+{
+    NSMenu *made = [[[NSMenu alloc] initWithTitle:title] autorelease];
+    [made setAutoenablesItems:NO];
+    return made;
+}
+
 NSMenu *menu(NSString *title, std::initializer_list<Entry> entries)
 {
-    NSMenu *made = [[[NSMenu alloc] initWithTitle:[title localize]] autorelease];
+    NSMenu *made = growingMenu([title localize]);
     for (const Entry &entry : entries) {
         if (!entry.title) {
             [made addItem:[NSMenuItem separatorItem]];
@@ -29,6 +37,7 @@ NSMenu *menu(NSString *title, std::initializer_list<Entry> entries)
         id<NSMenuItem> item = [made addItemWithTitle:[entry.title localize] action:entry.action keyEquivalent:entry.key];
         [item setTag:entry.tag];
     }
+    [made setAutoenablesItems:YES];
     return made;
 }
 
@@ -40,16 +49,18 @@ void hang(NSMenu *submenu, NSMenu *menu)
 
 }  // namespace
 
-NSMenu *labelMenu()
+NSMenu *labelMenu(id target)
 {
-    NSMenu *made = [[[NSMenu alloc] initWithTitle:[@"Label" localize]] autorelease];
+    NSMenu *made = growingMenu([@"Label" localize]);
     for (int label = 0; label < kLabelCount; ++label) {
         id<NSMenuItem> item = [made addItemWithTitle:[labelName(label) localize]
                                               action:@selector(setImageLabel:)
                                        keyEquivalent:[NSString stringWithFormat:@"%d", label]];
         [item setTag:label];
+        [item setTarget:target];
         [item setImage:labelSpot(label)];
     }
+    [made setAutoenablesItems:YES];
     return made;
 }
 
@@ -61,7 +72,7 @@ NSMenu *mainMenu()
                                     {@"Reveal in File Viewer", @selector(revealImages:), @"r"},
                                     kLine,
                                     {@"Verify Checksum", @selector(verifyImages:), @"k"}});
-    hang(labelMenu(), image);
+    hang(labelMenu(nil), image);
     NSMenu *sort = menu(@"Sort", {{@"By Name", @selector(sortByColumn:), @"", 0},
                                   {@"By Path", @selector(sortByColumn:), @"", 1},
                                   {@"By Mount Point", @selector(sortByColumn:), @"", 2},

@@ -41,9 +41,7 @@ void assign(T *&place, T *object)
     mJobs = [[JobQueue alloc] init];
     mJobs->mChanged = [self] { [self refresh]; };
     mVerified = [[NSMutableDictionary alloc] init];
-    mLabels = [shelf::labelMenu() retain];
-    for (id<NSMenuItem> item : tarvik::each<NSMenuItem>([mLabels itemArray]))
-        [item setTarget:self];
+    mLabels = [shelf::labelMenu(self) retain];
     mWindow = [[ShelfWindow alloc] initWithTarget:self labels:mLabels];
     [mWindow setDelegate:self];
     mRows = [[TableController alloc] initWithTableView:mWindow->mTable userDefaultKey:shelf::kImagesDefault];

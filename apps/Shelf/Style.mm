@@ -52,6 +52,39 @@ NSString *fitting(NSString *text, CGFloat width, NSDictionary *look, bool inTheM
     return cut(least);
 }
 
+/// A disc. Its points are reckoned here: drawing it into an image would take a window of the display's for each.
+NSImage *disc(NSColor *color)
+{
+    constexpr int kSide = 12, kFine = 4;  // points, and parts of a point each way
+    constexpr double kRadius = 5;
+    NSBitmapImageRep *points = [[[NSBitmapImageRep alloc] initWithBitmapDataPlanes:nullptr
+                                                                        pixelsWide:kSide
+                                                                        pixelsHigh:kSide
+                                                                     bitsPerSample:8
+                                                                   samplesPerPixel:4
+                                                                          hasAlpha:YES
+                                                                          isPlanar:NO
+                                                                    colorSpaceName:NSCalibratedRGBColorSpace
+                                                                       bytesPerRow:4 * kSide
+                                                                      bitsPerPixel:32] autorelease];
+    color = [color colorUsingColorSpaceName:NSCalibratedRGBColorSpace];
+    unsigned char *point = [points bitmapData];
+    for (int place = 0; place < kSide * kSide; ++place) {
+        int inside = 0;
+        for (int part = 0; part < kFine * kFine; ++part) {
+            const double x = place % kSide + (part % kFine + 0.5) / kFine - kSide / 2.0,
+                         y = place / kSide + (part / kFine + 0.5) / kFine - kSide / 2.0;
+            inside += x * x + y * y <= kRadius * kRadius;
+        }
+        const CGFloat alpha = [color alphaComponent] * inside / (kFine * kFine);
+        for (CGFloat part : {[color redComponent] * alpha, [color greenComponent] * alpha, [color blueComponent] * alpha, alpha})
+            *point++ = (unsigned char)(part * 255 + 0.5);
+    }
+    NSImage *image = [[[NSImage alloc] initWithSize:NSMakeSize(kSide, kSide)] autorelease];
+    [image addRepresentation:points];
+    return image;
+}
+
 /// One line, in the middle of the height.
 void drawLine(NSString *text, NSRect frame, NSDictionary *look, NSTextAlignment alignment, bool cutsTheMiddle)
 {
@@ -116,13 +149,8 @@ NSImage *labelSpot(int label)
     static NSImage *spots[kLabelCount];
     if (label < 0 || label >= kLabelCount)
         label = 0;
-    if (!spots[label]) {
-        spots[label] = [[NSImage alloc] initWithSize:NSMakeSize(12, 12)];
-        [spots[label] lockFocus];
-        [labelColor(label) set];
-        [[NSBezierPath bezierPathWithOvalInRect:NSMakeRect(1, 1, 10, 10)] fill];
-        [spots[label] unlockFocus];
-    }
+    if (!spots[label])
+        spots[label] = [disc(labelColor(label)) retain];
     return spots[label];
 }
 

@@ -25,6 +25,7 @@ namespace {
 const std::set<std::string> kRepairs = {
     "+[NSBundle allBundles]",
     "+[NSBundle bundleWithIdentifier:]",
+    "+[NSBundle pathForLibraryResource:ofType:inDirectory:]",
     "+[NSHost hostWithAddress:]",
     "+[NSHost hostWithName:]",
     "+[NSPropertyListSerialization dataFromPropertyList:format:errorDescription:]",
@@ -39,6 +40,7 @@ const std::set<std::string> kRepairs = {
     "-[GSMutableArray exchangeObjectAtIndex:withObjectAtIndex:]",
     "-[GSMutableArray replaceObjectsInRange:withObjectsFromArray:]",
     "-[NSBundle bundleIdentifier]",
+    "-[NSBundle dealloc]",
     "-[NSBundle executablePath]",
     "-[NSBundle infoDictionary]",
     "-[NSBundle initWithPath:]",
