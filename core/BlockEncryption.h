@@ -8,12 +8,10 @@
 ///     MemDecrypt(copy, length, key);                               -> 0, and "hello\0\0\0"
 ///
 /// - Bits: a byte becomes eight flags, the least significant bit first (BitFlags.h), and those are DES's bits
-/// in their
-///   order. So the result is that of a textbook DES over the same key and data with the bits of every byte
-///   reversed, in key, input and output.
+///   in their order. So the result is that of a textbook DES over the same key and data with the bits of
+///   every byte reversed, in key, input and output.
 /// - Key: 8 bytes. The most significant bit of each has no effect. There is one key schedule in the process:
-/// use from
-///   one thread at a time.
+///   use from one thread at a time.
 /// - Result: 0; 1 or another number that is not 0 on failure, a null pointer included. Nothing is logged.
 /// - The length of the plain text is not recorded: it comes back with its padding.
 #pragma once

@@ -38,7 +38,7 @@ void LogCore(const char *function, unsigned long line, const char *format, ...);
 void LogCorev(const char *function, unsigned long line, const char *format, va_list arguments);
 /// Logs a finished text; percent signs in it stand for themselves.
 void LogString(const char *function, unsigned long line, const char *message);
-/// Logs a program's arguments: "argc=03", then "argv[00]=..." each in a record of its own.
+/// Logs a program's arguments: "argc=03", then "argv[00]=..." each in a record of its own. Null `argv`: the count only.
 void LogMainArguments(int argc, char **argv);
 
 /// The log's formatter: UTF-8 text in a new zero-terminated buffer that the caller frees with `free`.

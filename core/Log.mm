@@ -9,6 +9,7 @@
 
 #include "core/private/VaList.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -17,10 +18,11 @@ namespace {
 
 constexpr uint32_t kLastVersionWithoutSystemLog = 0x0FFF;
 
-int32_t gLogPriority = LOG_ERR;
-LogPreprocessProc gLogPreprocess = nullptr;
+// Changed while other threads log, these only decide which of two values a message sees.
+std::atomic<int32_t> gLogPriority = LOG_ERR;
+std::atomic<LogPreprocessProc> gLogPreprocess = nullptr;
 // Set for good once the user has chosen "Don't Alert After".
-bool stopAlert = false;
+std::atomic<bool> stopAlert = false;
 
 struct Freed {
     void operator()(void *memory) const { std::free(memory); }
@@ -97,7 +99,8 @@ void LogString(const char *function, unsigned long line, const char *message)
         function = "<unknown function>";
     if (!message)
         message = "<NULL>";
-    if (gLogPreprocess && !gLogPreprocess(function, line, message))
+    const LogPreprocessProc preprocess = gLogPreprocess;  // read once: it may be removed meanwhile
+    if (preprocess && !preprocess(function, line, message))
         return;
     if (GestaltSystemVersion() > kLastVersionWithoutSystemLog)
         syslog(gLogPriority, "%s:%lu: %s", function, line, message);
@@ -122,6 +125,6 @@ void LogCore(const char *function, unsigned long line, const char *format, ...)
 void LogMainArguments(int argc, char **argv)
 {
     LogCore("LogMainArguments", __LINE__, "argc=%02i", argc);
-    for (int i = 0; i < argc; ++i)
+    for (int i = 0; argv && i < argc; ++i)
         LogCore("LogMainArguments", __LINE__, "argv[%02i]=%s", i, argv[i]);
 }

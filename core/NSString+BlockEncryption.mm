@@ -24,7 +24,12 @@
         return nil;
     }
     const auto *bytes = static_cast<const char *>([text bytes]);
-    return [self initWithBytes:bytes length:strnlen(bytes, [text length]) encoding:NSUTF8StringEncoding];
+    NSString *plain = tarvik::nsstring({bytes, strnlen(bytes, [text length])});
+    if (!plain) {
+        [self release];
+        return nil;
+    }
+    return [self initWithString:plain];
 }
 
 + (id)stringWithEncryptedData:(NSData *)data decryptKey:(const void *)key

@@ -281,6 +281,8 @@ CSSM_RETURN CDSAUtilityBase::stagedDigest(CSSM_CSP_HANDLE csp, CSSM_ALGORITHMS a
     constexpr size_t kRead = 256;
     constexpr size_t kManyReads = 512 * kRead;
 
+    if (digest)
+        *digest = {};
     FileDescriptor file;
     if (const int status = openForReading(path, file))
         return status;
@@ -384,6 +386,8 @@ CSSM_RETURN CDSAUtilityBase::cdsaDeriveKey(CSSM_CSP_HANDLE csp, const void *pass
     const CSSM_DATA salt = inputData(kSalt, sizeof kSalt - 1);
     const CSSM_DATA label = inputData(kLabel, sizeof kLabel);
 
+    if (key)
+        *key = {};
     CSSM_CC_HANDLE made = CSSM_INVALID_HANDLE;
     if (const CSSM_RETURN status =
             CSSM_CSP_CreateDeriveKeyContext(csp, CSSM_ALGID_PKCS5_PBKDF2, keyAlgorithm, keySizeInBits,

@@ -5,19 +5,18 @@
 ///     CSSM_CSP_HANDLE csp;
 ///     CSSM_DATA digest;
 ///     CDSAUtilityBase::cdsaCspAttach(&csp);
-///     CDSAUtilityBase::oneShotDigest(csp, CSSM_ALGID_MD5, "abc", &digest);   // 0, 16 bytes:
-///     900150983cd24fb0... free(digest.Data); CDSAUtilityBase::cdsaCspDetach(csp);
+///     CDSAUtilityBase::oneShotDigest(csp, CSSM_ALGID_MD5, "abc", &digest);   // 0; 900150983cd24fb0...
+///     free(digest.Data);
+///     CDSAUtilityBase::cdsaCspDetach(csp);
 ///
 /// - Result: 0, or the provider's status unchanged (<Security/cssmerr.h>; cssmErrorString names it). The
-/// one-shot digests
-///   answer -1 for every failure, file functions the errno value.
+///   one-shot digests answer -1 for every failure, file functions the errno value.
 /// - Outputs are allocated with the C library's malloc: the caller frees them. Keys go back through
-/// cdsaFreeKey, which wipes
-///   them. After a failure an output is empty (null, 0). What an output record held before does not matter.
+///   cdsaFreeKey, which wipes them. After a failure an output is empty (null, 0). What an output record held
+///   before does not matter.
 /// - Threads: the first call of cssmStartup or cdsaCspAttach must be over before others begin. Digests and
-/// keys may then be
-///   worked on from any thread; ciphers share one initialisation vector, so that their calls must not
-///   overlap.
+///   keys may then be worked on from any thread; ciphers share one initialisation vector, so that their
+///   calls must not overlap.
 #pragma once
 #ifdef __cplusplus
 #include <Security/cssm.h>

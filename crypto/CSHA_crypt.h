@@ -2,8 +2,8 @@
 /// SHA-1 (FIPS 180) of bytes, with a provider attached and detached for each digest.
 ///
 ///     unsigned char digest[20];
-///     CSHA_crypt::EncodeSHA1(reinterpret_cast<const unsigned char *>("abc"), digest, 3);   //
-///     a9993e364706816a...
+///     const unsigned char text[] = "abc";
+///     CSHA_crypt::EncodeSHA1(text, digest, 3);   // a9993e364706816a...
 ///
 /// A failure shows only in digest[0], which is 0 then. SHA-1 tells files apart; it does not withstand an
 /// attacker.

@@ -4,9 +4,9 @@
 ///
 ///     char proxy[150];
 ///     unsigned short port;
-///     CommunicationLibrary::GetHTTPProxySetting(proxy, sizeof proxy, &port)      // true, "proxy.example",
-///     8080 CommunicationLibrary::IsProxyRequiredFor("http://10.0.0.5/")               // false: excepted by
-///     "10.0.0.*" CommunicationLibrary::Post("https://server.example/", "<report/>", answer) // 0
+///     CommunicationLibrary::GetHTTPProxySetting(proxy, sizeof proxy, &port)    // true: proxy.example, 8080
+///     CommunicationLibrary::IsProxyRequiredFor("http://10.0.0.5/")             // false, by "10.0.0.*"
+///     CommunicationLibrary::Post("https://server.example/", "<report/>", answer)    // 0
 ///
 /// The static functions keep no state and read the settings afresh at each call. Thread: any; a transfer by
 /// the platform's URL loading runs the calling thread's run loop, and the look-up of a host's name blocks its

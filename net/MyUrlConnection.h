@@ -1,8 +1,8 @@
 /// \file
 /// One transfer by the platform's URL loading, waited for.
 ///
-///     NSData *answer = [MyUrlConnection sendMySynchronousRequest:request transferTimeout:70];   // nil:
-///     failed or too late
+///     NSData *answer = [MyUrlConnection sendMySynchronousRequest:request transferTimeout:70];
+///     // nil: failed or too late
 ///
 /// The calling thread's run loop runs in the default mode meanwhile, in slices of half a second. Any thread
 /// that has one.

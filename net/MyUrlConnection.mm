@@ -51,9 +51,11 @@ static const long long kMostExpected = 1LL << 30;
         NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
         [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode
                                  beforeDate:[NSDate dateWithTimeIntervalSinceNow:kSlice]];
-        if (m_doCancel && ![self isTransferDone]) {
-            [m_urlConn cancel];
+        if (m_doCancel) {
+            if (![self isTransferDone])  // its end within this slice comes too late, and has parted from it
+                [m_urlConn cancel];
             [self setTransferDone:YES];
+            m_hasFinished = NO;
             isCancelled = YES;
         }
         [pool drain];
@@ -66,7 +68,8 @@ static const long long kMostExpected = 1LL << 30;
 
 - (void)timeIsUp:(NSTimer *)timer
 {
-    [timer invalidate];
+    (void)timer;
+    [m_timer invalidate];
     m_doCancel = YES;
 }
 

@@ -30,12 +30,19 @@ NSURLRequest *postRequest(NSURL *url, const std::string &body)
     return request;
 }
 
+/// The platform loads other URLs as well, files among them, and calls that a success.
+bool isWeb(NSURL *url)
+{
+    NSString *scheme = [[url scheme] lowercaseString];
+    return [scheme isEqualToString:@"http"] || [scheme isEqualToString:@"https"];
+}
+
 int postByURLLoading(const std::string &url, const std::string &body, std::string &response)
 {
     tarvik::Pool pool;
     NSString *text = tarvik::nsstring(url);
     NSURL *destination = text ? [NSURL URLWithString:text] : nil;
-    if (!destination)
+    if (!isWeb(destination))
         return CommunicationLibrary::kFailure;
     bool hasFinished = false;
     tarvik::attempt([&] {

@@ -76,7 +76,7 @@ std::vector<size_t> placesFromTheEnd(const std::u16string &text, const std::u16s
         const auto found = tarvik::occurrence(self, text, 0);
         if (!found)
             return;
-        front = [NSMutableString stringWithString:[self substringToIndex:found->location]];
+        front = tarvik::changeableCopy([self substringToIndex:found->location]);
         [self deleteCharactersInRange:NSMakeRange(0, NSMaxRange(*found))];
     });
     return ok ? front : nil;
@@ -143,21 +143,21 @@ std::vector<size_t> placesFromTheEnd(const std::u16string &text, const std::u16s
 
 - (NSMutableString *)chractersFilteredString:(int (*)(int))isInClass
 {
-    NSMutableString *copy = [NSMutableString stringWithString:self];
+    NSMutableString *copy = tarvik::changeableCopy(self);
     [copy filterChracters:isInClass];
     return copy;
 }
 
 - (NSMutableString *)find:(NSString *)text andReplaceAllString:(NSString *)replacement
 {
-    NSMutableString *copy = [NSMutableString stringWithString:self];
+    NSMutableString *copy = tarvik::changeableCopy(self);
     [copy find:text andReplaceAll:replacement];
     return copy;
 }
 
 - (NSMutableString *)stringBySetLength:(uint32_t)length withFillString:(NSString *)fill
 {
-    NSMutableString *copy = [NSMutableString stringWithString:self];
+    NSMutableString *copy = tarvik::changeableCopy(self);
     [copy setLength:length withFillString:fill];
     return copy;
 }

@@ -92,8 +92,10 @@ int32_t firstNumber(const std::u16string &text)
     if (!front || !back || index > [self length])
         return;
     tarvik::guarded("-[NSString(FoundationX) devideAtIndex:front:back:]", __LINE__, [&] {
-        NSMutableString *head = [NSMutableString stringWithString:[self substringToIndex:index]];
-        NSMutableString *tail = [NSMutableString stringWithString:[self substringFromIndex:index]];
+        // Cut from copies: a constant string has no substring that ends within a surrogate pair.
+        NSMutableString *head = tarvik::changeableCopy(self), *tail = tarvik::changeableCopy(self);
+        [head deleteCharactersInRange:NSMakeRange(index, [head length] - index)];
+        [tail deleteCharactersInRange:NSMakeRange(0, index)];
         *front = head;
         *back = tail;
     });

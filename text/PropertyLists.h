@@ -2,7 +2,7 @@
 /// Property lists: dictionaries and arrays from XML, files and bundle resources, and back.
 ///
 ///     NSData *xml = [NSData dataWithPropertyList:list];
-///     NSArray *rows = [NSArray arrayWithXMLData:xml];             // nil, and a message, when it is not an array's
+///     NSArray *rows = [NSArray arrayWithXMLData:xml];             // nil when it is not an array's
 ///     CFMutableDictionaryRef options = CFDictionaryCreateMutableWithResource(CFSTR("Options"), CFSTR("plist"), NULL, NULL);
 ///
 /// What is read is checked by the platform's reader: hostile or damaged text gives the failure, never a crash.

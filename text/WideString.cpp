@@ -1,11 +1,13 @@
 #include <Tarvik/text/WideString.h>
 
+#include <algorithm>
+
 namespace {
 
 size_t unitCount(const unsigned short *text)
 {
     size_t count = 0;
-    while (text[count] != 0)
+    while (text && text[count] != 0)
         count += 1;
     return count;
 }
@@ -26,8 +28,8 @@ wchar_t *wshort2wchar(const unsigned short *text)
 {
     const size_t count = unitCount(text);
     auto *const copy = new wchar_t[count + 1];
-    for (size_t i = 0; i <= count; i++)
-        copy[i] = text[i];
+    std::copy(text, text + count, copy);
+    copy[count] = 0;
     return copy;
 }
 

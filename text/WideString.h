@@ -110,7 +110,7 @@ wstring string2wstring(const std::string &text);
 std::string wstring2string(const wstring &text);
 
 /// A copy of 16-bit text up to its terminating 0, each unit widened by itself (so that a surrogate pair stays two elements), with a
-/// terminating 0 of its own. The caller releases it with `delete[]`.
+/// terminating 0 of its own. The caller releases it with `delete[]`. Null counts as no text.
 wchar_t *wshort2wchar(const unsigned short *text);
 
 /// The same as a string.

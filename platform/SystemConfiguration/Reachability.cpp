@@ -123,6 +123,8 @@ Boolean SCNetworkCheckReachabilityByName(const char *nodename, SCNetworkConnecti
     std::string name = nodename;
     if (name.size() > 2 && name.front() == '[' && name.back() == ']')
         name = name.substr(1, name.size() - 2);
+    if (name.size() > 1 && name.back() == '.')  // an absolute name; the hosts file knows it without the dot
+        name.pop_back();
     addrinfo wanted{};
     wanted.ai_socktype = SOCK_STREAM;
     addrinfo *found = nullptr;

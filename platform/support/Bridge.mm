@@ -46,6 +46,9 @@ std::optional<std::string> utf8(NSString *text)
 
 NSString *nsstring(std::string_view bytes)
 {
+    // The platform takes U+FEFF for a byte order mark and drops it, but only in the first place.
+    if (bytes.starts_with("\xEF\xBB\xBF"))
+        return [nsstring(std::string("x").append(bytes)) substringFromIndex:1];
     return [[[NSString alloc] initWithBytes:bytes.data()
                                      length:bytes.size()
                                    encoding:NSUTF8StringEncoding] autorelease];

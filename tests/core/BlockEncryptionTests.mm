@@ -203,14 +203,17 @@ TEST(BlockEncryption, Strings)
         EXPECT_EQ(text, tarvik::utf8([NSString stringWithEncryptedData:cipher decryptKey:key]));
         EXPECT_EQ(text, tarvik::utf8([NSMutableString stringWithEncryptedData:cipher decryptKey:key]));
     }
+    NSString *marked = tarvik::nsstring("\xEF\xBB\xBFmarked");
+    EXPECT_EQ(7u, [[NSString stringWithEncryptedData:[marked encryptedData:key] decryptKey:key] length]);
     EXPECT_EQ(0u, [[@"" encryptedData:key] length]);
     EXPECT_TRUE([@"" encryptedData:key]);
     EXPECT_TRUE([[NSString stringWithEncryptedData:nil decryptKey:key] isEqualToString:@""]);
     EXPECT_TRUE([[NSString stringWithEncryptedData:[NSData data] decryptKey:key] isEqualToString:@""]);
     EXPECT_EQ(nil, [@"a" encryptedData:nullptr]);
     EXPECT_EQ(nil, [NSString stringWithEncryptedData:tarvik::nsdata("12345678") decryptKey:nullptr]);
-    const unichar half = 0xD83D;
-    EXPECT_EQ(nil, [[NSString stringWithCharacters:&half length:1] encryptedData:key]);
+    NSString *half = [tarvik::nsstring("\xF0\x9F\x98\x80") substringToIndex:1];
+    ASSERT_EQ(1u, [half length]);
+    EXPECT_EQ(nil, [half encryptedData:key]);
 }
 
 }  // namespace

@@ -115,13 +115,14 @@ TEST_F(SystemLog, MainArgumentsAreARecordEach)
     char *argv[] = {name, path, odd, nullptr};
     LogMainArguments(3, argv);
     LogMainArguments(0, argv);
+    LogMainArguments(2, nullptr);
     const auto all = records();
     std::vector<std::string> tails;
     for (const Record &record : all)
         tails.push_back(record.text.substr(0, 17) + "*" + record.text.substr(record.text.rfind(": ") + 2));
     EXPECT_EQ(tails, (std::vector<std::string>{"LogMainArguments:*argc=03", "LogMainArguments:*argv[00]=prog",
                                                "LogMainArguments:*argv[01]=/tmp/é", "LogMainArguments:*argv[02]=%@%s",
-                                               "LogMainArguments:*argc=00"}));
+                                               "LogMainArguments:*argc=00", "LogMainArguments:*argc=02"}));
 }
 
 TEST_F(SystemLog, GuardLogsTheExceptionAndAnswersTheFailure)

@@ -114,7 +114,6 @@ TEST_F(CDSAUtility, DigestsOfFilesAndPipes)
 TEST_F(CDSAUtility, FailingFiles)
 {
     const size_t open = openDescriptors();
-    CSSM_DATA digest{};
     unsigned char *bytes = nullptr;
     uint64_t length = 7;
     const std::string missing = folder / "missing", directory = folder.path();
@@ -122,7 +121,9 @@ TEST_F(CDSAUtility, FailingFiles)
     EXPECT_EQ(0u, length);
     EXPECT_EQ(EISDIR, Utility::readFile(directory.c_str(), &bytes, &length));
     EXPECT_EQ(EINVAL, Utility::readFile(nullptr, &bytes, &length));
+    CSSM_DATA digest{7, reinterpret_cast<uint8 *>(7)};  // what it held before does not matter
     EXPECT_EQ(ENOENT, Utility::stagedDigest(csp, CSSM_ALGID_MD5, missing.c_str(), &digest));
+    EXPECT_EQ(nullptr, digest.Data);
     EXPECT_EQ(EISDIR, Utility::stagedDigest(csp, CSSM_ALGID_MD5, directory.c_str(), &digest));
     EXPECT_EQ(-1, Utility::oneShotDigestFromFile(csp, CSSM_ALGID_MD5, missing.c_str(), &digest));
     EXPECT_EQ(CSSMERR_CSP_INVALID_ALGORITHM,
@@ -258,8 +259,10 @@ TEST_F(CDSAUtility, KeysFromPasswords)
     EXPECT_EQ(toHex(expected), toHex({reinterpret_cast<char *>(key.KeyData.Data), key.KeyData.Length}));
     EXPECT_EQ(CSSM_OK, Utility::cdsaFreeKey(csp, &key));
     EXPECT_EQ(nullptr, key.KeyData.Data);
+    key.KeyData = {7, reinterpret_cast<uint8 *>(7)};
     EXPECT_EQ(CSSMERR_CSP_UNSUPPORTED_KEY_SIZE,
               Utility::cdsaDeriveKey(csp, "p", 1, CSSM_ALGID_DES, 256, &key));
+    EXPECT_EQ(CSSM_OK, Utility::cdsaFreeKey(csp, &key)) << "it is empty";
     // The table of contexts ends here.
     CSSM_CC_HANDLE context = 0;
     const CSSM_KEY unknown = keyOf(99, expected);

@@ -44,6 +44,20 @@ TEST(MyUrlConnection, AnswersTheBytesOrNil)
     }
 }
 
+TEST(MyUrlConnection, WhatEndsInTheSliceOfTheTimeLimitIsTooLate)
+{
+    const LocalServer server;
+    MyUrlConnection *connection = [[[MyUrlConnection alloc] initWithTimeout:30] autorelease];
+    NSURL *url = [NSURL URLWithString:tarvik::nsstring(server.url("/bytes/10"))];
+    ASSERT_TRUE([connection sendRequest:[NSURLRequest requestWithURL:url]]);
+    while (![connection isTransferDone])
+        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:20]];
+    EXPECT_TRUE([connection hasFinished]);
+    [connection timeIsUp:nil];
+    EXPECT_EQ([connection wait], nil);
+    EXPECT_FALSE([connection hasFinished]);
+}
+
 TEST(MyUrlConnection, AThousandTransfersLeaveNothing)
 {
     const LocalServer server;
@@ -107,7 +121,8 @@ TEST(Post, GoesThroughURLLoading)
         EXPECT_NE(answer.find(field), std::string::npos) << field << answer;
     EXPECT_EQ(CommunicationLibrary::Post(server.url("/bytes/0"), "", answer), 0) << "an empty answer is one";
     EXPECT_EQ(answer, "");
-    for (const std::string &url : {server.url("/close"), std::string("http://a b/"), std::string("\xFF"), std::string(), std::string("gopher://h/")})
+    for (const std::string &url : {server.url("/close"), std::string("http://a b/"), std::string("\xFF"), std::string(), std::string("gopher://h/"),
+                                   std::string("file:///etc/hostname")})
         EXPECT_EQ(CommunicationLibrary::Post(url, "x", answer), CommunicationLibrary::kFailure) << url;
     EXPECT_EQ(answer, "");
 }

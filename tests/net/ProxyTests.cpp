@@ -160,7 +160,7 @@ TEST(Reachability, ByRoute)
     const struct {
         const wchar_t *url;
         bool isUp;
-    } cases[] = {{L"http://127.0.0.1/", true},   {L"http://localhost:1/x", true}, {L"https://[::ffff:127.0.0.1]/", true},
+    } cases[] = {{L"http://127.0.0.1/", true},   {L"http://localhost:1/x", true}, {L"https://[::ffff:127.0.0.1]/", true}, {L"http://localhost./", true},
                  {L"http://no-such.invalid/", false}, {L"nonsense", false},       {L"", false}};
     for (const auto &[url, isUp] : cases)
         EXPECT_EQ(CommunicationLibrary::IsOSXConnectionUp(url), isUp) << std::string(url, url + wcslen(url));

@@ -95,6 +95,11 @@ TEST(Parsing, Halves)
     [@"abc" devideAtIndex:4 front:&front back:&back];
     [@"abc" devideAtIndex:1 front:&front back:nullptr];
     EXPECT_EQ(front, before);
+    [@"a\U0001F600b" devideAtIndex:2 front:&front back:&back];  // within a pair
+    EXPECT_EQ([front characterAtIndex:1], 0xD83D);
+    EXPECT_EQ([back length], 2u);
+    [front appendString:back];
+    EXPECT_EQ(utf8(front), "a\U0001F600b");
 }
 
 int gLogged = 0;
@@ -219,6 +224,8 @@ TEST(Editing, CuttingAndFilling)
     EXPECT_EQ(utf8([@"" stringBySetLength:3 withFillString:nil]), "   ");
     EXPECT_EQ(utf8([@"abc" stringBySetLength:2 withFillString:@""]), "ab");
     EXPECT_EQ(utf8([@"abc" stringBySetLength:0 withFillString:@"x"]), "");
+    EXPECT_EQ(utf8([text("\uFEFF=b") stringBySetLength:4 withFillString:nil]), "\uFEFF=b ");
+    EXPECT_EQ([[halfPair() stringBySetLength:4 withFillString:nil] length], 4u);
     NSMutableString *itself = [NSMutableString stringWithString:@"ab"];
     [itself setLength:7 withFillString:itself];
     EXPECT_EQ(utf8(itself), "abababa");

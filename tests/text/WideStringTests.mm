@@ -58,6 +58,8 @@ TEST(WideString, SixteenBitUnitsStayApart)
     const std::unique_ptr<wchar_t[]> copy(Utils::wshort2wchar(units));
     EXPECT_EQ(wstring(copy.get()), expected);
     EXPECT_EQ(Utils::wshort2wstring(units + 4), L"");
+    EXPECT_EQ(Utils::wshort2wstring(nullptr), L"");
+    EXPECT_EQ(std::unique_ptr<wchar_t[]>(Utils::wshort2wchar(nullptr))[0], 0);
 }
 
 TEST(WideString, FromPlatformStrings)
