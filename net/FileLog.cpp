@@ -19,37 +19,31 @@ constexpr size_t kLongestWideMessage = 1023;
 
 constexpr size_t kStamp = 24;
 
-/// What holds for a second: the time in UTC, in the C library's fixed form, and the log's path. Both cost as
-/// much as the writing itself.
-struct Second {
-    time_t when = -1;
-    char stamp[32] = "";
-    std::string path;
-
-    static const Second &current()
-    {
-        thread_local Second last;
-        const time_t now = time(nullptr);
-        tm broken;
-        if (now != last.when && gmtime_r(&now, &broken) && asctime_r(&broken, last.stamp)) {
-            last.path = GetLogFilename();
-            last.when = now;
-        }
-        return last;
-    }
-};
+/// The time in UTC, in the C library's fixed form; made once a second, as making it costs as much as writing it.
+const char *stamp()
+{
+    struct Second {
+        time_t when = -1;
+        char stamp[32] = "";
+    };
+    thread_local Second last;
+    const time_t now = time(nullptr);
+    tm broken;
+    if (now != last.when && gmtime_r(&now, &broken) && asctime_r(&broken, last.stamp))
+        last.when = now;
+    return last.stamp;
+}
 
 void append(const char *message, const std::string &rest)
 {
-    const Second &now = Second::current();
     const tarvik::FileDescriptor file(
-        open(now.path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
+        open(GetLogFilename().c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
     if (!file)
         return;
     const size_t length = strlen(message);
     std::string line;
     line.reserve(kStamp + sizeof "  Message: " + length + rest.size());
-    line.append(now.stamp, kStamp);
+    line.append(stamp(), kStamp);
     line += "  Message: ";
     line.append(message, length);
     line += rest;

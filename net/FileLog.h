@@ -7,8 +7,7 @@
 ///
 /// The folder is the switch: while it exists, messages are written; the toolkit never makes it. Times are in
 /// UTC. A line is one append to the file, so lines of several threads and processes never mix; the file is
-/// opened and closed for each of them and may be removed at any time. A failure is silent. A change of the temporary
-/// folder is noticed within a second. Thread: any.
+/// opened and closed for each of them and may be removed at any time. A failure is silent. Thread: any.
 #pragma once
 #include <stdint.h>
 

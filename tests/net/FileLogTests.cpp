@@ -46,6 +46,10 @@ TEST_F(FileLog, IsWrittenWhileItsFolderExists)
     EXPECT_LE(before, timegm(&broken));
     EXPECT_GE(time(nullptr), timegm(&broken)) << "in UTC, wherever we are";
     EXPECT_TRUE(Utils::IsLoggingOn());
+    setenv("TMPDIR", (folder / "tarvik-logs").c_str(), 1);
+    Utils::LogMessage("lost, at once");
+    setenv("TMPDIR", folder.path().c_str(), 1);
+    EXPECT_EQ(text(), line);
     std::filesystem::remove_all(folder / "tarvik-logs");
     Utils::LogMessage("lost again");
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));

@@ -142,6 +142,10 @@ TEST(CFString, GetBytesStopsOrSubstitutes)
                                sizeof buffer, &used),
               2);
     EXPECT_EQ(std::string(buffer, buffer + used), "a?");
+    const UniChar marked[] = {0xFEFF, 0xD83D};
+    Owned<CFStringRef> odd(CFStringCreateWithCharacters(nullptr, marked, 2));
+    Owned<CFMutableStringRef> copy(CFStringCreateMutableCopy(nullptr, 0, odd));
+    EXPECT_TRUE(CFEqual(copy, odd));
 }
 
 TEST(CFString, CStringsAndPascalStringsFitOrFail)
