@@ -1,7 +1,9 @@
 #include "FileItems.h"
 #include "Streams.h"
 
+#include <Carbon/FileOperations.h>
 #include <Carbon/FileTrees.h>
+#include <CoreFoundation/CFNumber.h>
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -17,6 +19,8 @@ struct Released {
     void operator()(const void *object) const { CFRelease(object); }
 };
 using Name = std::unique_ptr<const __CFString, Released>;
+
+constexpr uint64_t kLargeFile = 64 << 20;
 
 struct Target {
     FSRef folder;
@@ -78,8 +82,8 @@ private:
     void copyFile(const std::string &path, const FSRef &source, const FSCatalogInfo &info,
                   const FSRef &folder, CFStringRef name)
     {
-        if (info.dataLogicalSize > UINT32_MAX)
-            throw Failure(path + ": larger than 4 GiB, which a copy of forks does not take (use cp)");
+        if (info.dataLogicalSize >= kLargeFile)
+            return copyLargeFile(path, source, info, folder, name);
         if (!FSCopyFile(&source, &folder, name, nullptr))
             throw Failure(path + (hasReadableResources(source)
                                       ? ": could not be copied to " + pathOfItem(folder) +
@@ -88,6 +92,54 @@ private:
                                         "sound AppleDouble file)"));
         progress_.advance(info.dataLogicalSize + info.rsrcLogicalSize);
     }
+
+    /// One that takes a while: in the background, so that its progress can be shown, and without a limit to
+    /// its size.
+    void copyLargeFile(const std::string &path, const FSRef &source, const FSCatalogInfo &info,
+                       const FSRef &folder, CFStringRef name)
+    {
+        FSRef there;
+        if (FSGetChild(&folder, &there, name) &&
+            catalogOf(there, kFSCatInfoNodeFlags, path).nodeFlags & kFSNodeIsDirectoryMask)
+            throw Failure(pathOfItem(there) + ": a folder is in the way");
+        Background copy{progress_};
+        const std::unique_ptr<__FSFileOperation, Released> operation(FSFileOperationCreate(nullptr));
+        FSFileOperationScheduleWithRunLoop(operation.get(), CFRunLoopGetCurrent(), kCFRunLoopDefaultMode);
+        const FSFileOperationClientContext context = {0, &copy, nullptr, nullptr, nullptr};
+        OSStatus error = FSCopyObjectAsync(operation.get(), &source, &folder, name,
+                                           kFSFileOperationOverwrite | kFSFileOperationSkipPreflight,
+                                           Background::tell, 0.2, &context);
+        while (error == noErr && !copy.isComplete)
+            CFRunLoopRunInMode(kCFRunLoopDefaultMode, 60, false);  // till it is stopped
+        if (error == noErr)
+            error = copy.error;
+        if (error != noErr)
+            throw fileFailure(path, error);
+        progress_.advance(info.rsrcLogicalSize);
+    }
+
+    struct Background {
+        Progress &progress;
+        uint64_t done = 0;
+        bool isComplete = false;
+        OSStatus error = noErr;
+
+        static void tell(FSFileOperationRef, const FSRef *, FSFileOperationStage stage, OSStatus error,
+                         CFDictionaryRef status, void *info)
+        {
+            auto &self = *static_cast<Background *>(info);
+            int64_t bytes = 0;
+            CFNumberGetValue(
+                static_cast<CFNumberRef>(CFDictionaryGetValue(status, kFSOperationBytesCompleteKey)),
+                kCFNumberSInt64Type, &bytes);
+            self.progress.advance(uint64_t(bytes) - self.done);
+            self.done = uint64_t(bytes);
+            self.isComplete = stage == kFSOperationStageComplete;
+            self.error = error;
+            if (self.isComplete)
+                CFRunLoopStop(CFRunLoopGetCurrent());
+        }
+    };
 
     static bool hasReadableResources(const FSRef &source)
     {
@@ -189,7 +241,8 @@ const Registration registration({
                "replaced, a folder of that name\n"
                "takes in what the source holds. Links in a folder are copied as links. Data are shared with "
                "the original, or copied\n"
-               "by the kernel, where the file system can.\n\n"
+               "by the kernel, where the file system can; holes stay holes. A large file takes its place "
+               "when it is whole.\n\n"
                "Examples:\n"
                "  tarvik copy Icon Icon.backup\n"
                "  tarvik copy *.rsrc Projects /mnt/archive",

@@ -1,12 +1,41 @@
 #include "platform/CoreFoundation/private/Bridging.h"
 
 #include <CoreFoundation/CFRunLoop.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 #include <map>
 #include <mutex>
 
 using namespace tarvik;
 using namespace tarvik::cf;
+
+/// An event of this thread's loop that comes at once. What a timer calls doesn't end the loop's turn, an event does.
+@interface OneEvent : NSObject <RunLoopEvents>
++ (void)raise;
+@end
+
+@implementation OneEvent
+
++ (void)raise
+{
+    NSString *mode = [[NSRunLoop currentRunLoop] currentMode];
+    const int descriptor = mode ? eventfd(1, EFD_CLOEXEC) : -1;  // without a mode the loop isn't running
+    if (descriptor < 0)
+        return;
+    OneEvent *event = [[OneEvent alloc] init];  // until it is received
+    [[NSRunLoop currentRunLoop] addEvent:reinterpret_cast<void *>(intptr_t(descriptor)) type:ET_RDESC watcher:event forMode:mode];
+}
+
+- (void)receivedEvent:(void *)data type:(RunLoopEventType)type extra:(void *)extra forMode:(NSString *)mode
+{
+    (void)extra;
+    [[NSRunLoop currentRunLoop] removeEvent:data type:type forMode:mode all:YES];
+    close(int(reinterpret_cast<intptr_t>(data)));
+    [self autorelease];
+}
+
+@end
 
 namespace {
 
@@ -111,8 +140,9 @@ void CFRunLoopWakeUp(CFRunLoopRef loop)
             const auto entry = loops().find(loop);
             thread = entry == loops().end() ? nil : [[entry->second.thread retain] autorelease];
         }
-        // A loop of this thread is awake: it has called this.
-        if (thread && thread != [NSThread currentThread])
+        if (thread == [NSThread currentThread])
+            [OneEvent raise];
+        else if (thread)
             [[[NSObject new] autorelease] performSelector:@selector(self) onThread:thread withObject:nil waitUntilDone:NO];
     });
 }

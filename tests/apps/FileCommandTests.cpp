@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <fstream>
+
 namespace
 {
 
@@ -83,6 +85,42 @@ TEST(CopyCommand, WholeFolders)
     EXPECT_EQ(folder.read("alone"), "new");
     for (const std::string &place : {top, copy, copy + "/top"})
         fs::permissions(place + "/sub", fs::perms::owner_all);
+}
+
+// Without blocks but for its first and last bytes, so that it costs neither time nor room.
+TEST(CopyCommand, TakesFilesOfAnySize)
+{
+    const TemporaryFolder folder;
+    const std::string film = folder.write("film", "begin"), copy = folder / "copies/film";
+    constexpr uint64_t kSize = uint64_t(5) << 30;
+    fs::resize_file(film, kSize - 3);
+    std::ofstream(film, std::ios::app) << "end";
+    ASSERT_EQ(runTarvik({"file", "put", "-r", film}, "resources").status, 0);
+    ASSERT_EQ(runTarvik({"file", "label", "--set=red", film}).status, 0);
+    fs::permissions(film, fs::perms(0640));
+    fs::create_directories(folder / "copies");
+    folder.write("copies/film", "old");
+    for (int round = 0; round < 2; ++round) {
+        const ProgramResult result = runTarvik({"copy", film, folder / "copies"});
+        ASSERT_EQ(result.status, 0) << result.error;
+        ASSERT_EQ(fs::file_size(copy), kSize);
+        struct stat about;
+        ASSERT_EQ(stat(copy.c_str(), &about), 0);
+        EXPECT_LT(about.st_blocks, 1000) << "holes stay holes";
+        EXPECT_EQ(about.st_mode & 0777, 0640u);
+        std::ifstream file(copy);
+        std::string begin(5, ' '), end(3, ' ');
+        file.read(begin.data(), 5).seekg(-3, std::ios::end).read(end.data(), 3);
+        EXPECT_EQ(begin + end, "beginend");
+        EXPECT_EQ(runTarvik({"file", "cat", "-r", copy}).out, "resources");
+        EXPECT_EQ(runTarvik({"file", "label", copy}).out, "red     " + copy + "\n");
+    }
+    fs::create_directories(folder / "taken/film/keep");
+    EXPECT_EQ(runTarvik({"copy", film, folder / "taken"}).status, 1) << "a folder in its place";
+    EXPECT_TRUE(fs::exists(folder / "taken/film/keep"));
+    EXPECT_EQ(runTarvik({"copy", film, film}).status, 1);
+    EXPECT_EQ(fs::file_size(film), kSize);
+    EXPECT_EQ(runProgram({"find", folder.path(), "-name", ".tarvik-*"}).out, "");
 }
 
 }  // namespace

@@ -21,10 +21,8 @@
 #include <unistd.h>
 #include <vector>
 
-namespace diskimages
-{
-namespace
-{
+namespace diskimages {
+namespace {
 
 using tarvik::FileDescriptor;
 
@@ -108,8 +106,7 @@ void mountLoop(const std::string &path, const ImageKind &kind, bool readOnly, co
 }
 
 /// The node of a partition, made for as long as this lives where nobody makes them by himself.
-class PartitionNode
-{
+class PartitionNode {
 public:
     PartitionNode(const std::string &disk, int partition) : path_(disk + 'p' + std::to_string(partition))
     {

@@ -6,8 +6,7 @@
 #include <cstdint>
 #include <unistd.h>
 
-namespace diskimages
-{
+namespace diskimages {
 
 /// A stretch of the file; zeros where the file has ended. Throws Failure.
 template <size_t size>

@@ -10,10 +10,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace diskimages
-{
-namespace
-{
+namespace diskimages {
+namespace {
 
 constexpr ImageKind kSquashfs{"squashfs", "squashfuse", false};
 constexpr ImageKind kExt4{"ext4", "fuse2fs", true};

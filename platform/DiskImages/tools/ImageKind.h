@@ -4,8 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace diskimages
-{
+namespace diskimages {
 
 struct ImageKind {
     const char *filesystem;   ///< as mount(2) and reports call it

@@ -6,18 +6,15 @@
 #include <cstring>
 #include <span>
 
-namespace diskimages
-{
-namespace
-{
+namespace diskimages {
+namespace {
 
 constexpr uint64_t kSector = 512;
 constexpr int kMostPartitions = 128;  // more than that is no table that anybody made
 
 using Sector = std::array<unsigned char, kSector>;
 
-class Table
-{
+class Table {
 public:
     Table(int descriptor, uint64_t diskSize) : descriptor_(descriptor), sectors_(diskSize / kSector) {}
 

@@ -5,8 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace diskimages
-{
+namespace diskimages {
 
 struct Partition {
     int number;  ///< as the kernel counts: 1 to 4 and from 5 on in an extended one, or the place in the GUID
