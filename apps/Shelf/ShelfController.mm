@@ -141,6 +141,7 @@ void assign(T *&place, T *object)
 
 - (void)rowsChanged
 {
+    [mRows storeDatasource:self];  // at once, so that they are kept if the display goes away; the file is written a little later
     [NSObject cancelPreviousPerformRequestsWithTarget:self selector:@selector(store) object:nil];
     [self performSelector:@selector(store) withObject:nil afterDelay:kStoreDelay inModes:[JobQueue modes]];
     [mWindow->mTable reloadData];
