@@ -1,10 +1,9 @@
 #include "Images.h"
 
-#include "Closure.h"
-
 #include <Tarvik/Tarvik.h>
 #import <Tarvik/support/Bridge.h>
 #include <Tarvik/support/Handle.h>
+#import <Tarvik/support/Pool.h>
 
 #include <errno.h>
 #include <fcntl.h>
@@ -13,29 +12,29 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <vector>
 
-/// Reads the percentages that the tool writes while it makes an image, and ends the tool when it is no longer wanted.
+/// Reads the percentages that the tool writes while it makes an image, on the tool's thread.
 @interface CreationWatcher : NSObject {
 @public
-    Closure<shelf::Progress> mProgress;
-    bool mEnded;
+    std::atomic<double> mFraction;
+    bool mHasEnded;
 }
 @end
 
 @implementation CreationWatcher
 - (BOOL)commandTool:(CommandTool *)tool readStandardOutputData:(NSData *)piece
 {
+    (void)tool;
     const std::string mark = "PERCENT:", text = tarvik::bytes(piece).value_or("");
     const size_t at = text.rfind(mark);
-    const double percent = at == std::string::npos ? -1 : std::atof(text.c_str() + at + mark.size());
-    if (percent >= 0 && !mEnded && !mProgress(std::clamp(percent / 100, 0.0, 1.0))) {
-        mEnded = true;
-        [tool kill];
-    }
+    if (at != std::string::npos)
+        mFraction = std::clamp(std::atof(text.c_str() + at + mark.size()) / 100, 0.0, 1.0);
     return YES;
 }
+- (void)toolDidRun:(NSNotification *)notification { (void)notification, mHasEnded = true; }
 @end
 
 namespace shelf {
@@ -107,20 +106,39 @@ private:
 
 bool createImage(NSString *folder, NSString *path, const Progress &progress)
 {
+    constexpr NSTimeInterval kTurn = 0.05;
     const std::string file = tarvik::utf8(path).value_or("");
     const auto before = identity(file);
     CommandTool *tool = [CommandTool commandToolWithPath:kDiskImageEditorPath];
     CreationWatcher *watcher = [[[CreationWatcher alloc] init] autorelease];
-    watcher->mProgress = progress;
     [tool setArguments:[NSArray arrayWithObjects:@"create", @"-puppetstrings", @"-ov", @"-srcfolder", folder, path, nil]];
     [tool setReadStandardOutput:YES];
     [tool setDelegate:watcher];
-    const bool ran = [tool run:NO];
+    // In the background, so that a tool that says nothing for a while is ended as soon as one that does.
+    NSNotificationCenter *center = [NSNotificationCenter defaultCenter];
+    [center addObserver:watcher selector:@selector(toolDidRun:) name:CommandToolDidRunNotification object:tool];
+    bool isWanted = true;
+    watcher->mHasEnded = ![tool run:YES];
+    while (!watcher->mHasEnded) {
+        tarvik::Pool pool;
+        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:kTurn]];
+        if (isWanted)
+            isWanted = progress(watcher->mFraction);
+        if (!isWanted)
+            [tool kill];  // again and again: it may not have been launched yet
+    }
+    [center removeObserver:watcher];
     [tool setDelegate:nil];
     // The tool's exit status is not to be had; a new file is there whole or not at all.
     const auto after = identity(file);
-    return ran && !watcher->mEnded && after.first != 0 &&
-           (after.first != before.first || memcmp(&after.second, &before.second, sizeof after.second) != 0);
+    const bool isMade = after.first != 0 && (after.first != before.first || memcmp(&after.second, &before.second, sizeof after.second) != 0);
+    if (isMade && isWanted)
+        progress(1);
+    if (isMade && !isWanted && before.first == 0) {
+        unlink(file.c_str());  // it was finished before it could be ended
+        return false;
+    }
+    return isMade;
 }
 
 NSString *mountImage(NSString *path, NSString *&reason)

@@ -6,8 +6,8 @@
 namespace shelf {
 
 NSMenu *mainMenu();
-/// "None" and the colours; the items' tags are the labels' numbers, their action is the target's `setImageLabel:` (nil: of
-/// the responder chain).
+/// "None" and the colours; the items' tags are the labels' numbers, their action is the target's `setImageLabel:`. Nil: of the
+/// responder chain, as in the menu bar, where the numbers are their keys too.
 NSMenu *labelMenu(id target);
 
 }  // namespace shelf

@@ -55,7 +55,7 @@ NSMenu *labelMenu(id target)
     for (int label = 0; label < kLabelCount; ++label) {
         id<NSMenuItem> item = [made addItemWithTitle:[labelName(label) localize]
                                               action:@selector(setImageLabel:)
-                                       keyEquivalent:[NSString stringWithFormat:@"%d", label]];
+                                       keyEquivalent:!target ? [NSString stringWithFormat:@"%d", label] : @""];
         [item setTag:label];
         [item setTarget:target];
         [item setImage:labelSpot(label)];

@@ -19,8 +19,12 @@ void ask(NSWindow *window, const Alert &alert, std::function<void(bool)> answer 
 
 void chooseImages(NSWindow *window, std::function<void(NSArray *paths)> answer);
 void chooseFolder(NSWindow *window, NSString *prompt, std::function<void(NSString *path)> answer);
+struct Destination {
+    NSString *title, *name, *type;  // the panel's title; the file's name and its extension
+    NSString *folder = nil;         // nil: where the user was last
+};
 /// Where to save. The panel has asked whether a file there may be replaced.
-void chooseDestination(NSWindow *window, NSString *title, NSString *name, NSString *type, std::function<void(NSString *path)> answer);
+void chooseDestination(NSWindow *window, const Destination &proposed, std::function<void(NSString *path)> answer);
 /// A line of text. Empty or cancelled: nothing is answered.
 void chooseText(NSWindow *window, NSString *question, NSString *initial, NSString *button, std::function<void(NSString *)> answer);
 

@@ -1,7 +1,6 @@
 #include "Panels.h"
 
 #include "Closure.h"
-#include "Style.h"
 
 #include <Tarvik/TarvikUI.h>
 #import <Tarvik/support/ArrayRange.h>
@@ -108,25 +107,25 @@ void chooseFolder(NSWindow *window, NSString *prompt, std::function<void(NSStrin
     openPanel(window, true, prompt, [answer](NSArray *paths) { answer([paths objectAtIndex:0]); });
 }
 
-void chooseDestination(NSWindow *window, NSString *title, NSString *name, NSString *type, std::function<void(NSString *)> answer)
+void chooseDestination(NSWindow *window, const Destination &proposed, std::function<void(NSString *)> answer)
 {
     PanelAnswer *delegate = answering([answer](id panel, int code) {
         if (code == NSOKButton && [panel filename])
             answer([panel filename]);
     });
     [NSSavePanel beginSheetWithSetting:nil
-                      requiredFileType:type
+                      requiredFileType:proposed.type
                   canCreateDirectories:YES
               canSelectHiddenExtension:NO
                        extensionHidden:NO
        treatsFilePackagesAsDirectories:NO
                                 prompt:nil
-                                 title:title
+                                 title:proposed.title
                         nameFieldLabel:nil
                                message:nil
                                 window:window
-                             directory:nil
-                                  file:name
+                             directory:proposed.folder
+                                  file:proposed.name
                          modalDelegate:delegate
                         didEndSelector:kEnded
                            contextInfo:nullptr];
@@ -155,9 +154,8 @@ void chooseText(NSWindow *window, NSString *question, NSString *initial, NSStrin
     for (const auto &[title, code, key] : {std::tuple{button, NSInteger(NSOKButton), @"\r"},
                                            std::tuple{(NSString *)[@"Cancel" localize], NSInteger(NSCancelButton), @"\e"}}) {
         NSButton *end = [[[NSButton alloc] initWithFrame:NSMakeRect(right - 100, 12, 100, 28)] autorelease];
-        FlatButtonCell *cell = [[[FlatButtonCell alloc] initTextCell:title] autorelease];
-        [cell setBordered:YES];
-        [end setCell:cell];
+        [end setTitle:title];
+        [end setBezelStyle:NSRoundedBezelStyle];
         [end setTag:code];
         [end setTarget:delegate];
         [end setAction:@selector(endText:)];

@@ -41,7 +41,8 @@ tarvik::Retained<NSString *> publishAndWait(Job *job, NSString *url, const std::
 - (IBAction)exportCatalogue:(id)sender
 {
     (void)sender;
-    shelf::chooseDestination(mWindow, [@"Export the catalogue" localize], [@"Catalogue.xml" localize], @"xml",
+    shelf::chooseDestination(mWindow,
+                             {.title = [@"Export the catalogue" localize], .name = [@"Catalogue.xml" localize], .type = @"xml"},
                              [self](NSString *path) { [self exportTo:path]; });
 }
 

@@ -86,7 +86,11 @@ void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, 
     shelf::chooseFolder(mWindow, [@"Make an image of which folder?" localize], [self](NSString *folder) {
         NSString *name = [[folder lastPathComponent] stringByAppendingPathExtension:@"img"];
         const auto kept = tarvik::retain(folder);
-        shelf::chooseDestination(self->mWindow, [@"Save the image" localize], name, @"img",
+        shelf::chooseDestination(self->mWindow,
+                                 {.title = [@"Save the image" localize],
+                                  .name = name,
+                                  .type = @"img",
+                                  .folder = [folder stringByDeletingLastPathComponent]},  // not into what it is made of
                                  [=](NSString *path) { [self makeImage:path ofFolder:kept.get()]; });
     });
 }

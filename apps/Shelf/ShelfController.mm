@@ -2,6 +2,7 @@
 
 #include "MainMenu.h"
 #include "Panels.h"
+#include "Theme.h"
 
 #import <Tarvik/support/ArrayRange.h>
 #import <Tarvik/support/Pool.h>
@@ -242,6 +243,8 @@ void assign(T *&place, T *object)
 
 - (BOOL)validateMenuItem:(id<NSMenuItem>)item
 {
+    if ([mWindow attachedSheet])  // first the answer
+        return NO;
     if (sel_isEqual([item action], @selector(setImageLabel:))) {
         NSArray *rows = [self selectedRows];
         [(NSMenuItem *)item setState:[rows count] == 1 && shelf::label([rows objectAtIndex:0]) == [item tag]];
@@ -254,6 +257,7 @@ void assign(T *&place, T *object)
 - (void)applicationWillFinishLaunching:(NSNotification *)notification
 {
     (void)notification;
+    shelf::putOnTheme();
     [NSApp setMainMenu:shelf::mainMenu()];
 }
 

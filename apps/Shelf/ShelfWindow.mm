@@ -21,11 +21,8 @@ NSTextField *plainText(NSRect frame, CGFloat size, NSColor *color, BOOL bold)
 
 void dress(NSButton *button, NSString *title, SEL action, id target)
 {
-    FlatButtonCell *cell = [[[FlatButtonCell alloc] initTextCell:title] autorelease];
-    [cell setBezelStyle:NSRoundedBezelStyle];
-    [cell setBordered:YES];
-    [cell setFont:[NSFont systemFontOfSize:11]];
-    [button setCell:cell];
+    [button setBezelStyle:NSRoundedBezelStyle];
+    [button setFont:[NSFont systemFontOfSize:11]];
     [button setTarget:target];
     [button setAction:action];
     [button setTitle:title];

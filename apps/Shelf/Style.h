@@ -11,12 +11,10 @@ void registerStyle();
 NSImage *labelSpot(int label);
 /// The label's colour; clear for none.
 NSColor *labelColor(int label);
+/// A rectangle with round corners.
+NSBezierPath *roundedShape(NSRect edge, CGFloat radius);
 
 }  // namespace shelf
-
-/// A push button of today: flat, a thin line around it, rounded, lit while pressed.
-@interface FlatButtonCell : NSButtonCell
-@end
 
 /// A bar that fills up, or a piece that wanders when it is not known how far the work is.
 @interface FlatProgress : NSView {

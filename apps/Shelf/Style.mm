@@ -14,19 +14,6 @@ NSDictionary *look(NSFont *font, NSColor *color)
     return [NSDictionary dictionaryWithObjectsAndKeys:font, NSFontAttributeName, color, NSForegroundColorAttributeName, nil];
 }
 
-NSBezierPath *rounded(NSRect edge, CGFloat radius)
-{
-    const CGFloat left = NSMinX(edge), right = NSMaxX(edge), low = NSMinY(edge), high = NSMaxY(edge);
-    NSBezierPath *shape = [NSBezierPath bezierPath];
-    [shape moveToPoint:NSMakePoint(left + radius, low)];
-    [shape appendBezierPathWithArcFromPoint:NSMakePoint(right, low) toPoint:NSMakePoint(right, high) radius:radius];
-    [shape appendBezierPathWithArcFromPoint:NSMakePoint(right, high) toPoint:NSMakePoint(left, high) radius:radius];
-    [shape appendBezierPathWithArcFromPoint:NSMakePoint(left, high) toPoint:NSMakePoint(left, low) radius:radius];
-    [shape appendBezierPathWithArcFromPoint:NSMakePoint(left, low) toPoint:NSMakePoint(right, low) radius:radius];
-    [shape closePath];
-    return shape;
-}
-
 /// The text cut to the width, "…" in the place of what is missing: in its middle, or at its end.
 NSString *fitting(NSString *text, CGFloat width, NSDictionary *look, bool inTheMiddle)
 {
@@ -99,6 +86,19 @@ void drawLine(NSString *text, NSRect frame, NSDictionary *look, NSTextAlignment 
 
 namespace shelf {
 
+NSBezierPath *roundedShape(NSRect edge, CGFloat radius)
+{
+    const CGFloat left = NSMinX(edge), right = NSMaxX(edge), low = NSMinY(edge), high = NSMaxY(edge);
+    NSBezierPath *shape = [NSBezierPath bezierPath];
+    [shape moveToPoint:NSMakePoint(left + radius, low)];
+    [shape appendBezierPathWithArcFromPoint:NSMakePoint(right, low) toPoint:NSMakePoint(right, high) radius:radius];
+    [shape appendBezierPathWithArcFromPoint:NSMakePoint(right, high) toPoint:NSMakePoint(left, high) radius:radius];
+    [shape appendBezierPathWithArcFromPoint:NSMakePoint(left, high) toPoint:NSMakePoint(left, low) radius:radius];
+    [shape appendBezierPathWithArcFromPoint:NSMakePoint(left, low) toPoint:NSMakePoint(right, low) radius:radius];
+    [shape closePath];
+    return shape;
+}
+
 void registerStyle()
 {
     NSString *const ground = @"0.95 0.95 0.95", *const line = @"0.80 0.80 0.80", *const chosen = @"0.80 0.88 0.98";
@@ -156,21 +156,6 @@ NSImage *labelSpot(int label)
 
 }  // namespace shelf
 
-@implementation FlatButtonCell
-
-- (void)drawBezelWithFrame:(NSRect)frame inView:(NSView *)view
-{
-    (void)view;
-    NSBezierPath *shape = rounded(NSInsetRect(frame, 0.5, 0.5), 4);
-    [[NSColor colorWithCalibratedWhite:[self isHighlighted] ? 0.86 : 0.99 alpha:1] set];
-    [shape fill];
-    [[NSColor colorWithCalibratedWhite:[self isEnabled] ? 0.70 : 0.82 alpha:1] set];
-    [shape setLineWidth:1];
-    [shape stroke];
-}
-
-@end
-
 @implementation FlatProgress
 
 - (void)drawRect:(NSRect)dirty
@@ -179,7 +164,7 @@ NSImage *labelSpot(int label)
     const NSRect bar = NSInsetRect([self bounds], 0.5, 0.5);
     const CGFloat radius = bar.size.height / 2;
     [[NSColor colorWithCalibratedWhite:0.86 alpha:1] set];
-    [rounded(bar, radius) fill];
+    [shelf::roundedShape(bar, radius) fill];
     NSRect done = bar;
     if (mFraction >= 0) {
         done.size.width = std::max(bar.size.width * std::min(mFraction, 1.0), bar.size.height);
@@ -190,7 +175,7 @@ NSImage *labelSpot(int label)
         done.origin.x += (bar.size.width - done.size.width) * (place < 1 ? place : 2 - place);
     }
     [shelf::labelColor(4) set];
-    [rounded(done, radius) fill];
+    [shelf::roundedShape(done, radius) fill];
 }
 
 @end

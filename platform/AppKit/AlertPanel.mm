@@ -80,6 +80,21 @@ void draw(NSString *sign, NSPoint middle, CGFloat size)
 
 @end
 
+/// What an alert without a title bar stands out by from the window under it.
+@interface AlertEdge : NSView
+@end
+
+@implementation AlertEdge
+
+- (void)drawRect:(NSRect)rect
+{
+    (void)rect;
+    [[NSColor controlShadowColor] set];
+    NSFrameRect([self bounds]);
+}
+
+@end
+
 @implementation AlertPanel
 
 + (AlertPanel *)alertOfKind:(AlertKind)kind
@@ -145,6 +160,8 @@ void draw(NSString *sign, NSPoint middle, CGFloat size)
     [panel setReleasedWhenClosed:NO];
     [panel setBecomesKeyOnlyIfNeeded:NO];
     NSView *content = [panel contentView];
+    if (!extras.movable)
+        [content addSubview:[[[AlertEdge alloc] initWithFrame:[content bounds]] autorelease]];
     if (kind != AlertKind::Plain) {
         AlertIcon *icon = [[[AlertIcon alloc] initWithFrame:NSMakeRect(kMargin, height - kMargin - kIcon, kIcon, kIcon)] autorelease];
         icon->mKind = kind;

@@ -7,6 +7,8 @@
 // - writing to a pipe that nobody reads any more raises only as long as SIGPIPE is ignored in the whole
 // process: a host
 //   that puts the signal back to its default dies;
+// - the class is set up when it is first used, while it holds the runtime's lock, and asks for the
+// notification centre's: on a thread, that may be held by the main one, which waits for the runtime's;
 // - a pipe's ends are inherited by every program that the host starts by other means (system, posix_spawn),
 // and while
 //   one of those lives the reader of the pipe never sees its end.
@@ -206,6 +208,24 @@ int writeAll(int descriptor, const char *from, size_t left)
         failed("write to", error);
 }
 
+@end
+
+@interface HandlesBeforeThreads : NSObject
+@end
+
+@implementation HandlesBeforeThreads
++ (void)load
+{
+    [[NSNotificationCenter defaultCenter] addObserver:self
+                                             selector:@selector(threadsBegin:)
+                                                 name:NSWillBecomeMultiThreadedNotification
+                                               object:nil];
+}
++ (void)threadsBegin:(NSNotification *)notification
+{
+    (void)notification;
+    [GSFileHandle class];
+}
 @end
 
 @interface NSPipe (CloseOnExec)

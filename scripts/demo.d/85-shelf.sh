@@ -71,7 +71,25 @@ found() {
 keys() { xdotool key --delay 40 "$@"; sleep 0.3; }
 at() { xdotool mousemove --window "$window" "$1" "$2" sleep 0.1; }   # in the window
 press() { xdotool mousedown 1 sleep 0.08 mouseup 1 sleep "${1:-0.2}"; }
-row() { at 60 $((110 + 22 * $1)); press; }
+# row N: clicks it until it is drawn as selected: an application that is just starting may be late
+row() {
+    local tries
+    for tries in 1 2 3 4 5 6 7 8; do
+        at 60 $((110 + 22 * $1)); press
+        [ "$(colour 75 0)" != ffffff ] && return
+        sleep 0.5
+    done
+    shot failed
+    echo "demo: row $1 can't be selected" >&2
+    exit 1
+}
+# colour DX DY: of the screen, so far from the mouse
+colour() {
+    local X Y SCREEN WINDOW
+    eval "$(xdotool getmouselocation --shell)"
+    xwdtopnm -quiet "$frames/Xvfb_screen0" 2>/dev/null | pamcut -left $((X + $1)) -top $((Y + $2)) -width 1 -height 1 | tail -c 3 |
+        od -An -tx1 | tr -d ' '
+}
 quit() {
     keys ctrl+q
     wait "$application"

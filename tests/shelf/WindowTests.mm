@@ -1,96 +1,12 @@
 // The application's window, with the application's own objects, driven by keys, clicks, drags and pasteboards.
-#include <apps/Shelf/CatalogueXML.h>
-#include <apps/Shelf/MainMenu.h>
-#include <apps/Shelf/ShelfController.h>
-#include <apps/Shelf/Style.h>
-#import <Tarvik/support/Bridge.h>
-#import <Tarvik/support/Pool.h>
-#include <gtest/gtest.h>
+#include <tests/shelf/ShelfFixture.h>
 #include <tests/support/Program.h>
-#include <tests/support/TemporaryFolder.h>
-
-#include <functional>
 
 #include <unistd.h>
 
 namespace {
 
 using namespace shelf;
-
-NSString *ns(const std::string &text) { return tarvik::nsstring(text); }
-std::string str(NSString *text) { return tarvik::utf8(text).value_or("(nil)"); }
-
-bool eventually(const std::function<bool()> &condition)
-{
-    NSDate *end = [NSDate dateWithTimeIntervalSinceNow:8];
-    while (!condition() && [end timeIntervalSinceNow] > 0) {
-        tarvik::Pool pool;
-        if (NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask
-                                                untilDate:[NSDate dateWithTimeIntervalSinceNow:0.02]
-                                                   inMode:NSDefaultRunLoopMode
-                                                  dequeue:YES])
-            [NSApp sendEvent:event];
-    }
-    return condition();
-}
-
-class ShelfApplication : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        registerStyle();
-        CDSAUtilityBase::cssmStartup();
-        [NSApplication sharedApplication];
-        open();
-    }
-    void TearDown() override { close(); }
-
-    void open()
-    {
-        shelf_ = [[ShelfController alloc] init];
-        [shelf_ show];
-        ASSERT_TRUE(eventually([this] { return [shelf_->mWindow isVisible] && !shelf_->mIsSurveying; }));
-    }
-    void close()
-    {
-        [(id)shelf_ applicationWillTerminate:nil];
-        eventually([this] { return !shelf_->mIsSurveying; });
-        [shelf_ release];
-        shelf_ = nil;
-    }
-    std::string add(const std::string &name)
-    {
-        const std::string file = folder_.write(name, "image " + name);
-        [shelf_ addPaths:[NSArray arrayWithObject:ns(file)] atIndex:1000];
-        return file;
-    }
-    std::string names() const
-    {
-        std::string all;
-        for (NSUInteger i = 0; i < [[shelf_->mRows datasourceArray] count]; ++i)
-            all += str(text([[shelf_->mRows datasourceArray] objectAtIndex:i], kName));
-        return all;
-    }
-    void select(std::initializer_list<int> rows)
-    {
-        NSMutableIndexSet *set = [NSMutableIndexSet indexSet];
-        for (int row : rows)
-            [set addIndex:NSUInteger(row)];
-        [shelf_->mWindow->mTable selectRowIndexes:set byExtendingSelection:NO];
-    }
-    std::string cell(int row, NSString *key)
-    {
-        NSTableColumn *column = [shelf_->mWindow->mTable tableColumnWithIdentifier:key];
-        return str([[shelf_->mRows tableView:shelf_->mWindow->mTable objectValueForTableColumn:column row:row] description]);
-    }
-    bool idle()
-    {
-        return eventually([this] { return [shelf_->mJobs count] == 0 && !shelf_->mIsSurveying; });
-    }
-
-    TemporaryFolder folder_;
-    ShelfController *shelf_ = nil;
-};
 
 TEST_F(ShelfApplication, KeepsItsRows)
 {

@@ -43,7 +43,7 @@ private:
     pid_t child_;
 };
 
-/// Runs the application's event loop until the condition holds, ten seconds at the most; whether it does.
+/// Runs the application's event loop until the condition holds, forty seconds at the most; whether it does.
 bool eventually(const std::function<bool()> &condition);
 /// Calls the function from a timer that also runs in modal panels and while the mouse is tracked.
 void later(double seconds, std::function<void()> function);

@@ -1,5 +1,7 @@
 #include "Desktop.h"
 
+#import <Tarvik/support/Pool.h>
+
 #include <spawn.h>
 #include <sys/wait.h>
 
@@ -55,8 +57,9 @@ Hand::~Hand()
 
 bool eventually(const std::function<bool()> &condition)
 {
-    NSDate *end = [NSDate dateWithTimeIntervalSinceNow:10];
+    NSDate *end = [NSDate dateWithTimeIntervalSinceNow:40];
     while (!condition()) {
+        tarvik::Pool pool;
         NSDate *soon = [NSDate dateWithTimeIntervalSinceNow:0.02];
         if (NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask untilDate:soon inMode:NSDefaultRunLoopMode dequeue:YES])
             [NSApp sendEvent:event];

@@ -112,7 +112,7 @@ void create(const std::string &givenFolder, const std::string &givenImage, const
     const int status = runProgram(packer, arguments, [&](std::string_view text) {
         if (options.progress)
             percentage(text);
-    });
+    }, options.progress);
     if (status != 0)
         throw Failure(givenImage + ": mksquashfs ended with status " + std::to_string(status));
     draft.become(image, options.overwrite);

@@ -4,18 +4,20 @@
 //
 // Prints its port on 127.0.0.1 and serves until its standard input ends. What is asked is told by the path:
 //
-//     /echo             the request as it came, head and body     /status/N        status N, a short body
-//     /bytes/N          N bytes ("0123456789...")                 /chunked/N       the same in chunks
-//     /gzip             a gzip body ("hello\n")                   /drip/N          a byte every N ms, 20 of
-//     them /silent           takes the request, never answers          /endless         never stops sending
-//     /slow/N           answers after N ms                        /close           closes without an answer
-//     /reset            resets in the middle of the body          /short           ends before its length
-//     /shortchunk       ends inside a chunk                       /garbage         not HTTP
-//     /headers          never stops sending header fields         /redirect/N?URL  status N with Location:
-//     URL /loop             redirects to itself                       /auth            Basic realm "test",
-//     user:secret /cookie           sets two cookies                          /cached/AGE      max-age=AGE
-//     and an ETag; 304 for it /count            how many requests came before this one    /multi repeated
-//     header fields
+// | path           | answer                                      | path            | answer                                  |
+// |----------------|---------------------------------------------|-----------------|-----------------------------------------|
+// | /echo          | the request as it came, head and body       | /status/N       | status N, a short body                  |
+// | /keep          | the same, and it is kept                    | /kept           | what was kept last                      |
+// | /bytes/N       | N bytes ("0123456789...")                   | /chunked/N      | the same in chunks                      |
+// | /gzip          | a gzip body ("hello\n")                     | /drip/N         | a byte every N ms, 20 of them           |
+// | /silent        | none, though it takes the request           | /endless        | one that never stops                    |
+// | /slow/N        | after N ms                                  | /close          | closes without one                      |
+// | /reset         | resets in the middle of the body            | /short          | ends before its length                  |
+// | /shortchunk    | ends inside a chunk                         | /garbage        | not HTTP                                |
+// | /headers       | header fields without end                   | /redirect/N?URL | status N with Location: URL             |
+// | /loop          | redirects to itself                         | /auth           | Basic realm "test", user:secret         |
+// | /cookie        | sets two cookies                            | /cached/AGE     | max-age=AGE and an ETag; 304 for it     |
+// | /count         | how many requests came before this one      | /multi          | repeated header fields                  |
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <openssl/err.h>
@@ -32,6 +34,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -220,7 +223,14 @@ void Connection::answer()
 
     if (what == "/echo")
         reply(200, "Content-Type: text/plain\r\n", head_ + body_);
-    else if (what == "/status")
+    else if (what == "/keep" || what == "/kept") {
+        static std::mutex mutex;
+        static std::string kept;
+        const std::lock_guard lock(mutex);
+        if (what == "/keep")
+            kept = head_ + body_;
+        reply(200, "Content-Type: text/plain\r\n", kept);
+    } else if (what == "/status")
         reply(number, "", "status\n");
     else if (what == "/bytes" || what == "/chunked")
         sendBytes(strtoull(path_.c_str() + second + 1, nullptr, 10), what == "/chunked");

@@ -1,0 +1,186 @@
+// What a person does with Shelf: keys, clicks and drags of the display's own, answered panels, other programs' clipboards and servers.
+#include <apps/Shelf/CatalogueXML.h>
+#include <tests/shelf/ShelfFixture.h>
+#include <tests/support/LocalServer.h>
+#include <tests/support/Program.h>
+#include <tests/support/Transfer.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace shelf;
+
+class Driven : public ShelfApplication {
+protected:
+    /// The name field of a file panel.
+    static NSForm *nameField(NSWindow *panel)
+    {
+        return (NSForm *)find([panel contentView], [](NSView *view) { return [view isKindOfClass:[NSForm class]]; });
+    }
+    /// Types a name into the file panel that is there, and chooses it.
+    void answer(const std::string &name)
+    {
+        NSWindow *panel = sheet();
+        ASSERT_TRUE([panel isKindOfClass:[NSSavePanel class]]);
+        NSForm *field = nameField(panel);
+        const auto shows = [&] { return [field currentEditor] && [[[field currentEditor] string] isEqual:ns(name)]; };
+        ASSERT_TRUE(drive("type --delay 30 " + name, shows)) << str([[field currentEditor] string]);
+        ASSERT_TRUE(drive("key Return", [&] { return [shelf_->mWindow attachedSheet] != panel; }));
+    }
+    /// Clicks an item of the file panel's list, and OK.
+    void pick(const std::string &name)
+    {
+        NSWindow *panel = sheet();
+        const auto isBrowser = [](NSView *view) { return [view isKindOfClass:[NSBrowser class]]; };
+        NSBrowser *browser = (NSBrowser *)find([panel contentView], isBrowser);
+        NSMatrix *list = [browser matrixInColumn:[browser lastColumn]];
+        NSInteger row = [list numberOfRows] - 1;
+        while (row >= 0 && ![[[list cellAtRow:row column:0] stringValue] isEqual:ns(name)])
+            --row;
+        ASSERT_GE(row, 0);
+        const NSRect item = [list cellFrameAtRow:row column:0];
+        const auto isChosen = [&] { return [[[nameField(panel) cellAtIndex:0] stringValue] isEqual:ns(name)]; };
+        ASSERT_TRUE(drive(click(onScreen(list, NSMakePoint(NSMinX(item) + 30, NSMidY(item)))), isChosen));
+        const auto isGone = [&] { return [shelf_->mWindow attachedSheet] != panel; };
+        ASSERT_TRUE(drive(click(middleOf(button([panel contentView], @"OK"))), isGone));
+    }
+    /// As a hand clicks: not faster than the display's events arrive.
+    static std::string click(const std::string &place)
+    {
+        return "mousemove " + place + " sleep 0.1 mousedown 1 sleep 0.08 mouseup 1";
+    }
+    std::vector<std::string> files() const
+    {
+        std::vector<std::string> found;
+        for (const auto &each : std::filesystem::directory_iterator(folder_.path()))
+            found.push_back(each.path().filename());
+        std::sort(found.begin(), found.end());
+        return found;
+    }
+    /// Where file panels begin.
+    void beginIn(const std::string &folder)
+    {
+        [[NSUserDefaults standardUserDefaults] setObject:ns(folder) forKey:@"NSDefaultOpenDirectory"];
+        ASSERT_EQ(chdir(folder.c_str()), 0);
+    }
+};
+
+TEST_F(Driven, AddsImagesThroughThePanel)
+{
+    folder_.write("a.img", "a");
+    folder_.write("b.img", "b");
+    beginIn(folder_.path());
+    ASSERT_TRUE(toFront());
+    ASSERT_TRUE(drive("key ctrl+o", [&] { return [shelf_->mWindow attachedSheet] != nil; }));
+    EXPECT_FALSE([shelf_ validateMenuItem:(id)[[NSApp mainMenu] itemWithTag:0]]);  // first the answer
+    answer("b.img");
+    EXPECT_TRUE(eventually([&] { return names() == "b"; }));
+    NSSize first = [[NSOpenPanel openPanel] frame].size;
+    // The same panel again, as high as before; cancelled, it adds nothing.
+    ASSERT_TRUE(drive("key ctrl+o", [&] { return [shelf_->mWindow attachedSheet] != nil; }));
+    EXPECT_EQ([sheet() frame].size.height, first.height);
+    ASSERT_TRUE(drive("key Escape", [&] { return [shelf_->mWindow attachedSheet] == nil; }));
+    EXPECT_EQ(names(), "b");
+}
+
+TEST_F(Driven, MakesAnImageOfAFolder)
+{
+    std::filesystem::create_directories(folder_ / "Letters");
+    folder_.write("Letters/one", std::string(100000, 'x'));
+    beginIn(folder_.path());
+    ASSERT_TRUE(toFront());
+    ASSERT_TRUE(drive("key ctrl+n", [&] { return [shelf_->mWindow attachedSheet] != nil; }));
+    pick("Letters");
+    ASSERT_TRUE(eventually([&] { return [[shelf_->mWindow attachedSheet] isMemberOfClass:[NSSavePanel class]]; }));
+    EXPECT_EQ(str([[nameField(sheet()) cellAtIndex:0] stringValue]), "Letters.img");
+    answer("Mail.img");
+    ASSERT_TRUE(idle());
+    EXPECT_EQ(names(), "Mail");
+    EXPECT_EQ(files(), (std::vector<std::string>{"Letters", "Mail.img"}));
+    EXPECT_TRUE(runProgram({"unsquashfs", "-cat", folder_ / "Mail.img", "one"}).out == std::string(100000, 'x'));
+}
+
+TEST_F(Driven, ACancelledImageLeavesNothingBehind)
+{
+    std::filesystem::create_directories(folder_ / "Noise");
+    const std::string noise = runProgram({"head", "-c", "30000000", "/dev/urandom"}).out;
+    folder_.write("Noise/noise", noise);
+    toFront();
+    for (const bool atOnce : {true, false}) {
+        [shelf_ makeImage:ns(folder_ / "n.img") ofFolder:ns(folder_ / "Noise")];
+        EXPECT_FALSE([shelf_->mWindow->mProgress isHidden]);
+        EXPECT_TRUE(atOnce || eventually([&] { return shelf_->mWindow->mProgress->mFraction > 0; }));
+        [shelf_->mWindow->mCancel performClick:nil];
+        ASSERT_TRUE(idle());
+        EXPECT_EQ(files(), (std::vector<std::string>{"Noise"}));
+        EXPECT_EQ(names(), "");
+        EXPECT_EQ([shelf_->mWindow attachedSheet], nil);
+        EXPECT_TRUE([shelf_->mWindow->mCancel isHidden]);
+        EXPECT_EQ(childProcesses(), 0u);
+    }
+    // One that can't be made says so, and what to do.
+    [shelf_ makeImage:ns(folder_ / "none/n.img") ofFolder:ns(folder_ / "Noise")];
+    ASSERT_TRUE(idle());
+    EXPECT_NE(texts([sheet() contentView]).find("No image was made of “Noise”"), std::string::npos);
+}
+
+TEST_F(Driven, SaysWhyItIsStillMounted)
+{
+    if (geteuid() != 0 && access("/dev/fuse", R_OK | W_OK) != 0)
+        GTEST_SKIP() << "this user may use neither loop devices nor FUSE";
+    std::filesystem::create_directory(folder_ / "source");
+    folder_.write("source/file", "text");
+    [shelf_ makeImage:ns(folder_ / ("busy-" + std::to_string(getpid()) + ".img")) ofFolder:ns(folder_ / "source")];
+    ASSERT_TRUE(idle());
+    select({0});
+    ASSERT_TRUE(toFront());
+    ASSERT_TRUE(drive("key ctrl+m", [&] { return cell(0, kMounted) != ""; }));
+    ASSERT_TRUE(idle());
+    const int busy = ::open((cell(0, kMounted) + "/file").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_TRUE(drive("key ctrl+u", [&] { return [shelf_->mWindow attachedSheet] != nil; }));
+    EXPECT_TRUE([shelf_->mWindow->mProgress isHidden]);
+    const std::string said = texts([sheet() contentView]);
+    EXPECT_NE(said.find("This is still mounted."), std::string::npos) << said;
+    EXPECT_NE(said.find("unmount again"), std::string::npos) << said;
+    ::close(busy);
+    ASSERT_TRUE(drive("key Return", [&] { return [shelf_->mWindow attachedSheet] == nil; }));
+    ASSERT_TRUE(idle());
+    ASSERT_TRUE(toFront());
+    EXPECT_TRUE(drive("key ctrl+u", [&] { return cell(0, kMounted) == ""; }));
+}
+
+TEST_F(Driven, PublishesToAServer)
+{
+    const LocalServer server;
+    add("a.img");
+    [[[shelf_->mRows datasourceArray] objectAtIndex:0] setObject:@"é & <b>" forKey:kNote];
+    const auto publish = [&](const std::string &url) {
+        ASSERT_TRUE(toFront());
+        ASSERT_TRUE(drive("key ctrl+shift+e", [&] { return [shelf_->mWindow attachedSheet] != nil; }));
+        NSWindow *panel = sheet();
+        const auto shows = [&] { return [[panel firstResponder] isKindOfClass:[NSText class]] && [[(NSText *)[panel firstResponder] string] isEqual:ns(url)]; };
+        ASSERT_TRUE(drive("key ctrl+a sleep 0.2 type --delay 15 " + url, shows));
+        ASSERT_TRUE(drive("key Return", [&] { return [shelf_->mWindow attachedSheet] != panel; }));
+        ASSERT_TRUE(idle());
+    };
+    publish(server.url("/keep"));
+    EXPECT_EQ([shelf_->mWindow attachedSheet], nil);
+    EXPECT_EQ(str([shelf_->mWindow->mStatus stringValue]), "The catalogue was published.");
+    const std::string kept = runProgram({"curl", "-s", server.url("/kept")}).out;
+    EXPECT_TRUE(kept.starts_with("POST /keep HTTP/1.1\r\n")) << kept;
+    EXPECT_NE(kept.find("Content-Type: text/xml\r\n"), std::string::npos) << kept;
+    EXPECT_EQ(kept.substr(kept.find("\r\n\r\n") + 4), xmlOfRows([shelf_->mRows datasourceArray]));
+
+    for (const auto &[url, why] : {std::pair{server.url("/status/503"), "status 503"},
+                                   {"http://127.0.0.1:" + std::to_string(freePort()) + "/x", "publish again"}}) {
+        publish(url);
+        NSWindow *alert = sheet();
+        EXPECT_NE(texts([alert contentView]).find(why), std::string::npos) << texts([alert contentView]);
+        ASSERT_TRUE(drive("key Return", [&] { return [shelf_->mWindow attachedSheet] == nil; }));
+    }
+    EXPECT_EQ(str([[NSUserDefaults standardUserDefaults] stringForKey:@"PublishAddress"]), server.url("/keep"));
+}
+
+}  // namespace

@@ -1,0 +1,47 @@
+// The application's own objects in a window on the display, for tests that look at them and drive them.
+#pragma once
+#include <apps/Shelf/ShelfController.h>
+#import <Tarvik/support/Bridge.h>
+#include <gtest/gtest.h>
+#include <tests/support/TemporaryFolder.h>
+#include <tests/ui/Desktop.h>
+
+#include <initializer_list>
+#include <string>
+
+inline NSString *ns(const std::string &text) { return tarvik::nsstring(text); }
+inline std::string str(NSString *text) { return tarvik::utf8(text).value_or("(nil)"); }
+
+class ShelfApplication : public testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    /// Shelf as it is launched, and as it ends.
+    void open();
+    void close();
+    /// Has the window, or the sheet over it, get what is typed.
+    bool toFront(NSWindow *window = nil);
+    /// The hand does it, and sooner or later the condition holds.
+    bool drive(const std::string &words, const std::function<bool()> &condition);
+    /// The sheet over the window, when it is there, shown and in front.
+    NSWindow *sheet();
+    /// What the sheet's texts say, those of its fields and buttons.
+    static std::string texts(NSView *view);
+    static NSView *find(NSView *view, const std::function<bool(NSView *)> &isIt);
+    static NSButton *button(NSView *view, NSString *title);
+    /// No job runs, and what the system says is known.
+    bool idle();
+
+    std::string add(const std::string &name);  ///< a new file at the end of the table; its path
+    void select(std::initializer_list<int> rows);
+    std::string names() const;
+    std::string cell(int row, NSString *key);
+    NSRect rowOnTable(int row) const { return [shelf_->mWindow->mTable rectOfRow:row]; }
+
+    TemporaryFolder folder_;
+    ShelfController *shelf_ = nil;
+
+private:
+    bool isLaunched_ = false;
+};

@@ -1,0 +1,117 @@
+#include "ShelfFixture.h"
+
+#include <apps/Shelf/Style.h>
+#import <Tarvik/support/ArrayRange.h>
+
+void ShelfApplication::SetUp()
+{
+    shelf::registerStyle();
+    CDSAUtilityBase::cssmStartup();
+    [NSApplication sharedApplication];
+    open();
+}
+
+void ShelfApplication::TearDown() { close(); }
+
+void ShelfApplication::open()
+{
+    shelf_ = [[ShelfController alloc] init];
+    [NSApp setDelegate:(id)shelf_];
+    if (!std::exchange(isLaunched_, true))
+        [NSApp finishLaunching];
+    [shelf_ show];
+    ASSERT_TRUE(eventually([this] { return [shelf_->mWindow isVisible] && !shelf_->mIsSurveying; }));
+}
+
+void ShelfApplication::close()
+{
+    [(id)shelf_ applicationWillTerminate:nil];
+    EXPECT_TRUE(idle());
+    [NSApp setDelegate:nil];
+    [shelf_ release];
+    shelf_ = nil;
+}
+
+bool ShelfApplication::toFront(NSWindow *window)
+{
+    NSWindow *wanted = window ? window : shelf_->mWindow;
+    [NSApp activateIgnoringOtherApps:YES];
+    [wanted makeKeyAndOrderFront:nil];
+    return eventually([=] { return [NSApp isActive] && [NSApp keyWindow] == wanted; });
+}
+
+bool ShelfApplication::drive(const std::string &words, const std::function<bool()> &condition)
+{
+    const Hand hand(words);
+    return eventually(condition);
+}
+
+NSWindow *ShelfApplication::sheet()
+{
+    NSWindow *found = nil;
+    eventually([&] { return (found = [shelf_->mWindow attachedSheet]) != nil && [found isVisible] && [found isKeyWindow]; });
+    return found;
+}
+
+NSView *ShelfApplication::find(NSView *view, const std::function<bool(NSView *)> &isIt)
+{
+    if (isIt(view))
+        return view;
+    for (NSView *each : tarvik::each<NSView>([view subviews])) {
+        if (NSView *found = find(each, isIt))
+            return found;
+    }
+    return nil;
+}
+
+std::string ShelfApplication::texts(NSView *view)
+{
+    std::string said;
+    find(view, [&](NSView *each) {
+        if ([each isKindOfClass:[NSButton class]])
+            said += str([(NSButton *)each title]) + "\n";
+        else if ([each isKindOfClass:[NSTextField class]])
+            said += str([(NSTextField *)each stringValue]) + "\n";
+        return false;
+    });
+    return said;
+}
+
+NSButton *ShelfApplication::button(NSView *view, NSString *title)
+{
+    return (NSButton *)find(view, [=](NSView *each) { return [each isKindOfClass:[NSButton class]] && [[(NSButton *)each title] isEqual:title]; });
+}
+
+bool ShelfApplication::idle()
+{
+    return eventually([this] { return [shelf_->mJobs count] == 0 && !shelf_->mIsSurveying; });
+}
+
+std::string ShelfApplication::add(const std::string &name)
+{
+    const std::string file = folder_.write(name, "image " + name);
+    [shelf_ addPaths:[NSArray arrayWithObject:ns(file)] atIndex:1000];
+    return file;
+}
+
+void ShelfApplication::select(std::initializer_list<int> rows)
+{
+    NSMutableIndexSet *set = [NSMutableIndexSet indexSet];
+    for (int row : rows)
+        [set addIndex:NSUInteger(row)];
+    [shelf_->mWindow->mTable selectRowIndexes:set byExtendingSelection:NO];
+}
+
+std::string ShelfApplication::names() const
+{
+    std::string all;
+    for (id row : tarvik::each<NSObject>([shelf_->mRows datasourceArray]))
+        all += str(shelf::text(row, shelf::kName));
+    return all;
+}
+
+std::string ShelfApplication::cell(int row, NSString *key)
+{
+    NSTableColumn *column = [shelf_->mWindow->mTable tableColumnWithIdentifier:key];
+    return str([[shelf_->mRows tableView:shelf_->mWindow->mTable objectValueForTableColumn:column row:row] description]);
+}
