@@ -51,7 +51,18 @@ OwnedDesc descOf(DescType type, const void *data, size_t size)
     return desc;
 }
 
-/// 1234, self, system, sign:CODE, or a bundle identifier.
+OwnedDesc fileDesc(const std::string &path, DescType type)
+{
+    FSRef ref;
+    OwnedDesc desc;
+    if (FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), &ref, nullptr) != noErr)
+        throw Failure(path + ": is not there");
+    if (AECoercePtr(typeFSRef, &ref, sizeof ref, type, desc.out()) != noErr)
+        throw Failure(path + ": nothing of that type could be made of it");
+    return desc;
+}
+
+/// 1234, self, system, sign:CODE, a path, or a bundle identifier.
 OwnedDesc targetNamed(const std::string &word)
 {
     if (word == "self" || word == "system") {
@@ -68,20 +79,11 @@ OwnedDesc targetNamed(const std::string &word)
         const SInt32 number = pid > 0 && pid <= INT_MAX ? SInt32(pid) : throw UsageError("'" + word + "' is no process id");
         return descOf(typeKernelProcessID, &number, sizeof number);
     }
+    if (word.find('/') != word.npos)
+        return fileDesc(word, typeApplicationURL);
     if (word.find('.') == word.npos)
-        throw UsageError("'" + word + "' is no target (a process id, a bundle identifier, sign:CODE, self or system)");
+        throw UsageError("'" + word + "' is no target (a process id, a bundle identifier, sign:CODE, the path of an application, self or system)");
     return descOf(typeApplicationBundleID, word.data(), word.size());
-}
-
-OwnedDesc fileDesc(const std::string &path, DescType type)
-{
-    FSRef ref;
-    OwnedDesc desc;
-    if (FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), &ref, nullptr) != noErr)
-        throw Failure(path + ": is not there");
-    if (AECoercePtr(typeFSRef, &ref, sizeof ref, type, desc.out()) != noErr)
-        throw Failure(path + ": nothing of that type could be made of it");
-    return desc;
 }
 
 OwnedDesc valueOf(const std::string &text, const std::string &typeName)
@@ -202,8 +204,8 @@ int listen(const Arguments &arguments)
 const Registration registration({
     .name = "event",
     .summary = "send Apple events to other programs, and receive them",
-    .details = "TARGET is a process id, a bundle identifier, sign:CODE, self or system. An event is CLASS/ID, each of up to four\n"
-               "characters. A parameter is VALUE or :TYPE=VALUE, the direct object, or KEY=VALUE or KEY:TYPE=VALUE: text, or a value\n"
+    .details = "TARGET is a process id, a bundle identifier, sign:CODE, the path of an application's folder (with a slash in it), self or\n"
+               "system. An event is CLASS/ID, each of up to four characters. A parameter is VALUE or :TYPE=VALUE, the direct object, or KEY=VALUE or KEY:TYPE=VALUE: text, or a value\n"
                "of a type (long, doub, bool, type, enum, furl, alis ...). Replies and received events are printed as\n"
                "'CLASS'\\'ID'{ 'KEY':VALUE, ... }.\n\n"
                "Examples:\n"

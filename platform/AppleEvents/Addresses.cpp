@@ -54,6 +54,25 @@ OSErr application(OSType signature, const std::string &bundleIdentifier, Address
     return address.pids.empty() ? OSErr(procNotFound) : OSErr(noErr);
 }
 
+/// The processes whose item is the one at a file URL.
+OSErr applicationAt(const AEDesc &url, Address &address)
+{
+    OwnedDesc coerced;
+    FSRef wanted, location;
+    if (AECoerceDesc(&url, typeFSRef, coerced.out()) != noErr || !readValue(*coerced.get(), wanted))
+        return procNotFound;
+    ProcessSerialNumber number = {0, kNoProcess};
+    pid_t pid = 0;
+    while (GetNextProcess(&number) == noErr)
+        if (GetProcessBundleLocation(&number, &location) == noErr && FSCompareFSRefs(&location, &wanted) == noErr && GetProcessPID(&number, &pid) == noErr) {
+            address.isSelf |= pid == getpid();
+            address.pids.push_back(pid);
+        }
+    return address.pids.empty() ? OSErr(procNotFound) : OSErr(noErr);
+}
+
+bool isLocalFileURL(std::string_view url) { return url.starts_with("file:///") || url.starts_with("file://localhost/"); }
+
 }  // namespace
 
 OSErr resolve(const Event &event, Address &address)
@@ -79,6 +98,7 @@ OSErr resolve(const Event &event, Address &address)
         const std::string_view identifier = bytesOf(&target);
         return identifier.empty() ? OSErr(errAECorruptData) : application(0, std::string(identifier), address);
     }
+    case typeApplicationURL: return isLocalFileURL(bytesOf(&target)) ? applicationAt(target, address) : OSErr(errAEUnknownAddressType);
     default: return errAEUnknownAddressType;
     }
 }

@@ -38,14 +38,15 @@ public:
     }
     const std::vector<ProcessSerialNumber> &targets() const { return targets_; }
 
-    /// `fill` puts the parameters in.
+    /// `fill` puts the parameters in. A question is waited for, though the script may ignore responses.
     template <class Fill>
-    OSErr send(AEEventClass eventClass, AEEventID eventID, Fill fill)
+    OSErr send(AEEventClass eventClass, AEEventID eventID, Fill fill, bool isQuestion = false)
     {
         // An identifier of a bundle may be known to the receivers only.
         const bool byIdentifier = targets_.empty() && application_.find('.') != std::string::npos;
         if (targets_.empty() && !byIdentifier)
             notRunning(machine_, application_);
+        const bool waits = isQuestion || machine_.considering & Considering::responses;
         OSErr error = procNotFound;
         for (const ProcessSerialNumber &target : byIdentifier ? std::vector<ProcessSerialNumber>{{}} : targets_) {
             Descriptor address, event;
@@ -59,7 +60,7 @@ public:
                 AEDisposeDesc(&reply_);
                 gWaiting = &host_;
                 gStopped = 0;
-                error = OSErr(AESend(&event, &reply_, kAEWaitReply, kAENormalPriority, kAEDefaultTimeout, idle, nullptr));
+                error = OSErr(AESend(&event, &reply_, waits ? kAEWaitReply : kAENoReply, kAENormalPriority, machine_.timeLimit ? SInt32(machine_.timeLimit) : kAEDefaultTimeout, idle, nullptr));
                 gWaiting = nullptr;
             }
             if (gStopped)
@@ -245,7 +246,7 @@ Value ComponentHost::applicationProperty(Machine &machine, const Value &place)
     // Whether it runs is no question for it.
     if (place.reference()->specifier.form == Specifier::property && place.reference()->specifier.name == Word::running)
         return knownProperty(machine, place, message.targets());
-    const OSErr error = message.send(kAECoreSuite, kAEGetData, [&](AppleEvent *event) { putValue(machine, event, keyDirectObject, place); });
+    const OSErr error = message.send(kAECoreSuite, kAEGetData, [&](AppleEvent *event) { putValue(machine, event, keyDirectObject, place); }, true);
     if (error == noErr)
         return message.result();
     if (error == errAEEventNotHandled || error == errAEDescNotFound || error == error::notFound) {

@@ -174,6 +174,14 @@ void Machine::cantMake(const Value &value, std::string_view type) const
     raise(error::wrongType, "Can’t make " + display(value) + " into type " + std::string(type) + ".", value);
 }
 
+Value Machine::alias(std::string path)
+{
+    struct stat about;
+    if (!path.ends_with('/') && stat(path.c_str(), &about) == 0 && S_ISDIR(about.st_mode))
+        path += '/';
+    return heap.file(true, std::move(path));
+}
+
 Value Machine::coerced(const Value &original, uint32_t wanted)
 {
     const Value value = wanted == type::reference ? original : contentsOf(original);
@@ -252,7 +260,7 @@ Value Machine::coerced(const Value &original, uint32_t wanted)
         const std::string found = path(value);
         if (!fileExists(found))
             raise(error::noSuchFile, "File " + (value.is(Kind::text) ? utf8(value) : found) + " wasn’t found.", value);
-        return heap.file(true, found);
+        return alias(found);
     }
     case type::application:
         if (value.is(Kind::application))

@@ -837,10 +837,11 @@ private:
         here.count = uint16_t(values.size());
         Op op = Op::call;
         const Place place = node->a ? Place{Place::nowhere} : placeOf(node->name);
-        const bool held = place.kind == Place::local || place.kind == Place::slot || place.kind == Place::scriptSlot;
+        here.continues = node->flag;
+        const bool held = !here.continues && (place.kind == Place::local || place.kind == Place::slot || place.kind == Place::scriptSlot);
         if (held)
             op = Op::callValue;
-        else if (node->a ? node->a->kind != Node::me : current_->told >= 0)
+        else if (!here.continues && (node->a ? node->a->kind != Node::me : current_->told >= 0))
             op = Op::send;
         const int count = int(values.size());
         const int base = temporaries(count + (op != Op::call));
@@ -898,6 +899,19 @@ private:
     {
         for (size_t i = 0; i < block->kids.size(); ++i)
             statement(block->kids[i], last && i + 1 == block->kids.size());
+    }
+    /// A body after whose end, or `exit repeat` from within, holds again what register `kept` says.
+    void heldBody(const Node *node, int kept, bool last)
+    {
+        auto &loops = current_->loops;
+        const int before = loops.empty() ? -1 : loops.back().considering;
+        if (!loops.empty() && before < 0)
+            loops.back().considering = kept;
+        branch(node->b, last);
+        if (!loops.empty())
+            loops.back().considering = before;
+        at(node);
+        emit(Op::restore, kept, 0, 0);
     }
     void branch(const Node *node, bool last)
     {
@@ -1084,14 +1098,7 @@ private:
         case Node::considering: {
             const int kept = temporary();
             emit(Op::consider, kept, int(node->code), int(node->clears));
-            const int before = scope.loops.empty() ? -1 : scope.loops.back().considering;
-            if (!scope.loops.empty() && before < 0)
-                scope.loops.back().considering = kept;
-            branch(node->b, last);
-            if (!scope.loops.empty())
-                scope.loops.back().considering = before;
-            at(node);
-            emit(Op::restore, kept, 0, 0);
+            heldBody(node, kept, last);
             break;
         }
         case Node::tell: {
@@ -1105,8 +1112,10 @@ private:
             break;
         }
         case Node::timeout: {
-            expression(node->a);
-            branch(node->b, last);
+            const int kept = temporary(), seconds = expression(node->a);
+            at(node);
+            emit(Op::limitTime, kept, seconds, 0);
+            heldBody(node, kept, last);
             break;
         }
         case Node::script: {

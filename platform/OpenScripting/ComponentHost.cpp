@@ -22,10 +22,15 @@ std::string ComponentHost::posixPath(const std::string &hfs)
     const auto path = hfs::toPosix(hfs);
     if (!path)
         raise(error::noSuchFile, "File " + hfs + " wasn’t found.");
-    return *path;
+    return hfs.ends_with(':') && !path->ends_with('/') ? *path + "/" : *path;
 }
 
-std::string ComponentHost::hfsPath(const std::string &posix) { return hfs::fromPosix(posix); }
+/// A folder's path ends with a colon where the other form ends with a slash.
+std::string ComponentHost::hfsPath(const std::string &posix)
+{
+    const std::string path = hfs::fromPosix(posix);
+    return posix.ends_with('/') && !path.ends_with(':') ? path + ":" : path;
+}
 
 std::string ComponentHost::folder(uint32_t type, bool local, bool create)
 {

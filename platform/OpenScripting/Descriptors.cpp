@@ -311,7 +311,7 @@ Value fromDescriptor(Machine &machine, const AEDesc *desc, int depth)
         Descriptor url;
         if (AECoerceDesc(desc, typeFileURL, &url) == noErr) {
             if (const auto path = pathOfURL(url.bytes()))
-                return heap.file(desc->descriptorType == typeAlias, *path);
+                return desc->descriptorType == typeAlias ? machine.alias(*path) : heap.file(false, *path);
         }
         break;
     }

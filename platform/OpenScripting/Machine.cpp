@@ -2,6 +2,7 @@
 
 #include "private/FileAccess.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <new>
@@ -80,7 +81,7 @@ Value Machine::execute(const Function &function, const Value &script, const Valu
         raise(error::stackOverflow, "Stack overflow.");
     ++nesting_;
     const size_t bottom = frames_.size();
-    const uint32_t before = considering;
+    const int64_t before = held();
     Value result;
     Value *registers = frames_.empty() ? stack_ : frames_.back().registers + frames_.back().function->registers;
     try {
@@ -103,11 +104,11 @@ Value Machine::execute(const Function &function, const Value &script, const Valu
     } catch (...) {
         while (frames_.size() > bottom)
             popFrame();
-        considering = before;
+        hold(before);
         --nesting_;
         throw;
     }
-    considering = before;
+    hold(before);
     --nesting_;
     return result;
 }
@@ -118,7 +119,7 @@ void Machine::pushFrame(const Function &function, const Value &script, const Val
         raise(error::stackOverflow, "Stack overflow.");
     for (int i = function.parameters; i < function.registers; ++i)
         registers[i].clear();
-    frames_.push_back({&function, function.code.data(), registers, script, me, result, considering});
+    frames_.push_back({&function, function.code.data(), registers, script, me, result, considering, timeLimit});
 }
 
 void Machine::popFrame()
@@ -127,6 +128,7 @@ void Machine::popFrame()
     for (int i = 0; i < frame.function->registers; ++i)
         frame.registers[i].clear();
     considering = frame.considering;
+    timeLimit = frame.timeLimit;
     frames_.pop_back();
 }
 
@@ -150,7 +152,7 @@ bool Machine::unwind(ScriptError &error, size_t bottom)
                 registers[2] = error.offending;
                 registers[3] = error.partial;
                 registers[4] = Value();
-                considering = uint32_t(registers[5].integer());
+                hold(registers[5].integer());
                 frame.pc = function.code.data() + range.handler;
                 return true;
             }
@@ -302,6 +304,14 @@ void Machine::callSite(Frame &frame, Op op, const Instruction &instruction)
         }
         const std::string who = target.is(Kind::script) ? "«script»" : display(target);
         raise(error::notUnderstood, who + " doesn’t understand the “" + heap.names.spelling(site.name) + "” message.", target);
+    }
+    if (site.continues) {
+        const Value &parent = frame.script.script()->parent;
+        const auto inherited = parent.is(Kind::script) ? findHandler(parent.script(), site.name) : std::pair<const Function *, ScriptObject *>();
+        if (!inherited.first)
+            raise(error::notUnderstood, "Can’t continue " + heap.names.spelling(site.name) + ".", frame.me);
+        const Value me = frame.me;
+        return enter(site, *inherited.first, Value::retain(inherited.second), me, base, result);
     }
     const auto [function, owner] = findHandler(frame.me.script(), site.name);
     const Function *found = function;
@@ -891,18 +901,28 @@ slowArithmetic:
     }
     OPERATION(op_beginTry)
     {
-        registers[pc->a] = Value::of(int64_t(considering));
+        registers[pc->a] = Value::of(held());
         NEXT;
     }
     OPERATION(op_consider)
     {
-        registers[pc->a] = Value::of(int64_t(considering));
+        registers[pc->a] = Value::of(held());
         considering = (considering | uint32_t(pc->b)) & ~uint32_t(pc->c);
         NEXT;
     }
     OPERATION(op_restore)
     {
-        considering = uint32_t(registers[pc->a].integer());
+        hold(registers[pc->a].integer());
+        NEXT;
+    }
+    OPERATION(op_limitTime)
+    {
+        MAY_FAIL;
+        {
+            const double seconds = number(defined(*frame, pc->b, OPERAND(pc->b)));
+            registers[pc->a] = Value::of(held());
+            timeLimit = uint32_t(std::clamp(seconds * 60, 1.0, double(INT32_MAX)));
+        }
         NEXT;
     }
     OPERATION(op_fail)

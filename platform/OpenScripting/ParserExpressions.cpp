@@ -818,6 +818,14 @@ Node *Parser::wordPrimary()
             node->a = owner;
             return finished(node);
         }
+        case Word::continue_: {
+            ++at_;
+            Node *node = primary();
+            if ((node->kind != Node::call && node->kind != Node::labelledCall) || node->a)
+                fail("Expected a handler call after “continue”.", node->range);
+            node->flag = true;
+            return node;
+        }
         case Word::AppleScript: return constant(Value::type(code("ascr")));
         case Word::current:
             if (isWord(Word::application, 1)) {

@@ -38,10 +38,25 @@ Tree parse(std::string_view source, Heap &heap, const Vocabulary &vocabulary)
 }
 
 /// A word that is also a term of the language is a variable where the script uses it as one: `set name to 5`,
-/// `on greet(name)`, `repeat with day in week`.
+/// `on greet(name)`, `repeat with day in week`. What is set in a `tell application` is the application's.
 void Parser::collectDeclared()
 {
     bool lineStart = true;
+    std::vector<bool> tells;  // of applications?
+    bool tellsOnLine = false;
+    const bool hasBareEnd = std::adjacent_find(tokens_.begin(), tokens_.end(), [](const Token &one, const Token &next) {
+                                return one.type == Token::word && one.name == Word::end && next.type == Token::newline;
+                            }) != tokens_.end();  // then a `tell` may end without saying so
+    const auto beginTell = [&](size_t at) {
+        const bool application = tokens_[at + 1].type == Token::word && tokens_[at + 1].name == Word::application && !hasBareEnd;
+        size_t end = at;
+        while (end < tokens_.size() && tokens_[end].type != Token::newline && !(tokens_[end].type == Token::word && tokens_[end].name == Word::to))
+            ++end;
+        if (end < tokens_.size() && tokens_[end].type == Token::word)
+            tellsOnLine = application;
+        else
+            tells.push_back(application);
+    };
     for (size_t i = 0; i + 1 < tokens_.size(); ++i) {
         const Token &token = tokens_[i], &next = tokens_[i + 1];
         const auto declares = [&](size_t at) {
@@ -50,7 +65,17 @@ void Parser::collectDeclared()
         };
         if (token.type == Token::word) {
             switch (token.name) {
+            case Word::tell:
+                if (lineStart)
+                    beginTell(i);
+                break;
+            case Word::end:
+                if (lineStart && next.type == Token::word && next.name == Word::tell && !tells.empty())
+                    tells.pop_back();
+                break;
             case Word::set:
+                if (tellsOnLine || (!tells.empty() && tells.back()))
+                    break;
                 if (next.type == Token::word && i + 2 < tokens_.size() && tokens_[i + 2].type == Token::word && tokens_[i + 2].name == Word::to)
                     declares(i + 1);
                 break;
@@ -89,6 +114,7 @@ void Parser::collectDeclared()
             }
         }
         lineStart = token.type == Token::newline;
+        tellsOnLine = tellsOnLine && !lineStart;
     }
     // The words of the grammar stay what they are.
     for (const Name word : {Word::the, Word::it, Word::me, Word::my, Word::to, Word::of, Word::in, Word::end, Word::beginning, Word::true_, Word::false_, Word::item, Word::text, Word::given, Word::date})
@@ -547,7 +573,9 @@ Node *Parser::consider()
                 bits |= Considering::whiteSpace;
             else if (takeWords(Word::numeric, Word::strings))
                 bits |= Considering::numericStrings;
-            else if (takeWord(Word::expansion) || takeWords(Word::application, Word::responses))
+            else if (takeWords(Word::application, Word::responses))
+                bits |= Considering::responses;
+            else if (takeWord(Word::expansion))
                 bits |= 0;
             else
                 expected("consideration");

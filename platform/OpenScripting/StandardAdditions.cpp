@@ -297,7 +297,7 @@ Value pathTo(Machine &machine, const Invocation &invocation)
     if (found.empty())
         raise(error::noSuchFile, "Can’t make " + machine.display(what) + " into a path: there is no such folder.", what);
     const Value *as = invocation.parameter(code("rtyp"));
-    const Value file = machine.heap.file(true, found);
+    const Value file = machine.alias(found);
     return as ? machine.coerced(file, as->code()) : file;
 }
 

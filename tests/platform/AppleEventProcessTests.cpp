@@ -7,6 +7,7 @@
 #include "tests/support/AppleEvents.h"
 #include "tests/support/LocalServer.h"
 #include "tests/support/Program.h"
+#include "tests/support/Scripting.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <chrono>
@@ -243,25 +244,49 @@ TEST(AppleEventProcessTest, ServingWhileWaiting)
     EXPECT_EQ(sent.status, errAETimeout);
 }
 
-TEST(AppleEventProcessTest, ApplicationsBySignatureAndIdentifier)
+TEST(AppleEventProcessTest, ApplicationsBySignatureIdentifierAndPlace)
 {
     const TemporaryFolder folder;
     std::filesystem::create_directories(folder / "Peer.app/Resources");
     std::filesystem::copy(TARVIK_TESTS_HELPER "/tarvik-test-eventpeer", folder / "Peer.app/Peer");
     folder.write("Peer.app/Resources/Info-gnustep.plist",
                  "{ NSExecutable = Peer; CFBundleIdentifier = \"org.example.peer\"; CFBundleSignature = Peer; }");
-    const OwnedDesc bySignature = descOfNumber(typeApplSignature, "Peer"_code), byIdentifier = descOf(typeApplicationBundleID, "org.example.peer");
+    const auto url = [&](const std::string &host, const char *name) { return "file://" + host + (folder / name).string(); };
+    const OwnedDesc bySignature = descOfNumber(typeApplSignature, "Peer"_code), byIdentifier = descOf(typeApplicationBundleID, "org.example.peer"),
+                    byPlace = descOf(typeApplicationURL, url("", "Peer.app/"));
     EXPECT_EQ(send(event("echo"_code, bySignature)).status, procNotFound);  // nothing is launched
     {
         const Peer peer("", "", folder / "Peer.app/Peer");
-        for (const OwnedDesc *target : {&bySignature, &byIdentifier}) {
+        for (const OwnedDesc *target : {&bySignature, &byIdentifier, &byPlace}) {
             const Sent sent = send(event("echo"_code, *target, "hello"));
             EXPECT_EQ(sent.status, noErr);
             EXPECT_EQ(textParam(sent.reply.get(), keyDirectObject), "hello");
         }
         EXPECT_EQ(send(event("echo"_code, descOf(typeApplicationBundleID, "org.example.other"))).status, procNotFound);
+        // The folder stands for the process, not the executable within; and where it is now.
+        EXPECT_EQ(send(event("echo"_code, descOf(typeApplicationURL, url("", "Peer.app/Peer")))).status, procNotFound);
+        std::filesystem::rename(folder / "Peer.app", folder / "My Peer.app");
+        EXPECT_EQ(send(event("echo"_code, byPlace)).status, procNotFound);
+        EXPECT_EQ(send(event("echo"_code, descOf(typeApplicationURL, url("localhost", "My%20Peer.app")))).status, noErr);
+        for (const std::string &elsewhere : {url("elsewhere", "My%20Peer.app"), std::string("eppc://host/Peer"), std::string()})
+            EXPECT_EQ(send(event("echo"_code, descOf(typeApplicationURL, elsewhere))).status, errAEUnknownAddressType);
     }
     EXPECT_EQ(send(event("echo"_code, byIdentifier)).status, procNotFound);
+}
+
+// A script that asks a program that doesn't answer.
+TEST(AppleEventProcessTest, ScriptsWaitAsLongAsTheySay)
+{
+    const TemporaryFolder folder;
+    const std::string program = std::filesystem::canonical(folder.path()) / "a-deaf-peer";
+    std::filesystem::copy(TARVIK_TESTS_HELPER "/tarvik-test-eventpeer", program);
+    const Peer deaf("deaf", "", program);
+    const auto start = std::chrono::steady_clock::now();
+    Scripting scripting;
+    EXPECT_EQ(scripting.run("try\nwith timeout of 0.2 seconds\ntell application \"" + program + "\" to «event testecho»\nend timeout\non error m number n\n{m, n}\nend"),
+              "{\"" + program + " got an error: AppleEvent timed out.\", -1712}");
+    EXPECT_EQ(scripting.run("ignoring application responses\ntell application \"" + program + "\" to «event testnote» \"one\"\n7\nend"), "7");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(50));  // a minute is what it would have had otherwise
 }
 
 TEST(AppleEventProcessTest, NobodyElseGetsIn)

@@ -24,7 +24,7 @@ struct Node {
         negation,     // a
         coercion,     // a as b
         specifier,    // spec, a: the container (null: `it`), b, c: index or ends
-        call,         // name, kids: arguments; a: the target (null: who is told)
+        call,         // name, kids: arguments; a: the target (null: who is told); flag: the parent's handler
         labelledCall, // name, b: direct parameter or null, names, kids: labels and arguments; a: the target
         command,      // command, a: direct parameter or null, codes, kids: parameters
         referenceTo,  // a

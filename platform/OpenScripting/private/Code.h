@@ -54,7 +54,8 @@ namespace tarvik::osa {
     I(eachNext)      /* the next item into register b and the jump that follows, or over it */ \
     I(beginTry)      /* keeps what is considered in register a */ \
     I(consider)      /* keeps it in register a; b: considered, c: ignored from here on */ \
-    I(restore)       /* what is considered as kept in register a */ \
+    I(limitTime)     /* keeps it in register a; applications have o b seconds from here on */ \
+    I(restore)       /* all that as kept in register a */ \
     I(fail)          /* registers from a: message, number, from, partial result, to */ \
     I(copy)          /* r <- o, as deep as it goes */ \
     I(giveBack) I(giveBackRaw) I(giveNothing) /* o a */ \
@@ -88,6 +89,7 @@ struct Site {
     Name name = 0;                // of the handler
     uint16_t count = 0;           // positional arguments
     bool labelled = false;
+    bool continues = false;       // the handler that the script's parent has
     bool hasDirect = false;       // a labelled call's first argument is the direct one
     std::vector<Name> labels;     // of a record or a labelled call
     std::vector<uint32_t> codes;  // of a command's parameters

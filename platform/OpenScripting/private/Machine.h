@@ -76,6 +76,7 @@ public:
     Host &host;
     const Vocabulary &vocabulary;
     uint32_t considering = Considering::kDefault;
+    uint32_t timeLimit = 0;  // ticks that applications have for their answers; 0: the usual ones
     Value delimiters;  // AppleScript's text item delimiters
     std::mt19937_64 random;
 
@@ -101,6 +102,8 @@ public:
 
     // --- coercions (Coercions.cpp)
     Value coerced(const Value &value, uint32_t type);
+    /// An alias of what is there; a folder's path ends with a slash.
+    Value alias(std::string path);
     bool truth(const Value &value);
     int64_t whole(const Value &value);
     double number(const Value &value);
@@ -141,8 +144,15 @@ private:
         Value *registers;
         Value script, me;
         Value *result;
-        uint32_t considering;
+        uint32_t considering, timeLimit;
     };
+    /// What holds for a stretch of the script, as one number.
+    int64_t held() const { return int64_t(uint64_t(timeLimit) << 32 | considering); }
+    void hold(int64_t kept)
+    {
+        considering = uint32_t(kept);
+        timeLimit = uint32_t(uint64_t(kept) >> 32);
+    }
     Value interpret(size_t bottom);
     bool unwind(ScriptError &error, size_t bottom);
     void pushFrame(const Function &function, const Value &script, const Value &me, Value *registers, Value *result);

@@ -13,6 +13,7 @@
 ///     'kpid'   SInt32, a process identifier
 ///     'sign'   the creator code of a running application
 ///     'bund'   the bundle identifier of a running application
+///     'aprl'   the file URL of a running application's folder (X.app), or of the executable of another program, on this machine
 ///
 /// No target, or oneself: the handler is called directly, and has returned when the call does.
 ///
