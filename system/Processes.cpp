@@ -11,7 +11,8 @@ CFStringRef copyName(OSErr (*find)(ProcessSerialNumber *))
     if (find(&number) != noErr)
         return nullptr;
     if (CopyProcessName(&number, &name) != noErr) {
-        CFRelease(name);
+        if (name)
+            CFRelease(name);
         return nullptr;
     }
     return name;

@@ -93,10 +93,17 @@ NSString *text(const std::string &utf8)
 
 namespace {
 
-/// A program that is no application yet becomes one, without an icon of its own on the desktop.
+/// Whether the program was no application when a script first asked for something here.
+bool isCommand()
+{
+    static const bool isCommand = !NSApp;
+    return isCommand;
+}
+
+/// Such a program becomes one, without an icon of its own on the desktop.
 void beApplication()
 {
-    if (!NSApp)
+    if (isCommand())
         [[NSUserDefaults standardUserDefaults] registerDefaults:[NSDictionary dictionaryWithObject:@"YES" forKey:@"GSSuppressAppIcon"]];
     [NSApplication sharedApplication];
     // Before its launch is finished, an application lets nobody give it the keyboard. It doesn't say whether it is.
@@ -176,7 +183,7 @@ void keepClipboardServer()
     static bool isDone = false;
     NSString *const tool = [NSTask launchPathForTool:@"gpbs"];
     const auto serves = [&] { return [NSConnection connectionWithRegisteredName:kService host:@""] != nil; };
-    if (std::exchange(isDone, true) || NSApp || !tool || serves())
+    if (!isCommand() || std::exchange(isDone, true) || !tool || serves())
         return;
     const tarvik::FileDescriptor nothing(open("/dev/null", O_RDWR | O_CLOEXEC));
     tarvik::platform::SpawnPlan plan = {.path = tarvik::utf8(tool).value_or(""), .arguments = {"--daemon"}, .folder = "/"};

@@ -220,7 +220,7 @@ Value ComponentHost::sendEvent(Machine &machine, const std::string &application,
         for (size_t i = 0; i < invocation.site.codes.size(); ++i)
             putValue(machine, event, invocation.site.codes[i], invocation.values[i]);
     });
-    if (error == errAEEventNotHandled && invocation.site.command && standsIn(machine, message, eventID, invocation.direct))
+    if (error == errAEEventNotHandled && invocation.site.command && !message.targets().empty() && standsIn(machine, message, eventID, invocation.direct))
         return {};
     if (error != noErr)
         message.fail(error, error == errAEEventNotHandled ? "It doesn’t understand the “" + (invocation.site.command ? std::string(invocation.site.command->phrase) : fourCharacters(eventClass) + fourCharacters(eventID)) + "” message." : "");

@@ -316,7 +316,8 @@ Value fromDescriptor(Machine &machine, const AEDesc *desc, int depth)
         break;
     }
     case code("apnm"): return heap.application(bytesOf(desc));
-    case typeOSAGenericStorage: return machine.host.runScript(machine, heap.data(typeOSAGenericStorage, bytesOf(desc)));
+    // A script from outside stays data until somebody runs it: to make one runs what its properties begin with.
+    case typeOSAGenericStorage: return heap.data(typeOSAGenericStorage, bytesOf(desc));
     default:
         if (auto text = textOfDescriptor(desc))
             return heap.text(*text);
