@@ -4,8 +4,10 @@
 // comes back as A; CDATA comes back empty. The reader takes what is no list for one (keys without values, two
 // roots, bad numbers), refuses a byte order mark and UTF-16, and neither is quick. The user defaults read and
 // write through these methods, so they lost text too. XML goes through the platform's own reader and writer
-// here; the other forms stay with gnustep-base, whose reader of text ends the process with a stack that is
-// full when brackets are nested 100,000 deep: such text is refused.
+// here, and so does the reading of the binary form, whose bytes gnustep-base's reader believes. The other
+// forms stay with gnustep-base, whose reader of text ends the process with a stack that is full when brackets
+// are nested 100,000 deep: such text is refused.
+#include "platform/Foundation/private/BinaryPropertyList.h"
 #include "platform/Foundation/private/HiddenMethod.h"
 #include "platform/Foundation/private/PropertyLists.h"
 
@@ -36,18 +38,24 @@ NSError *errorOf(const std::string &why)
     return [NSError errorWithDomain:NSCocoaErrorDomain code:0 userInfo:about];
 }
 
-id readXML(NSData *data, NSUInteger options, NSPropertyListFormat *format, std::string &why)
+enum class Form { xml, binary, other };
+
+Form formOf(NSData *data)
 {
-    id list = tarvik::plist::newFromXML(static_cast<const uint8_t *>([data bytes]), [data length],
-                                        mutabilityOf(options), why);
-    if (format)
-        *format = NSPropertyListXMLFormat_v1_0;
-    return [list autorelease];
+    const auto *bytes = static_cast<const uint8_t *>([data bytes]);
+    return tarvik::plist::looksLikeXML(bytes, [data length])  ? Form::xml
+           : tarvik::plist::looksBinary(bytes, [data length]) ? Form::binary
+                                                              : Form::other;
 }
 
-bool isXML(NSData *data)
+id read(NSData *data, Form form, NSUInteger options, NSPropertyListFormat *format, std::string &why)
 {
-    return tarvik::plist::looksLikeXML(static_cast<const uint8_t *>([data bytes]), [data length]);
+    const auto newList = form == Form::xml ? tarvik::plist::newFromXML : tarvik::plist::newFromBinary;
+    id list =
+        newList(static_cast<const uint8_t *>([data bytes]), [data length], mutabilityOf(options), why);
+    if (format)
+        *format = form == Form::xml ? NSPropertyListXMLFormat_v1_0 : NSPropertyListBinaryFormat_v1_0;
+    return [list autorelease];
 }
 
 /// Foundation's own class method behind one of the category's.
@@ -99,18 +107,19 @@ Function original(SEL name)
                     format:(NSPropertyListFormat *)format
           errorDescription:(NSString **)text
 {
-    if (!isXML(data)) {
+    const Form form = formOf(data);
+    if (form == Form::other) {
         if (tarvik::plist::isTextTooDeep(data)) {
             if (text)
                 *text = reason(kTooDeep);
             return nil;
         }
-        static const auto read = original<id (*)(id, SEL, NSData *, NSPropertyListMutabilityOptions,
+        static const auto readOther = original<id (*)(id, SEL, NSData *, NSPropertyListMutabilityOptions,
                                                  NSPropertyListFormat *, NSString **)>(_cmd);
-        return read(self, _cmd, data, options, format, text);
+        return readOther(self, _cmd, data, options, format, text);
     }
     std::string why;
-    id list = readXML(data, options, format, why);
+    id list = read(data, form, options, format, why);
     if (text)
         *text = list ? nil : reason(why);
     return list;
@@ -121,18 +130,19 @@ Function original(SEL name)
                     format:(NSPropertyListFormat *)format
                      error:(NSError **)error
 {
-    if (!isXML(data)) {
+    const Form form = formOf(data);
+    if (form == Form::other) {
         if (tarvik::plist::isTextTooDeep(data)) {
             if (error)
                 *error = errorOf(kTooDeep);
             return nil;
         }
-        static const auto read = original<id (*)(id, SEL, NSData *, NSPropertyListReadOptions,
+        static const auto readOther = original<id (*)(id, SEL, NSData *, NSPropertyListReadOptions,
                                                  NSPropertyListFormat *, NSError **)>(_cmd);
-        return read(self, _cmd, data, options, format, error);
+        return readOther(self, _cmd, data, options, format, error);
     }
     std::string why;
-    id list = readXML(data, options, format, why);
+    id list = read(data, form, options, format, why);
     if (error)
         *error = list ? nil : errorOf(why);
     return list;

@@ -1,5 +1,6 @@
 #include "platform/Foundation/private/PropertyLists.h"
 
+#include "platform/Foundation/private/BinaryPropertyList.h"
 #include "platform/Foundation/private/TextPropertyList.h"
 #include "platform/TextEncoding/private/Encodings.h"
 
@@ -59,10 +60,8 @@ id newFromData(NSData *data, Mutability mutability, std::string &why)
     }
     if (looksLikeXML(bytes, count))
         return newFromXML(bytes, count, mutability, why);
-    if (count >= 6 && std::equal(bytes, bytes + 6, "bplist")) {
-        why = "a binary property list";
-        return nil;
-    }
+    if (looksBinary(bytes, count))
+        return newFromBinary(bytes, count, mutability, why);
     const auto text = textOf(data);
     if (!text) {
         why = "neither XML nor text";

@@ -39,6 +39,10 @@ const std::set<std::string> kRepairs = {
     "-[GSFileHandle writeData:]",
     "-[GSMutableArray exchangeObjectAtIndex:withObjectAtIndex:]",
     "-[GSMutableArray replaceObjectsInRange:withObjectsFromArray:]",
+    "-[GSMutableString mutableCopyWithZone:]",
+    "-[GSMutableString mutableCopy]",
+    "-[GSUnicodeString mutableCopyWithZone:]",
+    "-[GSUnicodeString mutableCopy]",
     "-[NSBundle bundleIdentifier]",
     "-[NSBundle dealloc]",
     "-[NSBundle executablePath]",
@@ -60,6 +64,7 @@ const std::set<std::string> kRepairs = {
     "-[NSFileManager subpathsAtPath:]",
     "-[NSMutableDataMalloc setCapacity:]",
     "-[NSPipe init]",
+    "-[NSString mutableCopyWithZone:]",
 };
 
 TEST(Categories, NoneReplacesAMethodOfThePlatform)

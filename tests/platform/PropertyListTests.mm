@@ -2,6 +2,7 @@
 // platform's reader knows.
 #import <Foundation/Foundation.h>
 
+#include "tests/support/Hex.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -188,7 +189,7 @@ TEST_F(PropertyList, RefusesWhatIsNoPropertyList)
         {"<?xml version=\"1.0\"?><!DOCTYPE plist [<!ENTITY x SYSTEM "
          "\"file:///etc/passwd\">]><plist><string>&x;</string></plist>",
          "declares no entities"},
-        {"bplist00", "binary"},
+        {"bplist00", "cut short"},
         {"{ a = 1;\n b 2; }", "line 2: a key without a value"},
         {"{ a = 1\n}", "line 2: no semicolon"},
         {"(a\nb)", "line 2: no comma"},
@@ -245,6 +246,78 @@ TEST_F(PropertyList, MutabilityIsAsAsked)
                       option == kCFPropertyListMutableContainersAndLeaves);
         }
         EXPECT_TRUE([copy isEqual:fresh]);
+    }
+}
+
+// The bytes are those of Python's plistlib.
+TEST_F(PropertyList, ReadsTheBinaryForm)
+{
+    const std::string bytes =
+        fromHex("62706c6973743030d70102030405060708090e161718195562797465735464656570576e756d626572735474657874547768"
+                "656e537965736300fc006e00ef4f101400ff00ff00ff00ff00ff00ff00ff00ff00ff00ffd10a0b5161a20c0da0d0a70f1011"
+                "12131415100013ffffffffffffffff10ff1200010000137fffffffffffffff140000000000000000ffffffffffffffff233f"
+                "f800000000000055706c61696e334196945c94000000096465e5672cd83dde0008171d222a2f34383f56595b5e5f60686a73"
+                "757a83949da3acad0000000000000101000000000000001a000000000000000000000000000000b6");
+    const std::string expected =
+        kStart.substr(kStart.find("<plist")) + "<dict><key>bytes</key><data>AP8A/wD/AP8A/wD/AP8A/wD/AP8=</data>"
+        "<key>deep</key><dict><key>a</key><array><array/><dict/></array></dict>"
+        "<key>numbers</key><array><integer>0</integer><integer>-1</integer><integer>255</integer>"
+        "<integer>65536</integer><integer>9223372036854775807</integer><integer>18446744073709551615</integer>"
+        "<real>1.5</real></array><key>text</key><string>plain</string><key>when</key>"
+        "<date>2004-01-02T03:04:05Z</date><key>yes</key><true/><key>ünï</key><string>日本😀</string></dict>" + kEnd;
+    id list = parsed(bytes);
+    EXPECT_TRUE([list isEqual:parsed(expected)]) << written(list);
+    // What gnustep-base writes (the largest integer as -1) is read through Foundation's own call, with the
+    // mutability that is asked for.
+    list = parsed(bytes, nullptr, kCFPropertyListMutableContainers);
+    [[list objectForKey:@"numbers"] removeObjectAtIndex:5];
+    NSData *other = [NSPropertyListSerialization dataFromPropertyList:list
+                                                               format:NSPropertyListBinaryFormat_v1_0
+                                                     errorDescription:NULL];
+    NSPropertyListFormat format = NSPropertyListFormat(0);
+    id again = [NSPropertyListSerialization propertyListFromData:other
+                                                mutabilityOption:NSPropertyListMutableContainersAndLeaves
+                                                          format:&format
+                                                errorDescription:NULL];
+    EXPECT_EQ(format, NSPropertyListBinaryFormat_v1_0);
+    EXPECT_TRUE([again isEqual:list]) << written(again);
+    [[again objectForKey:@"numbers"] removeAllObjects];
+    [[again objectForKey:@"text"] appendString:@"er"];
+    NSString *half = units(u"é\xD800");
+    EXPECT_TRUE([[[half mutableCopy] autorelease] isEqual:half]) << "which is a leaf of lists too";
+
+    for (size_t length = 0; length < bytes.size(); ++length)
+        EXPECT_EQ(parsed(bytes.substr(0, length)), nil) << length;
+    for (size_t at = 0; at < bytes.size(); ++at)  // whatever comes of it, it ends
+        for (const char byte : {'\x00', '\x1A', '\xA4', '\xDF', '\xFF'})
+            parsed(std::string(bytes).replace(at, 1, 1, byte));
+}
+
+TEST_F(PropertyList, BinaryContainersNeitherHoldThemselvesNorMultiply)
+{
+    // Arrays of two references each, a byte wide.
+    const auto listOf = [](const std::vector<std::string> &objects) {
+        std::string bytes = "bplist00", offsets;
+        for (const std::string &object : objects) {
+            offsets += char(bytes.size());
+            bytes += object;
+        }
+        const size_t at = bytes.size();
+        return bytes + offsets + std::string(6, '\0') + "\1\1" + std::string(7, '\0') + char(objects.size()) +
+               std::string(8, '\0') + std::string(7, '\0') + char(at);
+    };
+    std::string why;
+    EXPECT_EQ(parsed(listOf({std::string("\xA2\0\0", 3)}), &why), nil);
+    EXPECT_EQ(why, "an object that contains itself");
+    EXPECT_EQ(parsed(listOf({"\xA2\1\1", std::string("\xA2\1\0", 3)}), &why), nil);
+    EXPECT_EQ([[parsed(listOf({"\xA2\1\1", "\x08"})) lastObject] boolValue], NO);
+    std::vector<std::string> doubling;
+    for (char next = 1; next < 40; ++next)
+        doubling.push_back({'\xA2', next, next});
+    doubling.push_back("\x09");
+    for (const CFOptionFlags option : {kCFPropertyListImmutable, kCFPropertyListMutableContainers}) {
+        EXPECT_EQ(parsed(listOf(doubling), &why, option), nil);
+        EXPECT_EQ(why, "too many objects");
     }
 }
 
