@@ -169,12 +169,7 @@ CFMutableStringRef CFStringCreateMutable(CFAllocatorRef, CFIndex)
 
 CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef, CFIndex, CFStringRef string)
 {
-    // Not Foundation's mutable copy, which drops U+FEFF in the first place and is empty for half a pair.
-    return made<CFMutableStringRef>([&]() -> NSMutableString * {
-        auto copy = tarvik::adopt(string ? [NSMutableString new] : nil);
-        [copy.get() setString:ns(string)];
-        return copy.release();
-    });
+    return made<CFMutableStringRef>([&] { return [ns(string) mutableCopy]; });
 }
 
 // --- reading -------------------------------------------------------------------------------------------

@@ -1,6 +1,6 @@
-// gnustep-base makes a mutable copy through an initialiser that refuses half a surrogate pair (and loses the
-// object it was to initialise): the copy of such a text, a file's name that is no UTF-8 say, is nil. Setting
-// the text of an empty string takes any.
+// gnustep-base makes a mutable copy through an initialiser that drops U+FEFF in the first place and refuses
+// half a surrogate pair (and loses the object it was to initialise): the copy of such a text, a file's name
+// that is no UTF-8 say, is nil. Setting the text of an empty string takes any.
 #import <Foundation/Foundation.h>
 
 @interface GSUnicodeString : NSString
