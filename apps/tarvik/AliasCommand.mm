@@ -1,4 +1,5 @@
 #include "Command.h"
+#include "FileItems.h"
 #include "ObjectiveC.h"
 #include "Streams.h"
 
@@ -17,10 +18,6 @@ NSString *pathOf(const std::string &word)
 {
     return [[NSFileManager defaultManager] stringWithFileSystemRepresentation:word.c_str()
                                                                        length:word.size()];
-}
-std::string bytesOf(NSString *path)
-{
-    return [[NSFileManager defaultManager] fileSystemRepresentationWithPath:path];
 }
 
 struct Disposed {
@@ -89,10 +86,10 @@ int resolve(const Arguments &arguments)
         FSRef target;
         Boolean wasChanged;
         const OSErr error = FSResolveAlias(start ? &from : nullptr, alias.get(), &target, &wasChanged);
-        NSString *path = error ? nil : [NSString stringWithFSRef:&target];
-        if (!path)
+        const std::string path = error ? "" : pathOfItem(target);
+        if (path.empty())
             throw Failure(file + ": " + reasonOf(error));
-        std::printf("%s\n", bytesOf(path).c_str());
+        std::printf("%s\n", path.c_str());
         if (wasChanged && arguments.has("update") && file != "-")
             write(file, {reinterpret_cast<const char *>(*alias.get()), size_t(GetAliasSize(alias.get()))});
     }

@@ -183,10 +183,11 @@ int mountImages(const Arguments &arguments)
     tarvik::Pool pool;
     for (const std::string &given : arguments.rest(1)) {
         DiskImage *image = [DiskImage diskImageWithFilepath:pathString(fullPath(given))];
-        NSString *point = [image mount];
-        if (!point)
+        if (![image mount])
             throw Failure(given + ": could not be mounted (the tool's own message says why)");
-        std::printf("%s\n", text(point).c_str());
+        for (NSDictionary *entity : tarvik::each<NSDictionary>([reported(fullPath(given)) objectForKey:@"system-entities"]))
+            if (NSString *point = [entity objectForKey:@"mount-point"])
+                std::printf("%s\n", text(point).c_str());
     }
     return kSuccess;
 }
@@ -211,8 +212,8 @@ const Registration registration({
     .name = "image",
     .summary = "make, mount, list and unmount disk images",
     .details =
-        "Images are squashfs (which create makes), ext4 and ISO 9660; what one is, is told by its content.\n"
-        "A mounted image stands in the user's media folder, under its own name.\n\n"
+        "Images are squashfs (which create makes), ext4 and ISO 9660, or disks with partitions of those (for root); what one\n"
+        "is, is told by its content. A mounted image, each of its partitions, stands in the user's media folder, under its own name.\n\n"
         "Examples:\n"
         "  tarvik image create ~/Photos photos.img\n"
         "  folder=$(tarvik image mount photos.img)\n"

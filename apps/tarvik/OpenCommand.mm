@@ -6,6 +6,7 @@
 
 #include <climits>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 
 namespace {
@@ -15,8 +16,12 @@ struct Released {
 };
 using URL = std::unique_ptr<const __CFURL, Released>;
 
+/// A file may have a name like one.
 bool isURL(const std::string &word)
 {
+    std::error_code failed;
+    if (std::filesystem::exists(std::filesystem::symlink_status(word, failed)))
+        return false;
     const size_t colon = word.find(':');
     return colon != word.npos && colon > 1 &&
            word.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789+-.") ==

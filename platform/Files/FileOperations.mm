@@ -45,16 +45,16 @@ struct Work {
     void run()
     {
         begun = Clock::now().time_since_epoch().count();
-        OSStatus result = noErr;
-        if (!(options & kFSFileOperationSkipPreflight)) {
-            stage = kFSOperationStagePreflighting;
-            result = measureItem(source, status);
+        OSStatus result;
+        try {
+            result = measureAndCopy();
+        } catch (const std::exception &) {
+            result = memFullErr;
         }
-        stage = kFSOperationStageRunning;
-        const CopyOptions how{.overwrites = bool(options & kFSFileOperationOverwrite),
-                              .skipsUnreadable = bool(options & kFSFileOperationSkipSourcePermissionErrors)};
-        if (result == noErr)
-            result = copyItem(source, folder, name, how, status, &copy);
+        end(result);
+    }
+    void end(OSStatus result)
+    {
         error = result;
         ended = Clock::now().time_since_epoch().count();
         stage = kFSOperationStageComplete;
@@ -86,6 +86,20 @@ struct Work {
                                                           kFSOperationObjectsRemainingKey,
                                                           number(seconds > 0 ? uint64_t(double(bytes) / seconds) : 0),
                                                           kFSOperationThroughputKey, nil];
+    }
+
+private:
+    OSStatus measureAndCopy()
+    {
+        OSStatus result = noErr;
+        if (!(options & kFSFileOperationSkipPreflight)) {
+            stage = kFSOperationStagePreflighting;
+            result = measureItem(source, status);
+        }
+        stage = kFSOperationStageRunning;
+        const CopyOptions how{.overwrites = bool(options & kFSFileOperationOverwrite),
+                              .skipsUnreadable = bool(options & kFSFileOperationSkipSourcePermissionErrors)};
+        return result == noErr ? copyItem(source, folder, name, how, status, &copy) : OSErr(result);
     }
 };
 
@@ -174,7 +188,8 @@ const CFStringRef kFSOperationThroughputKey = CFStringRef(@"kFSOperationThroughp
         for (NSUInteger i = 0; i < [mLoops count]; ++i)
             [self addTimer:[mLoops objectAtIndex:i]];
     const auto work = mWork;  // which the thread keeps alive
-    std::thread([work] { work->run(); }).detach();
+    if (!tarvik::attempt([&] { std::thread([work] { work->run(); }).detach(); }))
+        work->end(memFullErr);
 }
 
 - (void)look:(NSTimer *)timer

@@ -1,5 +1,6 @@
 /// \file
-/// What the file manager copies, moves and removes keeps its resource fork and Finder information.
+/// What the file manager copies, moves and removes keeps its resource fork and Finder information, and leaves alone what links
+/// in it lead to.
 ///
 /// They stand in a companion beside the item, `._name`, of which gnustep-base knows nothing: a removed item
 /// would leave it behind for the next item of that name, and a copied or moved one would lose it. What a
@@ -8,6 +9,7 @@
 #include "platform/Foundation/private/HiddenMethod.h"
 
 #import <Foundation/Foundation.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -22,6 +24,7 @@ public:
     Call(const Call &) = delete;
     Call &operator=(const Call &) = delete;
     bool isOutermost() const { return depth_ == 1; }
+    static bool isRunning() { return depth_ > 0; }
 
 private:
     static inline thread_local int depth_ = 0;
@@ -69,8 +72,15 @@ BOOL transfer(NSFileManager *manager, NSString *source, NSString *destination,
     return original(self, _cmd, path, handler) && companion.remove() == noErr;
 }
 
+/// Where gnustep-base waits for ever for a pipe's writer, and copies to where a link in the copy's place leads, nothing is copied.
 - (BOOL)copyPath:(NSString *)source toPath:(NSString *)destination handler:(id)handler
 {
+    struct stat item;
+    if (lstat(itemPath(self, source).c_str(), &item) == 0 && !S_ISREG(item.st_mode) && !S_ISDIR(item.st_mode) &&
+        !S_ISLNK(item.st_mode))
+        return NO;
+    if (lstat(itemPath(self, destination).c_str(), &item) == 0)
+        return NO;
     static const auto original =
         tarvik::hiddenMethod<BOOL (*)(id, SEL, NSString *, NSString *, id)>([NSFileManager class], _cmd);
     return transfer(self, source, destination, &CarriedCompanion::copyTo,
@@ -83,6 +93,18 @@ BOOL transfer(NSFileManager *manager, NSString *source, NSString *destination,
         tarvik::hiddenMethod<BOOL (*)(id, SEL, NSString *, NSString *, id)>([NSFileManager class], _cmd);
     return transfer(self, source, destination, &CarriedCompanion::moveTo,
                     [=] { return original(self, _cmd, source, destination, handler); });
+}
+
+/// gnustep-base gives the copy of a link the link's own attributes, by calls that follow it: whatever the link leads to, also
+/// outside of what is copied, could be read and written by everybody from then on. A link's copy keeps what it was made with.
+- (BOOL)changeFileAttributes:(NSDictionary *)attributes atPath:(NSString *)path
+{
+    static const auto original =
+        tarvik::hiddenMethod<BOOL (*)(id, SEL, NSDictionary *, NSString *)>([NSFileManager class], _cmd);
+    struct stat item;
+    if (Call::isRunning() && lstat(itemPath(self, path).c_str(), &item) == 0 && S_ISLNK(item.st_mode))
+        return YES;
+    return original(self, _cmd, attributes, path);
 }
 
 @end

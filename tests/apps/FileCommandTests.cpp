@@ -123,4 +123,12 @@ TEST(CopyCommand, TakesFilesOfAnySize)
     EXPECT_EQ(runProgram({"find", folder.path(), "-name", ".tarvik-*"}).out, "");
 }
 
+TEST(OpenCommand, AFileMayBeCalledAsAURL)
+{
+    const TemporaryFolder folder;
+    fs::create_directory(folder / "odd:name.app");
+    fs::current_path(folder.path());
+    EXPECT_EQ(runTarvik({"open", "--which", "odd:name.app"}).out, fs::canonical("odd:name.app").native() + "\n");
+}
+
 }  // namespace

@@ -55,6 +55,7 @@ const std::set<std::string> kRepairs = {
     "-[NSBundle pathsForResourcesOfType:inDirectory:]",
     "-[NSBundle pathsForResourcesOfType:inDirectory:forLocalization:]",
     "-[NSBundle resourcePath]",
+    "-[NSFileManager changeFileAttributes:atPath:]",
     "-[NSFileManager copyPath:toPath:handler:]",
     "-[NSFileManager fileSystemRepresentationWithPath:]",
     "-[NSFileManager isDeletableFileAtPath:]",

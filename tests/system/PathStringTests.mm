@@ -101,8 +101,35 @@ TEST_F(PathStrings, AreMadeTestedCopiedAndRemoved)
     EXPECT_TRUE([at("a") createCopyOfPath:at("new/tree")]);
     EXPECT_EQ(readFile(root_ / "new/tree/file"), "contents");
     EXPECT_FALSE([at("none") createCopyOfPath:at("new/none")]);
+    ASSERT_EQ(mkfifo((root_ / "fifo").c_str(), 0600), 0);
+    EXPECT_FALSE([at("fifo") createCopyOfPath:at("new/fifo")]) << "nor waited for";
+    fs::create_symlink(root_ / "elsewhere", root_ / "new/link");
+    EXPECT_FALSE([at("a/file") createCopyOfPath:at("new/link")]);
+    EXPECT_FALSE(fs::exists(root_ / "elsewhere")) << "where the link leads";
     EXPECT_TRUE([at("new") remove]);
     EXPECT_FALSE([at("new") remove] || [at("new") exists]);
+}
+
+TEST_F(PathStrings, CopiesLeaveAloneWhatLinksLeadTo)
+{
+    make("outside", "secret");
+    make("folder/plain", "plain");
+    fs::permissions(root_ / "outside", fs::perms(0600));
+    fs::permissions(root_ / "folder/plain", fs::perms(0640));
+    fs::create_symlink(root_ / "outside", root_ / "folder/link");
+    NSFileManager *manager = [NSFileManager defaultManager];
+    EXPECT_TRUE([at("folder/link") createCopyOfPath:at("link")]);
+    EXPECT_TRUE([at("folder") createCopyOfPath:at("one")]);
+    EXPECT_TRUE([manager copyItemAtPath:at("folder") toPath:at("two") error:NULL]);
+    EXPECT_TRUE([manager movePath:at("two") toPath:at("three") handler:nil]);
+    EXPECT_EQ(fs::status(root_ / "outside").permissions(), fs::perms(0600));
+    for (const char *copy : {"one", "three"}) {
+        EXPECT_EQ(fs::read_symlink(root_ / copy / "link"), root_ / "outside");
+        EXPECT_EQ(fs::status(root_ / copy / "plain").permissions(), fs::perms(0640));
+    }
+    NSDictionary *mode = [NSDictionary dictionaryWithObject:[NSNumber numberWithInt:0640] forKey:NSFilePosixPermissions];
+    EXPECT_TRUE([manager changeFileAttributes:mode atPath:at("link")]) << "by itself follows links, as ever";
+    EXPECT_EQ(fs::status(root_ / "outside").permissions(), fs::perms(0640));
 }
 
 TEST_F(PathStrings, CompanionsGoWithWhatIsCopiedMovedAndRemoved)
