@@ -294,8 +294,12 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
                  proposedRow:(NSInteger)row
        proposedDropOperation:(NSTableViewDropOperation)operation
 {
-    if (operation == NSTableViewDropOn)
-        [table setDropRow:row dropOperation:NSTableViewDropAbove];
+    (void)row, (void)operation;
+    // Between two rows, above or below the middle of the one under the mouse; below the last row, at the end.
+    const NSPoint mouse = [table convertPoint:[info draggingLocation] fromView:nil];
+    const NSInteger over = [table rowAtPoint:mouse];
+    const bool isBelow = over >= 0 && mouse.y > NSMidY([table rectOfRow:over]);
+    [table setDropRow:over < 0 ? [table numberOfRows] : isBelow ? over + 1 : over dropOperation:NSTableViewDropAbove];
     if ([info draggingSource] == table)
         return NSDragOperationMove;
     return [info draggingSource] == mWindow->mIcon ? NSDragOperationNone : NSDragOperationCopy;

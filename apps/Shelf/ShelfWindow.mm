@@ -44,6 +44,16 @@ void dress(NSButton *button, NSString *title, SEL action, id target)
         [super keyDown:event];
 }
 
+// AppKit drags only what was selected before; here a row that is pressed may be dragged at once.
+- (void)mouseDown:(NSEvent *)event
+{
+    constexpr NSUInteger kModifiers = NSShiftKeyMask | NSCommandKeyMask | NSControlKeyMask | NSAlternateKeyMask;
+    const NSInteger row = [self rowAtPoint:[self convertPoint:[event locationInWindow] fromView:nil]];
+    if (row >= 0 && ![self isRowSelected:row] && !([event modifierFlags] & kModifiers))
+        [self selectRowIndexes:[NSIndexSet indexSetWithIndex:NSUInteger(row)] byExtendingSelection:NO];
+    [super mouseDown:event];
+}
+
 // The whole row is dragged, up and down too, and may move as well as be copied.
 - (NSDragOperation)draggingSourceOperationMaskForLocal:(BOOL)isLocal
 {

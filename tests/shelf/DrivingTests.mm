@@ -3,7 +3,6 @@
 #include <tests/shelf/ShelfFixture.h>
 #include <tests/support/LocalServer.h>
 #include <tests/support/Program.h>
-#include <tests/support/Transfer.h>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -44,7 +43,7 @@ protected:
         const auto isChosen = [&] { return [[[nameField(panel) cellAtIndex:0] stringValue] isEqual:ns(name)]; };
         ASSERT_TRUE(drive(click(onScreen(list, NSMakePoint(NSMinX(item) + 30, NSMidY(item)))), isChosen));
         const auto isGone = [&] { return [shelf_->mWindow attachedSheet] != panel; };
-        ASSERT_TRUE(drive(click(middleOf(button([panel contentView], @"OK"))), isGone));
+        ASSERT_TRUE(drive(click(middleOf(buttonTitled([panel contentView], @"OK"))), isGone));
     }
     /// As a hand clicks: not faster than the display's events arrive.
     static std::string click(const std::string &place)
@@ -77,8 +76,9 @@ TEST_F(Driven, AddsImagesThroughThePanel)
     EXPECT_FALSE([shelf_ validateMenuItem:(id)[[NSApp mainMenu] itemWithTag:0]]);  // first the answer
     answer("b.img");
     EXPECT_TRUE(eventually([&] { return names() == "b"; }));
-    NSSize first = [[NSOpenPanel openPanel] frame].size;
+    const NSSize first = [[NSOpenPanel openPanel] frame].size;
     // The same panel again, as high as before; cancelled, it adds nothing.
+    ASSERT_TRUE(toFront());
     ASSERT_TRUE(drive("key ctrl+o", [&] { return [shelf_->mWindow attachedSheet] != nil; }));
     EXPECT_EQ([sheet() frame].size.height, first.height);
     ASSERT_TRUE(drive("key Escape", [&] { return [shelf_->mWindow attachedSheet] == nil; }));
@@ -181,6 +181,107 @@ TEST_F(Driven, PublishesToAServer)
         ASSERT_TRUE(drive("key Return", [&] { return [shelf_->mWindow attachedSheet] == nil; }));
     }
     EXPECT_EQ(str([[NSUserDefaults standardUserDefaults] stringForKey:@"PublishAddress"]), server.url("/keep"));
+}
+
+TEST_F(Driven, IsAllOnTheKeyboard)
+{
+    for (const char *name : {"a.img", "b.img", "c.img"})
+        add(name);
+    select({1});
+    ASSERT_TRUE(toFront());
+    EXPECT_TRUE(drive("key ctrl+6", [&] { return cell(1, kLabel) == "6"; }));
+    EXPECT_TRUE(drive("key Down", [&] { return [shelf_->mWindow->mTable selectedRow] == 2; }));
+    EXPECT_TRUE(drive("key ctrl+k", [&] { return cell(2, kChecksum).starts_with("✓ "); }));
+    EXPECT_TRUE(drive("key ctrl+a", [&] { return [shelf_->mWindow->mTable numberOfSelectedRows] == 3; }));
+    EXPECT_TRUE(drive("key Delete", [&] { return names() == ""; }));
+    EXPECT_TRUE(eventually([&] { return ![shelf_->mWindow->mEmpty isHidden]; }));
+    EXPECT_TRUE(drive("key ctrl+z", [&] { return names() == "abc"; }));
+    EXPECT_TRUE(drive("key ctrl+shift+z", [&] { return names() == ""; }));
+    EXPECT_TRUE(drive("key ctrl+z", [&] { return names() == "abc"; }));
+    EXPECT_EQ(cell(1, kLabel), "6");  // with all that was in it
+    ASSERT_TRUE(idle());
+    beginIn(folder_.path());
+    ASSERT_TRUE(drive("key ctrl+e", [&] { return [shelf_->mWindow attachedSheet] != nil; }));
+    answer("list.xml");
+    EXPECT_EQ(runProgram({"xmllint", "--xpath", "count(/catalogue/image[label='Green'])", folder_ / "list.xml"}).out, "1\n");
+    [shelf_ exportTo:ns(folder_ / "none/list.xml")];
+    EXPECT_NE(texts([sheet() contentView]).find("could not be written"), std::string::npos);
+}
+
+TEST_F(Driven, SetsALabelFromItsButton)
+{
+    add("a.img");
+    NSView *label = [shelf_->mWindow->mButtons lastObject];
+    NSMenu *menu = shelf_->mLabels;
+    ASSERT_TRUE(toFront());
+    const auto isShown = [=] { return [[[menu menuRepresentation] window] isVisible]; };
+    const int orange = 2;
+    std::string item;
+    later(0.5, [&] {  // the menu keeps the application busy until it is answered
+        if (!isShown())
+            return;
+        NSWindow *window = [[menu menuRepresentation] window];
+        const NSPoint corner = [[label window] convertBaseToScreen:[label convertPoint:NSZeroPoint toView:nil]];
+        EXPECT_NEAR(NSMinX([window frame]), corner.x, 3);
+        EXPECT_NEAR(NSMaxY([window frame]), [[label window] convertBaseToScreen:[label convertRect:[label bounds] toView:nil].origin].y, 3);
+        const NSRect area = [[menu menuRepresentation] rectOfItemAtIndex:orange];
+        item = onScreen([menu menuRepresentation], NSMakePoint(NSMidX(area), NSMidY(area)));
+    });
+    std::unique_ptr<Hand> choice;
+    std::function<void()> choose = [&] {
+        if (item.empty())
+            return later(0.2, choose);
+        choice = std::make_unique<Hand>(click(item));
+    };
+    later(0.8, choose);
+    EXPECT_TRUE(drive(click(middleOf(label)), [&] { return cell(0, kLabel) == "2"; }));
+    EXPECT_EQ([ns(folder_ / "a.img") labelColorIndex], 2u);
+}
+
+TEST_F(Driven, SharesTheClipboardWithOtherPrograms)
+{
+    const std::string first = add("a.img"), second = add("b c.img"), other = folder_.write("ö.img", "x");
+    select({0, 1});
+    ASSERT_TRUE(toFront());
+    std::string copied;
+    ASSERT_TRUE(drive("key ctrl+c", [&] { return [[[NSPasteboard generalPasteboard] types] containsObject:@"TarvikShelfRows"]; }));
+    EXPECT_EQ(runProgram({"timeout", "20", "xclip", "-selection", "clipboard", "-o"}).out, first + "\n" + second);
+    ASSERT_EQ(runProgram({"xclip", "-selection", "clipboard"}, "a list:\nfile://" + folder_.path().native() + "/%C3%B6.img\n").status, 0);
+    EXPECT_TRUE(drive("key ctrl+v", [&] { return [[shelf_->mRows datasourceArray] count] == 3; })) << names();
+    EXPECT_NE(names().find("ö"), std::string::npos);
+}
+
+TEST_F(Driven, DragsRowsToAnotherPlace)
+{
+    for (const char *name : {"a.img", "b.img", "c.img", "d.img"})
+        add(name);
+    NSTableView *table = shelf_->mWindow->mTable;
+    ASSERT_TRUE(toFront());
+    const auto at = [&](int row, CGFloat down) { return onScreen(table, NSMakePoint(60, NSMinY(rowOnTable(row)) + down)); };
+    EXPECT_TRUE(drive("mousemove " + at(0, 11) + " sleep 0.2 mousedown 1 sleep 0.2 mousemove_relative 2 5 sleep 0.2 mousemove " + at(1, 11) +
+                          " sleep 0.3 mousemove " + at(2, 16) + " sleep 0.3 mousemove_relative 0 1 sleep 0.4 mouseup 1",
+                      [&] { return names() == "bcad"; }))
+        << names();
+    EXPECT_EQ([table selectedRow], 2);
+}
+
+TEST_F(Driven, PrintsTheNotes)
+{
+    add("a.img");
+    ASSERT_TRUE(toFront());
+    [shelf_ printNotes:nil];
+    EXPECT_NE(texts([sheet() contentView]).find("There are no notes"), std::string::npos);
+    ASSERT_TRUE(drive("key Return", [&] { return [shelf_->mWindow attachedSheet] == nil; }));
+    [[[shelf_->mRows datasourceArray] objectAtIndex:0] setObject:@"Lent to Rosalind" forKey:kNote];
+    NSPrintInfo *info = [NSPrintInfo sharedPrintInfo];
+    [info setJobDisposition:NSPrintSaveJob];
+    [[info dictionary] setObject:ns(folder_ / "notes.pdf") forKey:NSPrintSavePath];
+    pressWhenShown(@"OK");     // the page
+    pressWhenShown(@"Print");  // the printer
+    ASSERT_TRUE(toFront());
+    ASSERT_TRUE(drive("key ctrl+p", [&] { return std::filesystem::exists(folder_ / "notes.pdf"); }));
+    const std::string words = runProgram({"pdftotext", "-raw", folder_ / "notes.pdf", "-"}).out;
+    EXPECT_NE(words.find("a.img\nLent to Rosalind"), std::string::npos) << words;
 }
 
 }  // namespace

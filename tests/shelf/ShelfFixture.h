@@ -20,8 +20,8 @@ protected:
     /// Shelf as it is launched, and as it ends.
     void open();
     void close();
-    /// Has the window, or the sheet over it, get what is typed.
-    bool toFront(NSWindow *window = nil);
+    /// Has the window get what is typed.
+    bool toFront();
     /// The hand does it, and sooner or later the condition holds.
     bool drive(const std::string &words, const std::function<bool()> &condition);
     /// The sheet over the window, when it is there, shown and in front.
@@ -29,7 +29,6 @@ protected:
     /// What the sheet's texts say, those of its fields and buttons.
     static std::string texts(NSView *view);
     static NSView *find(NSView *view, const std::function<bool(NSView *)> &isIt);
-    static NSButton *button(NSView *view, NSString *title);
     /// No job runs, and what the system says is known.
     bool idle();
 

@@ -1,7 +1,9 @@
 #include "ShelfFixture.h"
 
 #include <apps/Shelf/Style.h>
+#import <GNUstepGUI/GSDisplayServer.h>
 #import <Tarvik/support/ArrayRange.h>
+#include <tests/support/Program.h>
 
 void ShelfApplication::SetUp()
 {
@@ -32,12 +34,24 @@ void ShelfApplication::close()
     shelf_ = nil;
 }
 
-bool ShelfApplication::toFront(NSWindow *window)
+namespace {
+
+/// Whether the application and the display agree that it gets what is typed.
+bool hasKeyboard(NSWindow *window)
 {
-    NSWindow *wanted = window ? window : shelf_->mWindow;
+    if (![NSApp isActive] || [NSApp keyWindow] != window)
+        return false;
+    const auto number = reinterpret_cast<uintptr_t>([GSCurrentServer() windowDevice:int([window windowNumber])]);
+    return runProgram({"xdotool", "getwindowfocus", "-f"}).out == std::to_string(number) + "\n";
+}
+
+}  // namespace
+
+bool ShelfApplication::toFront()
+{
     [NSApp activateIgnoringOtherApps:YES];
-    [wanted makeKeyAndOrderFront:nil];
-    return eventually([=] { return [NSApp isActive] && [NSApp keyWindow] == wanted; });
+    [shelf_->mWindow makeKeyAndOrderFront:nil];
+    return eventually([=, this] { return hasKeyboard(shelf_->mWindow); });
 }
 
 bool ShelfApplication::drive(const std::string &words, const std::function<bool()> &condition)
@@ -49,7 +63,7 @@ bool ShelfApplication::drive(const std::string &words, const std::function<bool(
 NSWindow *ShelfApplication::sheet()
 {
     NSWindow *found = nil;
-    eventually([&] { return (found = [shelf_->mWindow attachedSheet]) != nil && [found isVisible] && [found isKeyWindow]; });
+    eventually([&] { return (found = [shelf_->mWindow attachedSheet]) != nil && [found isVisible] && hasKeyboard(found); });
     return found;
 }
 
@@ -75,11 +89,6 @@ std::string ShelfApplication::texts(NSView *view)
         return false;
     });
     return said;
-}
-
-NSButton *ShelfApplication::button(NSView *view, NSString *title)
-{
-    return (NSButton *)find(view, [=](NSView *each) { return [each isKindOfClass:[NSButton class]] && [[(NSButton *)each title] isEqual:title]; });
 }
 
 bool ShelfApplication::idle()

@@ -47,3 +47,7 @@ private:
 bool eventually(const std::function<bool()> &condition);
 /// Calls the function from a timer that also runs in modal panels and while the mouse is tracked.
 void later(double seconds, std::function<void()> function);
+/// The button of that title, in the view or below it; nil when there is none.
+NSButton *buttonTitled(NSView *view, NSString *title);
+/// Presses a button of the modal panel that has it, as soon as it is shown.
+void pressWhenShown(NSString *title);

@@ -1,5 +1,6 @@
 #include "Desktop.h"
 
+#import <Tarvik/support/ArrayRange.h>
 #import <Tarvik/support/Pool.h>
 
 #include <spawn.h>
@@ -94,4 +95,28 @@ void later(double seconds, std::function<void()> function)
     NSTimer *timer = [NSTimer timerWithTimeInterval:seconds target:call selector:@selector(call:) userInfo:nil repeats:NO];
     for (NSString *mode : {NSDefaultRunLoopMode, NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode})
         [[NSRunLoop currentRunLoop] addTimer:timer forMode:mode];
+}
+
+NSButton *buttonTitled(NSView *view, NSString *title)
+{
+    if ([view isKindOfClass:[NSButton class]] && [[(NSButton *)view title] isEqual:title])
+        return (NSButton *)view;
+    for (NSView *each : tarvik::each<NSView>([view subviews]))
+        if (NSButton *found = buttonTitled(each, title))
+            return found;
+    return nil;
+}
+
+void pressWhenShown(NSString *title)
+{
+    later(0.05, [title] {
+        NSButton *button = buttonTitled([[[NSApp modalWindow] contentView] superview], title);
+        if (!button)
+            return pressWhenShown(title);
+        [button performClick:nil];
+        // A modal loop looks whether it is to end when an event has come.
+        [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined location:NSZeroPoint modifierFlags:0 timestamp:0
+                                        windowNumber:0 context:nil subtype:0 data1:0 data2:0]
+                 atStart:NO];
+    });
 }

@@ -1,5 +1,4 @@
 #import <Tarvik/TarvikUI.h>
-#import <Tarvik/support/ArrayRange.h>
 #import <Tarvik/support/Bridge.h>
 #include <gtest/gtest.h>
 #include <tests/support/Program.h>
@@ -7,31 +6,6 @@
 #include <tests/ui/Desktop.h>
 
 namespace {
-
-NSButton *buttonTitled(NSView *view, NSString *title)
-{
-    if ([view isKindOfClass:[NSButton class]] && [[(NSButton *)view title] isEqual:title])
-        return (NSButton *)view;
-    for (NSView *each : tarvik::each<NSView>([view subviews]))
-        if (NSButton *found = buttonTitled(each, title))
-            return found;
-    return nil;
-}
-
-/// Presses a button of the panel that has it, as soon as it is shown.
-void pressWhenShown(NSString *title)
-{
-    later(0.05, [title] {
-        NSButton *button = buttonTitled([[[NSApp modalWindow] contentView] superview], title);
-        if (!button)
-            return pressWhenShown(title);
-        [button performClick:nil];
-        // A modal loop looks whether it is to end when an event has come.
-        [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined location:NSZeroPoint modifierFlags:0 timestamp:0
-                                        windowNumber:0 context:nil subtype:0 data1:0 data2:0]
-                 atStart:NO];
-    });
-}
 
 TEST(Print, TheTextIsAsWideAsThePage)
 {
