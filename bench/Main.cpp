@@ -44,8 +44,10 @@ public:
             }
             Result result{.who = name.substr(colon + 1)};
             // Processor time, which other work on the machine disturbs least, unless the benchmark asks for the clock's
-            // (UseRealTime: work of other threads, processes, the kernel). The rates that it counts go by the same.
-            const bool clockTime = run.run_name.time_type.find("real_time") != std::string::npos;
+            // (UseRealTime: work of other threads, processes, the kernel) or gives its own (UseManualTime). The rates that it
+            // counts go by the same.
+            const std::string &timeType = run.run_name.time_type;
+            const bool clockTime = timeType.find("real_time") != std::string::npos || timeType.find("manual_time") != std::string::npos;
             result.seconds = (clockTime ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime()) /
                              benchmark::GetTimeUnitMultiplier(run.time_unit);
             if (auto rate = run.counters.find("bytes_per_second"); rate != run.counters.end())

@@ -14,10 +14,36 @@ NSDictionary *look(NSFont *font, NSColor *color)
     return [NSDictionary dictionaryWithObjectsAndKeys:font, NSFontAttributeName, color, NSForegroundColorAttributeName, nil];
 }
 
+/// Of the text in one line. Laying it out takes ten times as long as adding up its letters, and is needed only where a letter
+/// may be another font's.
+CGFloat widthOf(NSString *text, NSDictionary *look)
+{
+    constexpr unichar kPastLatin = 0x0250, kEllipsis = 0x2026;
+    for (NSUInteger i = [text length]; i-- > 0;) {
+        const unichar letter = [text characterAtIndex:i];
+        if (letter < ' ' || (letter >= kPastLatin && letter != kEllipsis))
+            return [text sizeWithAttributes:look].width;
+    }
+    return [(NSFont *)[look objectForKey:NSFontAttributeName] widthOfString:text];
+}
+
+/// Of a line in the font.
+CGFloat heightOf(NSDictionary *look)
+{
+    static NSMutableDictionary *const heights = [[NSMutableDictionary alloc] init];
+    NSFont *const font = [look objectForKey:NSFontAttributeName];
+    NSNumber *height = [heights objectForKey:font];
+    if (!height) {
+        height = [NSNumber numberWithDouble:[@"X" sizeWithAttributes:look].height];
+        [heights setObject:height forKey:font];
+    }
+    return [height doubleValue];
+}
+
 /// The text cut to the width, "…" in the place of what is missing: in its middle, or at its end.
 NSString *fitting(NSString *text, CGFloat width, NSDictionary *look, bool inTheMiddle)
 {
-    const auto isTooWide = [=](NSString *some) { return [some sizeWithAttributes:look].width > width; };
+    const auto isTooWide = [=](NSString *some) { return widthOf(some, look) > width; };
     if (!isTooWide(text))
         return text;
     const NSUInteger length = [text length];
@@ -76,10 +102,9 @@ NSImage *disc(NSColor *color)
 void drawLine(NSString *text, NSRect frame, NSDictionary *look, NSTextAlignment alignment, bool cutsTheMiddle)
 {
     NSString *shown = fitting(text, frame.size.width, look, cutsTheMiddle);
-    const NSSize size = [shown sizeWithAttributes:look];
-    const CGFloat free = std::max<CGFloat>(frame.size.width - size.width, 0);
+    const CGFloat free = alignment == NSLeftTextAlignment ? 0 : std::max<CGFloat>(frame.size.width - widthOf(shown, look), 0);
     const CGFloat left = NSMinX(frame) + (alignment == NSRightTextAlignment ? free : alignment == NSCenterTextAlignment ? free / 2 : 0);
-    [shown drawAtPoint:NSMakePoint(left, floor(NSMidY(frame) - size.height / 2)) withAttributes:look];
+    [shown drawAtPoint:NSMakePoint(left, floor(NSMidY(frame) - heightOf(look) / 2)) withAttributes:look];
 }
 
 }  // namespace
