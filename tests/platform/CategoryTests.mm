@@ -66,6 +66,8 @@ const std::set<std::string> kRepairs = {
     "-[NSMutableDataMalloc setCapacity:]",
     "-[NSPipe init]",
     "-[NSString mutableCopyWithZone:]",
+    "-[NSString stringByAbbreviatingWithTildeInPath]",
+    "-[NSString stringByStandardizingPath]",
 };
 
 TEST(Categories, NoneReplacesAMethodOfThePlatform)

@@ -306,6 +306,18 @@ TEST_F(PathStrings, AfterAPackageWhatBeginsAsItDoesIsLeftOut)
     EXPECT_LT(expected.size(), 40u);
 }
 
+TEST_F(PathStrings, BackslashesAreNoSlashes)
+{
+    NSString *path = at("back\\slash");
+    EXPECT_TRUE([path createEmptyFile]);
+    EXPECT_TRUE(fs::exists(root_ / "back\\slash"));
+    NSDictionary *kept = [path storeableDictionary];
+    EXPECT_EQ(text([kept objectForKey:@"Path"]), text([path stringByAbbreviatingWithTildeInPath]));
+    EXPECT_EQ(text([NSString stringWithStoreableDictionary:kept resolveAliasFirst:NO]), text(path));
+    EXPECT_EQ(text([[path stringByAppendingString:@"//./x"] stringByStandardizingPath]), text(path) + "/x");
+    EXPECT_EQ(text([[NSHomeDirectory() stringByAppendingPathComponent:@"a\\b"] stringByAbbreviatingWithTildeInPath]), "~/a\\b");
+}
+
 TEST_F(PathStrings, NamesThatAreNotUTF8)
 {
     make("b\xFF\xC3yte", "123");
