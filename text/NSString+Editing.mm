@@ -76,7 +76,7 @@ std::vector<size_t> placesFromTheEnd(const std::u16string &text, const std::u16s
         const auto found = tarvik::occurrence(self, text, 0);
         if (!found)
             return;
-        front = tarvik::changeableCopy([self substringToIndex:found->location]);
+        front = [[[self substringToIndex:found->location] mutableCopy] autorelease];
         [self deleteCharactersInRange:NSMakeRange(0, NSMaxRange(*found))];
     });
     return ok ? front : nil;
@@ -139,25 +139,26 @@ std::vector<size_t> placesFromTheEnd(const std::u16string &text, const std::u16s
 
 @end
 
+// Copies by `mutableCopy`: `stringWithString:` drops U+FEFF in the first place and is nil for half a surrogate pair.
 @implementation NSString (FoundationXEditing)
 
 - (NSMutableString *)chractersFilteredString:(int (*)(int))isInClass
 {
-    NSMutableString *copy = tarvik::changeableCopy(self);
+    NSMutableString *copy = [[self mutableCopy] autorelease];
     [copy filterChracters:isInClass];
     return copy;
 }
 
 - (NSMutableString *)find:(NSString *)text andReplaceAllString:(NSString *)replacement
 {
-    NSMutableString *copy = tarvik::changeableCopy(self);
+    NSMutableString *copy = [[self mutableCopy] autorelease];
     [copy find:text andReplaceAll:replacement];
     return copy;
 }
 
 - (NSMutableString *)stringBySetLength:(uint32_t)length withFillString:(NSString *)fill
 {
-    NSMutableString *copy = tarvik::changeableCopy(self);
+    NSMutableString *copy = [[self mutableCopy] autorelease];
     [copy setLength:length withFillString:fill];
     return copy;
 }

@@ -93,7 +93,7 @@ int32_t firstNumber(const std::u16string &text)
         return;
     tarvik::guarded("-[NSString(FoundationX) devideAtIndex:front:back:]", __LINE__, [&] {
         // Cut from copies: a constant string has no substring that ends within a surrogate pair.
-        NSMutableString *head = tarvik::changeableCopy(self), *tail = tarvik::changeableCopy(self);
+        NSMutableString *head = [[self mutableCopy] autorelease], *tail = [[self mutableCopy] autorelease];
         [head deleteCharactersInRange:NSMakeRange(index, [head length] - index)];
         [tail deleteCharactersInRange:NSMakeRange(0, index)];
         *front = head;

@@ -44,7 +44,12 @@ SInt32 errorOf(int why)
     }
 }
 
-bool isFile(CFURLRef url) { return [[ns(url) scheme] caseInsensitiveCompare:@"file"] == NSOrderedSame; }
+/// A URL without a scheme is none of a file.
+bool isFile(CFURLRef url)
+{
+    NSString *scheme = [[ns(url) absoluteURL] scheme];
+    return scheme && [scheme caseInsensitiveCompare:@"file"] == NSOrderedSame;
+}
 
 // --- files ---------------------------------------------------------------------------------------------
 
@@ -143,7 +148,7 @@ Loaded load(CFURLRef url)
 {
     NSURL *absolute = [ns(url) absoluteURL];
     NSURLRequest *request = [NSURLRequest requestWithURL:absolute];
-    if (![NSURLConnection canHandleRequest:request])
+    if (![absolute scheme] || ![NSURLConnection canHandleRequest:request])
         return {nil, nil, kCFURLUnknownSchemeError};
     NSURLResponse *response = nil;
     NSError *error = nil;

@@ -239,6 +239,22 @@ TEST(CFURLAccess, ReadsAndWritesProperties)
     EXPECT_EQ(error, kCFURLUnknownPropertyKeyError);
     CFRelease(properties);
 
+    // Without a scheme and a base it is no file's URL, though its path would lead to one.
+    CFURLRef bare = urlOf(path), based = urlOf("file", bare);
+    EXPECT_FALSE(CFURLDestroyResource(bare, &error));
+    EXPECT_EQ(error, kCFURLUnknownSchemeError);
+    EXPECT_FALSE(CFURLCreateDataAndPropertiesFromResource(nullptr, bare, &data, nullptr, nullptr, &error));
+    EXPECT_EQ(error, kCFURLUnknownSchemeError);
+    EXPECT_FALSE(CFURLDestroyResource(based, &error));
+    CFRelease(based);
+    CFRelease(bare);
+    CFURLRef folderURL = fileURL(folder.path(), true);
+    based = urlOf("file", folderURL);
+    EXPECT_TRUE(CFURLCreateDataAndPropertiesFromResource(nullptr, based, &data, nullptr, nullptr, &error));
+    CFRelease(data);
+    CFRelease(based);
+    CFRelease(folderURL);
+
     EXPECT_TRUE(CFURLDestroyResource(url, &error));
     EXPECT_FALSE(CFURLCreateDataAndPropertiesFromResource(nullptr, url, &data, nullptr, nullptr, &error));
     EXPECT_EQ(error, kCFURLResourceNotFoundError);

@@ -71,14 +71,17 @@ TEST_F(PropertyList, EveryTextSurvives)
     for (const auto text : texts)
         [all setObject:[NSArray arrayWithObject:units(text)] forKey:units(text)];
     const std::string xml = written(all);
-    id back = parsed(xml);
-    ASSERT_NE(back, nil) << xml;
-    EXPECT_EQ([back count], std::size(texts));
-    for (const auto text : texts) {
-        NSString *one = [[back objectForKey:units(text)] lastObject];
-        ASSERT_EQ([one length], text.size()) << xml;
-        for (size_t i = 0; i < text.size(); ++i)
-            EXPECT_EQ([one characterAtIndex:i], text[i]);
+    const CFOptionFlags leaves = kCFPropertyListMutableContainersAndLeaves;
+    id copy = [(id) const_cast<void *>(CFPropertyListCreateDeepCopy(nullptr, all, leaves)) autorelease];
+    for (id back : {parsed(xml), parsed(xml, nullptr, leaves), copy}) {
+        ASSERT_NE(back, nil) << xml;
+        EXPECT_EQ([back count], std::size(texts));
+        for (const auto text : texts) {
+            NSString *one = [[back objectForKey:units(text)] lastObject];
+            ASSERT_EQ([one length], text.size()) << xml;
+            for (size_t i = 0; i < text.size(); ++i)
+                EXPECT_EQ([one characterAtIndex:i], text[i]);
+        }
     }
 }
 

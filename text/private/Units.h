@@ -13,15 +13,6 @@ inline std::u16string units(NSString *text)
     return out;
 }
 
-/// A copy to change. The platform's own of this kind drop U+FEFF in the first place and are empty for text that holds half a
-/// surrogate pair.
-inline NSMutableString *changeableCopy(NSString *text)
-{
-    NSMutableString *copy = [NSMutableString stringWithCapacity:[text length]];
-    [copy setString:text];
-    return copy;
-}
-
 /// Builds a string from stretches of a source, in linear time. The platform makes no string of units that hold half a
 /// surrogate pair, but it cuts and appends them: so the stretches are cut, never rebuilt.
 class Splice {
