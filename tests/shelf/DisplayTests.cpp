@@ -51,6 +51,14 @@ public:
             process_ = 0;
         }
     }
+    /// Whether it has a handler of its own for the signal.
+    bool catches(int signal) const
+    {
+        const std::string status = readFile("/proc/" + std::to_string(process_) + "/status");
+        const size_t mask = status.find("SigCgt:");
+        return mask != std::string::npos && (std::stoull(status.substr(mask + 7), nullptr, 16) >> (signal - 1) & 1);
+    }
+    void send(int signal) const { kill(process_, signal); }
     bool endsWithin(std::chrono::seconds patience)
     {
         const auto end = std::chrono::steady_clock::now() + patience;
@@ -83,6 +91,9 @@ protected:
         setenv("DISPLAY", (":" + number).c_str(), 1);
         const std::string image = folder_.write("Some.img", "not really");
         shelf_.emplace(std::vector<std::string>{SHELF_APPLICATION, image});
+    }
+    void awaitWindow()
+    {
         const auto isShown = [] { return runProgram({"xdotool", "search", "--onlyvisible", "--name", "^Shelf$"}).status == 0; };
         for (int i = 0; i < 300 && !isShown(); ++i)
             std::this_thread::sleep_for(100ms);
@@ -102,6 +113,7 @@ protected:
 
 TEST_F(Display, ThatGoesAwayEndsShelfWithItsRowsKept)
 {
+    awaitWindow();
     server_->end(SIGKILL);
     EXPECT_TRUE(shelf_->endsWithin(30s));
     EXPECT_NE(readFile(defaults()).find("Some.img"), std::string::npos) << "the row added last";
@@ -110,9 +122,20 @@ TEST_F(Display, ThatGoesAwayEndsShelfWithItsRowsKept)
 // As after the end of a test that was cut off: nothing can be written any more, and nobody is there to be told.
 TEST_F(Display, ThatGoesAwayWithTheHomeEndsShelfToo)
 {
+    awaitWindow();
     for (const auto &entry : fs::directory_iterator(std::getenv("HOME")))
         fs::remove_all(entry.path());
     server_->end(SIGKILL);
+    EXPECT_TRUE(shelf_->endsWithin(30s));
+}
+
+// AppKit takes the signal long before it can do as told.
+TEST_F(Display, ShelfToldToEndWhileItStartsDoes)
+{
+    for (int i = 0; i < 3000 && !shelf_->catches(SIGTERM); ++i)
+        std::this_thread::sleep_for(10ms);
+    ASSERT_TRUE(shelf_->catches(SIGTERM));
+    shelf_->send(SIGTERM);
     EXPECT_TRUE(shelf_->endsWithin(30s));
 }
 

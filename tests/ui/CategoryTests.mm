@@ -9,7 +9,7 @@ TEST(Categories, NoneReplacesAMethodOfAppKit)
                                            "-[NSWindow initWithWindowRef:]", "-[NSWindow sendEvent:]",
                                            "-[NSApplication beginSheet:modalForWindow:modalDelegate:didEndSelector:contextInfo:]",
                                            "-[NSApplication endSheet:]", "-[NSApplication endSheet:returnCode:]",
-                                           "-[NSApplication stopModalWithCode:]",
+                                           "-[NSApplication stopModalWithCode:]", "-[NSApplication terminate:]",
                                            "-[NSAlert beginSheetModalForWindow:modalDelegate:didEndSelector:contextInfo:]",
                                            "-[NSWorkspace openFile:]", "-[NSWorkspace openURL:]", "-[NSWorkspace iconForFiles:]",
                                            "-[NSWorkspace selectFile:inFileViewerRootedAtPath:]",
