@@ -156,8 +156,9 @@ Loaded load(CFURLRef url)
     if (!data) {
         const NSInteger code = [error code];
         return {nil, nil,
-                code == NSURLErrorTimedOut ? SInt32{kCFURLTimeoutError}
-                                           : SInt32{kCFURLRemoteHostUnavailableError}};
+                code == NSURLErrorTimedOut         ? SInt32{kCFURLTimeoutError}
+                : code == NSURLErrorUnsupportedURL ? SInt32{kCFURLUnknownSchemeError}
+                                                   : SInt32{kCFURLRemoteHostUnavailableError}};
     }
     NSMutableDictionary *properties = [NSMutableDictionary dictionary];
     if ([response isKindOfClass:[NSHTTPURLResponse class]]) {

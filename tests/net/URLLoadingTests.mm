@@ -8,6 +8,7 @@
 #include <malloc.h>
 #include <stdlib.h>
 
+#include <chrono>
 #include <fstream>
 #include <thread>
 
@@ -97,6 +98,12 @@ TEST(URLLoading, FailuresAreFailures)
         EXPECT_EQ(transfer.error, error) << url;
         EXPECT_LT(transfer.seconds, 5) << url;
     }
+    NSError *error = nil;
+    NSURLRequest *unserved = [NSURLRequest requestWithURL:[NSURL URLWithString:@"gopher://127.0.0.1/"]];
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ([NSURLConnection sendSynchronousRequest:unserved returningResponse:nullptr error:&error], nil);
+    EXPECT_EQ([error code], NSURLErrorUnsupportedURL);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15)) << "it waits out no limit";
     // And none of them spoils what comes after.
     EXPECT_EQ(run({.url = server.url("/bytes/3")}).body, "012");
 }

@@ -246,6 +246,10 @@ TEST(CFURLAccess, ReadsAndWritesProperties)
     EXPECT_FALSE(CFURLCreateDataAndPropertiesFromResource(nullptr, bare, &data, nullptr, nullptr, &error));
     EXPECT_EQ(error, kCFURLUnknownSchemeError);
     EXPECT_FALSE(CFURLDestroyResource(based, &error));
+    CFURLRef unserved = urlOf("gopher://h/x");
+    EXPECT_FALSE(CFURLCreateDataAndPropertiesFromResource(nullptr, unserved, &data, nullptr, nullptr, &error));
+    EXPECT_EQ(error, kCFURLUnknownSchemeError);
+    CFRelease(unserved);
     CFRelease(based);
     CFRelease(bare);
     CFURLRef folderURL = fileURL(folder.path(), true);
