@@ -146,7 +146,7 @@ void run(const Dialog &dialog, DialogAnswer &answer)
         buttons.push_back({text(dialog.buttons[i]), NSInteger(i), int(i) == dialog.byDefault, int(i) == dialog.cancels});
     AlertExtras extras;
     extras.movable = extras.buttonsTogether = true;
-    extras.title = text(dialog.title);
+    extras.title = dialog.title.empty() ? [[NSProcessInfo processInfo] processName] : text(dialog.title);
     extras.field = fieldFor(dialog);
     AlertPanel *panel = [AlertPanel alertOfKind:kindOf(dialog.icon) message:text(dialog.message) explanation:text(dialog.explanation) buttons:buttons extras:extras];
     [panel center];

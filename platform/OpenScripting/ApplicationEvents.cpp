@@ -219,7 +219,7 @@ Value ComponentHost::sendEvent(Machine &machine, const std::string &application,
         }
         for (size_t i = 0; i < invocation.site.codes.size(); ++i)
             putValue(machine, event, invocation.site.codes[i], invocation.values[i]);
-    });
+    }, eventID == kAEActivate || eventID == kAEOpenDocuments);  // its answer says whether there is more to do
     if (error == errAEEventNotHandled && invocation.site.command && !message.targets().empty() && standsIn(machine, message, eventID, invocation.direct))
         return {};
     if (error != noErr)

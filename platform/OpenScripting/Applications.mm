@@ -128,7 +128,7 @@ OSStatus launch(const std::string &name, bool inFront, const std::vector<std::st
     const Pool pool;
     CFURLRef found = nullptr;
     if (name.starts_with('/')) {
-        found = CFURLRef(CFRetain(fileURL(name).get()));
+        found = fileURL(name).release();
     } else {
         const auto text = string(name);
         if (const OSStatus error = LSFindApplicationForInfo(kLSUnknownCreator, name.find('.') != name.npos ? text.get() : nullptr, text.get(), nullptr, &found))

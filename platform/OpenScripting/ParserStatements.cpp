@@ -38,7 +38,7 @@ Tree parse(std::string_view source, Heap &heap, const Vocabulary &vocabulary)
 }
 
 /// A word that is also a term of the language is a variable where the script uses it as one: `set name to 5`,
-/// `on greet(name)`, `repeat with day in week`. What is set in a `tell application` is the application's.
+/// `on greet(name)`, `repeat with day in week`. A property that is set in a `tell application` is the application's.
 void Parser::collectDeclared()
 {
     bool lineStart = true;
@@ -47,6 +47,10 @@ void Parser::collectDeclared()
     const bool hasBareEnd = std::adjacent_find(tokens_.begin(), tokens_.end(), [](const Token &one, const Token &next) {
                                 return one.type == Token::word && one.name == Word::end && next.type == Token::newline;
                             }) != tokens_.end();  // then a `tell` may end without saying so
+    const auto isProperty = [&](const Token &token) {
+        const auto *terms = token.type == Token::word ? vocabulary_.startingWith(token.name) : nullptr;
+        return terms && std::any_of(terms->begin(), terms->end(), [](const Term &term) { return term.kind == Term::property && term.words.size() == 1; });
+    };
     const auto beginTell = [&](size_t at) {
         const bool application = tokens_[at + 1].type == Token::word && tokens_[at + 1].name == Word::application && !hasBareEnd;
         size_t end = at;
@@ -74,7 +78,7 @@ void Parser::collectDeclared()
                     tells.pop_back();
                 break;
             case Word::set:
-                if (tellsOnLine || (!tells.empty() && tells.back()))
+                if ((tellsOnLine || (!tells.empty() && tells.back())) && isProperty(next))
                     break;
                 if (next.type == Token::word && i + 2 < tokens_.size() && tokens_[i + 2].type == Token::word && tokens_[i + 2].name == Word::to)
                     declares(i + 1);

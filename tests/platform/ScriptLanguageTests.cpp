@@ -52,6 +52,19 @@ TEST(ScriptLanguage, Numbers)
     });
 }
 
+// Words of the language that a script uses as variables; of applications they stay properties.
+TEST(ScriptLanguage, WordsAsVariables)
+{
+    expect({
+        {"set name to 5\nset running to name + 1\n{name, running}", "{5, 6}"},
+        {"tell application \"no such program\" to if false then set frontmost to true\nset day to 3\nday", "3"},
+        {"on f(a)\nif a is frontmost then return 1\n0\nend f\nif false then\ntell application \"no such program\"\nset frontmost to true\nset list to {}\nset end of list to 2\nend tell\nend if\n"
+         "f(application \"no such program\")",
+         "error -600: Application isn’t running."},
+        {"set frontmost to 1\nif frontmost is frontmost then return \"same\"", "\"same\""},
+    });
+}
+
 TEST(ScriptLanguage, Text)
 {
     expect({
