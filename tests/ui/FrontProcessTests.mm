@@ -123,8 +123,8 @@ TEST_F(FrontProcess, ChangesHandsBetweenApplications)
     NSString *const inkPath = tarvik::nsstring(ink), *const penPath = tarvik::nsstring(pen);
     NSWorkspace *const workspace = [NSWorkspace sharedWorkspace];
 
-    EXPECT_TRUE([penPath activateProcess]);
-    EXPECT_TRUE(comesTrue([&] { return isFront(pen); }));
+    // A peer that still comes up may bring itself to the front once more.
+    EXPECT_TRUE(comesTrue([&] { return [penPath activateProcess] && isFront(pen); }));
     EXPECT_EQ(activeTitle(), "peer3\n");
     EXPECT_FALSE(isFront(ink));
     EXPECT_TRUE([[workspace frontProcessPath] isEqualToString:penPath]);
@@ -188,8 +188,7 @@ TEST_F(FrontProcess, IsWhatScriptsTellItToBe)
     start(pen + "/pen7", "peer2");
     ASSERT_TRUE(hasWindows("12")) << stacking();
     Scripting scripting;
-    EXPECT_EQ(scripting.run("activate application \"pen7\""), "");
-    ASSERT_TRUE(comesTrue([&] { return isFront(pen); }));
+    ASSERT_TRUE(comesTrue([&] { return scripting.run("activate application \"pen7\"").empty() && isFront(pen); }));
     EXPECT_EQ(scripting.run("{frontmost of application \"pen7 by Name\", application \"org.tarvik.ink7\" is frontmost, application \"pen7.app\" is running}"), "{true, false, true}");
     EXPECT_EQ(scripting.run("tell application \"ink7\"\nset frontmost to true\nrepeat until frontmost\ndelay 0.02\nend\n{name, id, version}\nend"), "{\"ink7 by Name\", \"org.tarvik.ink7\", \"7.1\"}");
     EXPECT_TRUE(isFront(ink));

@@ -64,13 +64,24 @@ void atKeyboard(const std::string &key, const std::string &typed = "", NSWindow 
     known ? work(known) : whenAsked(work);
 }
 
-TEST(ScriptDialogs, AreAnsweredAtTheKeyboard)
+// One dialog for each test: a key that is pressed once more is nobody's then.
+TEST(ScriptDialogs, AreTypedInto)
 {
     Scripting scripting;
     atKeyboard("Return", "Ann");
     EXPECT_EQ(scripting.run("display dialog \"Your name?\" default answer \"Bob\""), "{button returned:\"OK\", text returned:\"Ann\"}");
+}
+
+TEST(ScriptDialogs, AreCancelledByEscape)
+{
+    Scripting scripting;
     atKeyboard("Escape");
     EXPECT_EQ(scripting.run("display dialog \"Your name?\" default answer \"Bob\" buttons {\"No\", \"Yes\"} cancel button \"No\" giving up after 60"), "error -128: User canceled.");
+}
+
+TEST(ScriptDialogs, AreAnsweredByReturn)
+{
+    Scripting scripting;
     atKeyboard("Return");
     EXPECT_EQ(scripting.run("display alert \"Careful\" message \"It is hot.\" as critical buttons {\"One\", \"Two\", \"Three\"} default button 1"), "{button returned:\"One\"}");
 }
