@@ -2,7 +2,7 @@
 . "$DEMO/lib.sh"
 build=$(dirname "$(dirname "$(command -v tarvik)")")
 server= manager= children=
-trap 'kill $children $manager $server 2>/dev/null' EXIT
+trap 'kill -KILL $children 2>/dev/null; kill $manager $server 2>/dev/null' EXIT  # an application that loses its display first may take its time
 exec 3< <(exec timeout 120 Xvfb -displayfd 1 -screen 0 1024x640x24 -nolisten tcp 2>/dev/null)
 server=$!
 read -r -t 20 display <&3 || { echo 'demo: Xvfb did not start' >&2; exit 1; }
@@ -24,7 +24,7 @@ for name in Larder Cellar; do
     mv "$name.app/Shelf" "$name.app/$name"
     sed -i "s/\(ApplicationName\|NSExecutable\) = [^;]*;/\1 = $name;/; s/\(CFBundleIdentifier\) = [^;]*;/\1 = \"org.example.$name\";/" \
         "$name.app/Resources/Info-gnustep.plist"
-    timeout 60 "$name.app/$name" >/dev/null 2>&1 &
+    "$name.app/$name" >/dev/null 2>&1 &
     children="$children $!"
     await tarvik script -e "tell application \"$name\" to activate"  # an error as long as it has no window
 done
