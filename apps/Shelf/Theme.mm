@@ -170,8 +170,9 @@ void frame(NSRect area, NSColor *color)
     return mArrows[horizontal ? 1 : 0][arrow == NSScrollerIncrementArrow ? 1 : 0];
 }
 - (float)defaultScrollerWidth { return 15; }
-- (void)drawTableCornerView:(NSView *)view
+- (void)drawTableCornerView:(NSView *)view withClip:(NSRect)clip
 {
+    (void)clip;
     const NSRect area = [view bounds];
     fill(area, gray(0.97));
     fill(NSMakeRect(NSMinX(area), [view isFlipped] ? NSMaxY(area) - 1 : NSMinY(area), area.size.width, 1), gray(0.82));

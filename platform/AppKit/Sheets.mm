@@ -112,9 +112,13 @@ Function original(Class type, SEL name)
         origin.x = std::max(NSMinX(visible), std::min(origin.x, NSMaxX(visible) - size.width));
         origin.y = std::max(NSMinY(visible), std::min(origin.y, NSMaxY(visible) - size.height));
     }
-    [mSheet setFrameOrigin:origin];
     [mParent addChildWindow:mSheet ordered:NSWindowAbove];
     [mSheet makeKeyAndOrderFront:nil];
+    // Placed once the window manager has it. The display gives one that was there before the whole frame, title bar and all, for
+    // its content, until it is resized.
+    const NSRect frame = {origin, size};
+    [mSheet setFrame:NSMakeRect(origin.x, origin.y, size.width, size.height - 1) display:NO];
+    [mSheet setFrame:frame display:YES];
 }
 
 - (void)endWithCode:(NSInteger)code

@@ -11,6 +11,9 @@ for name in Anatomy Botany Cartography; do
     cp -r "$DEMO" "$name/$name notes"
     tarvik image create "$name" "$PWD/$name.img" </dev/null 2>/dev/null || exit 1
 done
+# Noise takes the packer a while.
+mkdir Noise
+head -c 150000000 /dev/urandom > Noise/noise
 printf 'This was an image once.\n' > "$PWD/Damaged.img"
 
 if [ -n "${DISPLAY:-}" ] && [ -t 0 ] && [ -t 1 ]; then
@@ -68,6 +71,7 @@ found() {
     done
     return 1
 }
+geometry() { xdotool getwindowgeometry "$window" | tail -n 2; }
 keys() { xdotool key --delay 40 "$@"; sleep 0.3; }
 at() { xdotool mousemove --window "$window" "$1" "$2" sleep 0.1; }   # in the window
 press() { xdotool mousedown 1 sleep 0.08 mouseup 1 sleep "${1:-0.2}"; }
@@ -105,8 +109,15 @@ is() { [ "$1" = "$("${@:2}")" ]; }
 title 'Empty at first, then with images named on the command line'
 start
 shot 1-empty
+place=$(geometry)
+xdotool windowmove "$window" 20 30
+sleep 0.5
+moved=$(geometry)
 quit
 start "$PWD"/*.img
+
+check 'the window is where it was left' "$moved" "$(geometry)"
+[ "$moved" != "$place" ] || { echo 'demo: the window was not moved' >&2; exit 1; }
 
 title 'Mounting, with the keyboard; the kernel agrees'
 row 1
@@ -146,18 +157,53 @@ shot 4-alert
 keys Return
 sleep 0.5
 
+title 'Labels from their button'
+row 1
+at 690 48; press 0.6
+frame 7-labels
+at 700 187; press 0.6
+await 'the label is the one that was chosen' is 6 stored Botany.img label
+
+title 'Images added through the panel'
+cp Botany.img Dendrology.img
+keys ctrl+o
+await 'the panel is there' xdotool search --onlyvisible --name '^Add Images$'
+sleep 0.5
+xdotool type --delay 30 Dendrology.img
+sleep 0.5
+frame 8-open
+keys Return
+await 'the image is in the catalogue' is 5 rows
+
+title 'A new image of a folder, made in the background'
+keys ctrl+n
+await 'a folder is asked for' xdotool search --onlyvisible --name '^Make an image of which folder\?$'
+sleep 0.5
+panel=$(xdotool search --onlyvisible --name '^Make an image of which folder\?$' | tail -1)
+xdotool mousemove --window "$panel" 240 146 sleep 0.2; press 0.6
+keys Return
+await 'and a place' xdotool search --onlyvisible --name '^Save the image$'
+sleep 0.5
+frame 9-save
+keys Return
+sleep 0.7
+frame 10-progress
+await 'the new image is whole' test -e Noise.img
+await 'and in the catalogue' is 6 rows
+check 'it holds what went into it' "$(sha1sum < Noise/noise)" "$(unsquashfs -cat Noise.img noise | sha1sum)"
+
 title 'The row deleted, and the deletion undone'
 keys Delete
-await 'it is gone' is 3 rows
+await 'it is gone' is 5 rows
 keys ctrl+z
-await 'it is back' is 4 rows
+await 'it is back' is 6 rows
 
 title 'Unmounting'
 row 1
 keys ctrl+u
 await 'the folder is gone' test ! -e "$point"
 quit
-check 'four rows are kept' 4 "$(rows)"
+check 'six rows are kept' 6 "$(rows)"
 
 title 'Ten thousand rows, from an exported catalogue'
 {
@@ -170,11 +216,15 @@ sleep 1
 keys End
 shot 5-many
 quit
-check 'all are kept' 10004 "$(rows)"
+check 'all are kept' 10006 "$(rows)"
 
 title 'In German'
 start -NSLanguages '(German)'
 shot 6-german
+keys ctrl+e
+await 'its panels speak German too' xdotool search --onlyvisible --name '^Katalog exportieren$'
+keys Return
+await 'the catalogue has a German name' test -s Katalog.xml
 quit
 check 'nothing was said on the console' '' "$(grep -v '^$' shelf.log)"
 echo "   pictures: $build/shots"

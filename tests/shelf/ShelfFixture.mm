@@ -36,13 +36,17 @@ void ShelfApplication::close()
 
 namespace {
 
+std::string numberOnDisplay(NSWindow *window)
+{
+    return std::to_string(reinterpret_cast<uintptr_t>([GSCurrentServer() windowDevice:int([window windowNumber])]));
+}
+
 /// Whether the application and the display agree that it gets what is typed.
 bool hasKeyboard(NSWindow *window)
 {
     if (![NSApp isActive] || [NSApp keyWindow] != window)
         return false;
-    const auto number = reinterpret_cast<uintptr_t>([GSCurrentServer() windowDevice:int([window windowNumber])]);
-    return runProgram({"xdotool", "getwindowfocus", "-f"}).out == std::to_string(number) + "\n";
+    return runProgram({"xdotool", "getwindowfocus", "-f"}).out == numberOnDisplay(window) + "\n";
 }
 
 }  // namespace
@@ -65,6 +69,12 @@ NSWindow *ShelfApplication::sheet()
     NSWindow *found = nil;
     eventually([&] { return (found = [shelf_->mWindow attachedSheet]) != nil && [found isVisible] && hasKeyboard(found); });
     return found;
+}
+
+std::string ShelfApplication::sizeOnDisplay(NSWindow *window)
+{
+    const std::string told = runProgram({"xdotool", "getwindowgeometry", numberOnDisplay(window)}).out;
+    return told.substr(told.find("Geometry:"));
 }
 
 NSView *ShelfApplication::find(NSView *view, const std::function<bool(NSView *)> &isIt)

@@ -89,7 +89,7 @@ protected:
     }
     bool turnUntil(const std::function<bool()> &condition)
     {
-        NSDate *end = [NSDate dateWithTimeIntervalSinceNow:5];
+        NSDate *end = [NSDate dateWithTimeIntervalSinceNow:40];
         while (!condition() && [end timeIntervalSinceNow] > 0) {
             NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask untilDate:[NSDate dateWithTimeIntervalSinceNow:0.02]
                                                    inMode:NSDefaultRunLoopMode dequeue:YES];
