@@ -87,9 +87,9 @@ protected:
         [window_ release];
         [answers_ release];
     }
-    bool turnUntil(const std::function<bool()> &condition)
+    bool turnUntil(const std::function<bool()> &condition, NSTimeInterval limit = 40)
     {
-        NSDate *end = [NSDate dateWithTimeIntervalSinceNow:40];
+        NSDate *end = [NSDate dateWithTimeIntervalSinceNow:limit];
         while (!condition() && [end timeIntervalSinceNow] > 0) {
             NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask untilDate:[NSDate dateWithTimeIntervalSinceNow:0.02]
                                                    inMode:NSDefaultRunLoopMode dequeue:YES];
@@ -106,15 +106,23 @@ protected:
         turnUntil([&] { return [quiet timeIntervalSinceNow] < 0; });
         return std::make_unique<Keys>(names);
     }
-    void click(NSView *view)
+    /// Again and again: a sheet may be on the display later than it is shown.
+    bool clickUntil(NSView *view, const std::function<bool()> &condition)
     {
-        NSWindow *of = [view window];
-        const NSRect bounds = [view bounds];
-        const NSPoint middle = [of convertBaseToScreen:[view convertPoint:NSMakePoint(NSMidX(bounds), NSMidY(bounds)) toView:nil]];
-        const std::string x = std::to_string(int(middle.x)), y = std::to_string(int(NSMaxY([[NSScreen mainScreen] frame]) - middle.y));
-        mouse_ = std::thread([=] {
-            runProgram({"xdotool", "mousemove", x, y, "sleep", "0.1", "mousedown", "1", "sleep", "0.08", "mouseup", "1"});
-        });
+        for (int tries = 0; tries < 8; ++tries) {
+            NSWindow *of = [view window];
+            const NSRect bounds = [view bounds];
+            const NSPoint middle = [of convertBaseToScreen:[view convertPoint:NSMakePoint(NSMidX(bounds), NSMidY(bounds)) toView:nil]];
+            const std::string x = std::to_string(int(middle.x)), y = std::to_string(int(NSMaxY([[NSScreen mainScreen] frame]) - middle.y));
+            std::thread mouse([=] {
+                runProgram({"xdotool", "mousemove", x, y, "sleep", "0.1", "mousedown", "1", "sleep", "0.08", "mouseup", "1"});
+            });
+            const bool holds = turnUntil(condition, 5);
+            mouse.join();
+            if (holds)
+                return true;
+        }
+        return false;
     }
     static NSButton *button(NSWindow *window, NSString *title)
     {
@@ -140,7 +148,6 @@ protected:
     NSWindow *window_ = nil;
     NSTextField *field_ = nil;
     SheetAnswers *answers_ = nil;
-    std::thread mouse_;
 };
 
 TEST_F(Sheets, AnAlertReturnsAtOnceAndIsAnsweredByAClick)
@@ -153,9 +160,7 @@ TEST_F(Sheets, AnAlertReturnsAtOnceAndIsAnsweredByAClick)
         EXPECT_TRUE([sheet isVisible]);
         EXPECT_EQ(answers_->mCalls, "");
         EXPECT_EQ([NSApp modalWindow], nil);
-        click(button(sheet, title));
-        EXPECT_TRUE(turnUntil([&] { return answers_->mCalls == calls; })) << answers_->mCalls;
-        mouse_.join();
+        EXPECT_TRUE(clickUntil(button(sheet, title), [&] { return answers_->mCalls == calls; })) << answers_->mCalls;
         EXPECT_EQ([window_ attachedSheet], nil);
     }
     EXPECT_EQ(alert(3, window_), -2);
