@@ -22,6 +22,7 @@
     void *mContext;
 }
 - (void)show;
+- (void)place:(NSValue *)wanted;
 - (void)endWithCode:(NSInteger)code;
 - (void)parentWillClose:(NSNotification *)notification;
 @end
@@ -114,10 +115,19 @@ Function original(Class type, SEL name)
     }
     [mParent addChildWindow:mSheet ordered:NSWindowAbove];
     [mSheet makeKeyAndOrderFront:nil];
-    // Placed once the window manager has it. The display gives one that was there before the whole frame, title bar and all, for
-    // its content, until it is resized.
-    const NSRect frame = {origin, size};
-    [mSheet setFrame:NSMakeRect(origin.x, origin.y, size.width, size.height - 1) display:NO];
+    NSValue *const wanted = [NSValue valueWithRect:NSMakeRect(origin.x, origin.y, size.width, size.height)];
+    [self place:wanted];
+    constexpr NSTimeInterval kManaged = 0.2;  // by then the window manager has it
+    [self performSelector:@selector(place:) withObject:wanted afterDelay:kManaged];
+}
+
+/// The display gives a window that was there before the whole frame, title bar and all, for its content, until it is resized.
+- (void)place:(NSValue *)wanted
+{
+    const NSRect frame = [wanted rectValue];
+    if (begun(mSheet) != self || !NSEqualSizes([mSheet frame].size, frame.size))
+        return;
+    [mSheet setFrame:NSMakeRect(frame.origin.x, frame.origin.y, frame.size.width, frame.size.height - 1) display:NO];
     [mSheet setFrame:frame display:YES];
 }
 

@@ -26,8 +26,8 @@ protected:
     bool drive(const std::string &words, const std::function<bool()> &condition);
     /// The sheet over the window, when it is there, shown and in front.
     NSWindow *sheet();
-    /// As the display has it, without the window manager's frame.
-    static std::string sizeOnDisplay(NSWindow *window);
+    /// Whether the display has the window as large as its content is, without the window manager's frame.
+    static bool isWhole(NSWindow *window);
     /// What the sheet's texts say, those of its fields and buttons.
     static std::string texts(NSView *view);
     static NSView *find(NSView *view, const std::function<bool(NSView *)> &isIt);

@@ -71,10 +71,11 @@ NSWindow *ShelfApplication::sheet()
     return found;
 }
 
-std::string ShelfApplication::sizeOnDisplay(NSWindow *window)
+bool ShelfApplication::isWhole(NSWindow *window)
 {
-    const std::string told = runProgram({"xdotool", "getwindowgeometry", numberOnDisplay(window)}).out;
-    return told.substr(told.find("Geometry:"));
+    const NSSize size = [[window contentView] frame].size;
+    const std::string expected = "Geometry: " + std::to_string(int(size.width)) + "x" + std::to_string(int(size.height)) + "\n";
+    return runProgram({"xdotool", "getwindowgeometry", numberOnDisplay(window)}).out.ends_with(expected);
 }
 
 NSView *ShelfApplication::find(NSView *view, const std::function<bool(NSView *)> &isIt)
