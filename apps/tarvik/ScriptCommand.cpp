@@ -10,6 +10,7 @@
 #include <dlfcn.h>
 #include <fstream>
 #include <memory>
+#include <string_view>
 #include <unistd.h>
 
 namespace {
@@ -22,7 +23,12 @@ OSErr stopWhenInterrupted(SRefCon) { return gInterrupted ? OSErr(userCanceledErr
 /// Dialogs and the clipboard need the library with windows; most scripts don't.
 void loadWindows()
 {
-    if (!dlopen("libtarvik-ui.so.0", RTLD_NOW | RTLD_GLOBAL))
+    // It lies beside the library that the command has already.
+    Dl_info own;
+    std::string path = "libtarvik-ui.so.0";
+    if (dladdr(reinterpret_cast<const void *>(&OSASetInteractionLoader), &own) && own.dli_fname)
+        path.insert(0, own.dli_fname, std::string_view(own.dli_fname).rfind('/') + 1);
+    if (!dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL))
         std::fprintf(stderr, "tarvik script: dialogs and the clipboard are not available: %s\n", dlerror());
 }
 
