@@ -34,7 +34,8 @@ void events(benchmark::State &state)
     const OwnedDesc target = descOfNumber(typeKernelProcessID, SInt32(other.process()));
     for (auto _ : state) {
         OwnedDesc event, reply;
-        AECreateAppleEvent("test"_code, "echo"_code, target.get(), kAutoGenerateReturnID, kAnyTransactionID, event.out());
+        AECreateAppleEvent("test"_code, "echo"_code, target.get(), kAutoGenerateReturnID, kAnyTransactionID,
+                           event.out());
         AEPutParamPtr(event.get(), keyDirectObject, typeText, payload.data(), kPayload);
         Size size = 0;
         if (AESendMessage(event.get(), reply.out(), kAEWaitReply, kAEDefaultTimeout) != noErr ||
@@ -52,13 +53,18 @@ void bareSocket(benchmark::State &state)
     static const int socket = [] {
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
-        std::memcpy(address.sun_path + 1, said.data(), std::min(said.size(), sizeof address.sun_path - 1));  // an abstract name
+        std::memcpy(address.sun_path + 1, said.data(),
+                    std::min(said.size(), sizeof address.sun_path - 1));  // an abstract name
         const int made = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        return connect(made, reinterpret_cast<sockaddr *>(&address), socklen_t(offsetof(sockaddr_un, sun_path) + 1 + said.size())) == 0 ? made : -1;
+        return connect(made, reinterpret_cast<sockaddr *>(&address),
+                       socklen_t(offsetof(sockaddr_un, sun_path) + 1 + said.size())) == 0
+                   ? made
+                   : -1;
     }();
     char payload[kPayload] = {};
     for (auto _ : state)
-        if (write(socket, payload, sizeof payload) != kPayload || recv(socket, payload, sizeof payload, MSG_WAITALL) != kPayload)
+        if (write(socket, payload, sizeof payload) != kPayload ||
+            recv(socket, payload, sizeof payload, MSG_WAITALL) != kPayload)
             return state.SkipWithError("no answer");
 }
 BENCHMARK(bareSocket)->Name("event/1KiB and its reply:bare socket")->UseRealTime();
@@ -70,14 +76,17 @@ void dbus(benchmark::State &state)
     (void)other;
     static GDBusConnection *bus = g_dbus_connection_new_for_address_sync(
         said.substr(0, said.find(' ')).c_str(),
-        GDBusConnectionFlags(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION), nullptr, nullptr,
-        nullptr);
+        GDBusConnectionFlags(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                             G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+        nullptr, nullptr, nullptr);
     if (!bus)
         return state.SkipWithError("no bus");
     const std::string payload(kPayload, 'x'), name = said.substr(said.find(' ') + 1);
     for (auto _ : state) {
-        GVariant *argument = g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, payload.data(), payload.size(), 1);
-        GVariant *answer = g_dbus_connection_call_sync(bus, name.c_str(), "/", "org.example.Echo", "Echo", g_variant_new("(@ay)", argument), nullptr,
+        GVariant *argument =
+            g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, payload.data(), payload.size(), 1);
+        GVariant *answer = g_dbus_connection_call_sync(bus, name.c_str(), "/", "org.example.Echo", "Echo",
+                                                       g_variant_new("(@ay)", argument), nullptr,
                                                        G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
         if (!answer)
             return state.SkipWithError("no answer");

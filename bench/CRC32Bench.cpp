@@ -14,8 +14,7 @@
 // ISA-L's code for the 128-bit multiplier, which it exports beside the name that chooses.
 extern "C" uint32_t crc32_gzip_refl_by8_02(uint32_t crc, const unsigned char *data, uint64_t length);
 
-namespace
-{
+namespace {
 
 using tarvik::crc32::Checksum;
 

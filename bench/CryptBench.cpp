@@ -14,8 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace
-{
+namespace {
 
 constexpr size_t kMiB = 1 << 20;
 constexpr uint64_t kGiB = 1 << 30;
@@ -101,8 +100,7 @@ void addDigest(const std::string &name)
 
 // --- A file of 1 GiB, in the file cache
 
-class BigFile
-{
+class BigFile {
 public:
     BigFile()
     {

@@ -38,8 +38,9 @@ void ours(benchmark::State &state, const Case &which)
     TECCreateConverter(&converter, kTextEncodingUnicodeDefault, which.encoding);
     for (auto _ : state) {
         ByteCount in = 0, written = 0;
-        if (TECConvertText(converter, reinterpret_cast<const UInt8 *>(text.data()), ByteCount(text.size() * 2), &in, out.data(),
-                           ByteCount(out.size()), &written) != noErr)
+        if (TECConvertText(converter, reinterpret_cast<const UInt8 *>(text.data()),
+                           ByteCount(text.size() * 2), &in, out.data(), ByteCount(out.size()),
+                           &written) != noErr)
             state.SkipWithError("not converted");
         benchmark::DoNotOptimize(out.data());
     }

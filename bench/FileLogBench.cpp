@@ -6,8 +6,7 @@
 
 #include <filesystem>
 
-namespace
-{
+namespace {
 
 /// The log's path, switched on and empty.
 std::string freshLog()

@@ -8,7 +8,8 @@
 #include <filesystem>
 #include <string>
 
-inline constexpr int kTreeFolders = 2000, kFilesInTreeFolder = 50, kTreeFiles = kTreeFolders * kFilesInTreeFolder;
+inline constexpr int kTreeFolders = 2000, kFilesInTreeFolder = 50,
+                     kTreeFiles = kTreeFolders * kFilesInTreeFolder;
 
 inline const std::string &fileTree()
 {
@@ -16,10 +17,12 @@ inline const std::string &fileTree()
     static const std::string root = [] {
         const std::filesystem::path top = std::filesystem::canonical(folder.path()) / "tree";
         for (int i = 0; i < kTreeFolders; ++i) {
-            const std::filesystem::path place = top / std::to_string(i % 40) / ("folder " + std::to_string(i));
+            const std::filesystem::path place =
+                top / std::to_string(i % 40) / ("folder " + std::to_string(i));
             std::filesystem::create_directories(place);
             for (int j = 0; j < kFilesInTreeFolder; ++j)
-                close(open((place / ("file number " + std::to_string(j) + ".txt")).c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+                close(open((place / ("file number " + std::to_string(j) + ".txt")).c_str(),
+                           O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
         }
         return top.native();
     }();

@@ -12,8 +12,8 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
-#include <ftw.h>
 #include <fts.h>
+#include <ftw.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

@@ -9,8 +9,7 @@
 #include <benchmark/benchmark.h>
 #include <curl/curl.h>
 
-namespace
-{
+namespace {
 
 constexpr size_t kBody = 1024, kResponse = 100'000'000;
 

@@ -38,7 +38,8 @@ void logCore(benchmark::State &state)
     if (!logIsRead())
         return state.SkipWithError("no mount namespace");
     for (auto _ : state)
-        LogCore("-[DiskImage mount]", 200, "unexpected exception: name[%@] reason[%@]", @"Name", @"a reason of some length");
+        LogCore("-[DiskImage mount]", 200, "unexpected exception: name[%@] reason[%@]", @"Name",
+                @"a reason of some length");
 }
 BENCHMARK(logCore)->Name("log/message:tarvik");
 
@@ -48,7 +49,8 @@ void bareSyslog(benchmark::State &state)
         return state.SkipWithError("no mount namespace");
     for (auto _ : state) {
         tarvik::Pool pool;
-        NSString *text = [NSString stringWithFormat:@"unexpected exception: name[%@] reason[%@]", @"Name", @"a reason of some length"];
+        NSString *text = [NSString stringWithFormat:@"unexpected exception: name[%@] reason[%@]", @"Name",
+                                                    @"a reason of some length"];
         syslog(LOG_ERR, "%s:%lu: %s", "-[DiskImage mount]", 200ul, [text UTF8String]);
     }
 }

@@ -47,7 +47,8 @@ public:
             // (UseRealTime: work of other threads, processes, the kernel) or gives its own (UseManualTime). The rates that it
             // counts go by the same.
             const std::string &timeType = run.run_name.time_type;
-            const bool clockTime = timeType.find("real_time") != std::string::npos || timeType.find("manual_time") != std::string::npos;
+            const bool clockTime = timeType.find("real_time") != std::string::npos ||
+                                   timeType.find("manual_time") != std::string::npos;
             result.seconds = (clockTime ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime()) /
                              benchmark::GetTimeUnitMultiplier(run.time_unit);
             if (auto rate = run.counters.find("bytes_per_second"); rate != run.counters.end())

@@ -1,9 +1,9 @@
 // The longest pause while a table of 10,000 rows is scrolled from top to bottom: Shelf's, beside a bare one of the same texts.
 #import <AppKit/AppKit.h>
 #import <GNUstepGUI/GSDisplayServer.h>
+#import <Tarvik/support/Pool.h>
 #include <apps/Shelf/ShelfController.h>
 #include <apps/Shelf/Style.h>
-#import <Tarvik/support/Pool.h>
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -19,7 +19,10 @@ extern "C" int XSync(void *display, int discard);  // Xlib's header and AppKit's
 }
 @end
 @implementation BareRows
-- (NSInteger)numberOfRowsInTableView:(NSTableView *)table { return (void)table, NSInteger([mRows count]); }
+- (NSInteger)numberOfRowsInTableView:(NSTableView *)table
+{
+    return (void)table, NSInteger([mRows count]);
+}
 - (id)tableView:(NSTableView *)table objectValueForTableColumn:(NSTableColumn *)column row:(NSInteger)row
 {
     (void)table;
@@ -36,13 +39,19 @@ NSArray *made()
 {
     NSMutableArray *rows = [NSMutableArray arrayWithCapacity:kRows];
     for (int i = 0; i < kRows; ++i) {
-        NSString *path = [NSString stringWithFormat:@"/srv/images of the archive/%d/shelf %d/Volume %d.img", i / 1000, i / 100, i];
-        [rows addObject:[NSDictionary dictionaryWithObjectsAndKeys:
-                                          [NSString stringWithFormat:@"Volume %d", i], shelf::kName, path, shelf::kPath,
-                                          [NSNumber numberWithInt:i * 7919], shelf::kSize,
-                                          [NSString stringWithFormat:@"%040x", i * 7919], shelf::kChecksum,
-                                          [NSNumber numberWithInt:i % 8], shelf::kLabel,
-                                          i % 3 ? @"" : @"a note on it that is longer than its column", shelf::kNote, nil]];
+        NSString *path = [NSString
+            stringWithFormat:@"/srv/images of the archive/%d/shelf %d/Volume %d.img", i / 1000, i / 100, i];
+        [rows
+            addObject:[NSDictionary
+                          dictionaryWithObjectsAndKeys:[NSString stringWithFormat:@"Volume %d", i],
+                                                       shelf::kName, path, shelf::kPath,
+                                                       [NSNumber numberWithInt:i * 7919], shelf::kSize,
+                                                       [NSString stringWithFormat:@"%040x", i * 7919],
+                                                       shelf::kChecksum, [NSNumber numberWithInt:i % 8],
+                                                       shelf::kLabel,
+                                                       i % 3 ? @""
+                                                             : @"a note on it that is longer than its column",
+                                                       shelf::kNote, nil]];
     }
     return rows;
 }
@@ -50,9 +59,12 @@ NSArray *made()
 /// Lets the application do what it has to do.
 void rest(NSTimeInterval seconds)
 {
-    for (NSDate *end = [NSDate dateWithTimeIntervalSinceNow:seconds]; [end timeIntervalSinceNow] > 0;) {
+    for (NSDate *end = [NSDate dateWithTimeIntervalSinceNow:seconds];[end timeIntervalSinceNow] > 0;) {
         tarvik::Pool pool;
-        if (NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask untilDate:end inMode:NSDefaultRunLoopMode dequeue:YES])
+        if (NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask
+                                                untilDate:end
+                                                   inMode:NSDefaultRunLoopMode
+                                                  dequeue:YES])
             [NSApp sendEvent:event];
     }
 }
@@ -111,14 +123,16 @@ void scrollBare(benchmark::State &state)
     tarvik::Pool pool;
     shelf::registerStyle();  // the same fonts
     [NSApplication sharedApplication];
-    NSWindow *window = [[NSWindow alloc] initWithContentRect:NSMakeRect(160, 240, 960, 560) styleMask:NSTitledWindowMask
-                                                     backing:NSBackingStoreBuffered defer:NO];
+    NSWindow *window = [[NSWindow alloc] initWithContentRect:NSMakeRect(160, 240, 960, 560)
+                                                   styleMask:NSTitledWindowMask
+                                                     backing:NSBackingStoreBuffered
+                                                       defer:NO];
     [window setReleasedWhenClosed:NO];
     NSTableView *table = [[[NSTableView alloc] initWithFrame:NSMakeRect(0, 0, 960, 200)] autorelease];
     const struct {
         NSString *key;
         CGFloat width;
-    } columns[] = {{shelf::kName, 150}, {shelf::kPath, 230},     {shelf::kMounted, 140}, {shelf::kSize, 76},
+    } columns[] = {{shelf::kName, 150},     {shelf::kPath, 230}, {shelf::kMounted, 140}, {shelf::kSize, 76},
                    {shelf::kChecksum, 110}, {shelf::kLabel, 82}, {shelf::kNote, 140}};
     for (const auto &each : columns) {
         NSTableColumn *column = [[[NSTableColumn alloc] initWithIdentifier:each.key] autorelease];
@@ -142,7 +156,15 @@ void scrollBare(benchmark::State &state)
     [rows release];
 }
 
-BENCHMARK(scrollShelf)->Name("shelf/scroll 10000 rows, longest pause:tarvik")->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(2);
-BENCHMARK(scrollBare)->Name("shelf/scroll 10000 rows, longest pause:bare NSTableView")->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(2);
+BENCHMARK(scrollShelf)
+    ->Name("shelf/scroll 10000 rows, longest pause:tarvik")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(2);
+BENCHMARK(scrollBare)
+    ->Name("shelf/scroll 10000 rows, longest pause:bare NSTableView")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(2);
 
 }  // namespace

@@ -57,8 +57,8 @@ private:
     bool shows(Window window, const std::string &title, int depth)
     {
         XWindowAttributes is;
-        if (titleOf(window) == title && XGetWindowAttributes(display_.get(), window, &is) && is.map_state == IsViewable &&
-            is.width >= kLeast)
+        if (titleOf(window) == title && XGetWindowAttributes(display_.get(), window, &is) &&
+            is.map_state == IsViewable && is.width >= kLeast)
             return true;
         Window root, parent, *children = nullptr;
         unsigned count = 0;
@@ -79,8 +79,8 @@ private:
         unsigned char *bytes = nullptr;
         const Atom name = XInternAtom(display_.get(), "_NET_WM_NAME", False);
         std::string title;
-        if (XGetWindowProperty(display_.get(), window, name, 0, 64, False, AnyPropertyType, &type, &format, &count, &left, &bytes) ==
-                Success &&
+        if (XGetWindowProperty(display_.get(), window, name, 0, 64, False, AnyPropertyType, &type, &format,
+                               &count, &left, &bytes) == Success &&
             bytes) {
             title.assign(reinterpret_cast<char *>(bytes), count);
             XFree(bytes);
@@ -116,8 +116,14 @@ void start(benchmark::State &state, std::string program, const std::string &titl
 }
 
 BENCHMARK_CAPTURE(start, shelf, TARVIK_BENCH_SHELF, "Shelf")
-    ->Name("shelf/start:tarvik")->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
+    ->Name("shelf/start:tarvik")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(5);
 BENCHMARK_CAPTURE(start, empty, TARVIK_BENCH_EMPTYAPP, "Empty")
-    ->Name("shelf/start:empty AppKit")->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
+    ->Name("shelf/start:empty AppKit")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(5);
 
 }  // namespace

@@ -10,12 +10,17 @@
 @interface TableBenchDelegate : NSObject
 @end
 @implementation TableBenchDelegate
-- (NSComparisonResult)tableController:(TableController *)controller compareRows:(NSDictionary *)row with:(NSDictionary *)other
+- (NSComparisonResult)tableController:(TableController *)controller
+                          compareRows:(NSDictionary *)row
+                                 with:(NSDictionary *)other
 {
     (void)controller;
     return [[row objectForKey:@"number"] compare:[other objectForKey:@"number"]];
 }
-- (void)tableController:(TableController *)controller delete:(id)sender { (void)controller, (void)sender; }
+- (void)tableController:(TableController *)controller delete:(id)sender
+{
+    (void)controller, (void)sender;
+}
 @end
 
 /// What a host would write for one table.
@@ -30,7 +35,10 @@
     [mRows release];
     [super dealloc];
 }
-- (NSInteger)numberOfRowsInTableView:(NSTableView *)table { return (void)table, NSInteger([mRows count]); }
+- (NSInteger)numberOfRowsInTableView:(NSTableView *)table
+{
+    return (void)table, NSInteger([mRows count]);
+}
 - (id)tableView:(NSTableView *)table objectValueForTableColumn:(NSTableColumn *)column row:(NSInteger)row
 {
     (void)table;
@@ -49,8 +57,9 @@ NSMutableArray *made(NSUInteger count)
 {
     NSMutableArray *rows = [NSMutableArray arrayWithCapacity:count];
     for (NSUInteger i = 0; i < count; ++i)
-        [rows addObject:[NSMutableDictionary dictionaryWithObject:[NSNumber numberWithUnsignedInteger:i * 7919 % count]
-                                                           forKey:@"number"]];
+        [rows addObject:[NSMutableDictionary
+                            dictionaryWithObject:[NSNumber numberWithUnsignedInteger:i * 7919 % count]
+                                          forKey:@"number"]];
     return rows;
 }
 
@@ -69,14 +78,17 @@ public:
     explicit Table(bool byHand)
     {
         [NSApplication sharedApplication];
-        window_ = [[NSWindow alloc] initWithContentRect:NSMakeRect(100, 100, 300, 300) styleMask:NSTitledWindowMask
-                                                backing:NSBackingStoreBuffered defer:NO];
+        window_ = [[NSWindow alloc] initWithContentRect:NSMakeRect(100, 100, 300, 300)
+                                              styleMask:NSTitledWindowMask
+                                                backing:NSBackingStoreBuffered
+                                                  defer:NO];
         [window_ setReleasedWhenClosed:NO];
         view = [[[NSTableView alloc] initWithFrame:NSMakeRect(0, 0, 300, 300)] autorelease];
         column = [[[NSTableColumn alloc] initWithIdentifier:@"number"] autorelease];
         [view addTableColumn:column];
         [view setAllowsMultipleSelection:YES];
-        NSScrollView *scroller = [[[NSScrollView alloc] initWithFrame:NSMakeRect(0, 0, 300, 300)] autorelease];
+        NSScrollView *scroller =
+            [[[NSScrollView alloc] initWithFrame:NSMakeRect(0, 0, 300, 300)] autorelease];
         [scroller setDocumentView:view];
         [[window_ contentView] addSubview:scroller];
         [window_ orderFront:nil];
@@ -147,7 +159,8 @@ NSArray *takeOut(NSMutableArray *rows, NSIndexSet *chosen)
 {
     std::vector<NSUInteger> indexes([chosen count]);
     [chosen getIndexes:indexes.data() maxCount:indexes.size() inIndexRange:nullptr];
-    NSMutableArray *kept = [NSMutableArray arrayWithCapacity:[rows count]], *taken = [NSMutableArray arrayWithCapacity:indexes.size()];
+    NSMutableArray *kept = [NSMutableArray arrayWithCapacity:[rows count]],
+                   *taken = [NSMutableArray arrayWithCapacity:indexes.size()];
     size_t next = 0;
     for (NSUInteger i = 0; i < [rows count]; ++i) {
         const bool isChosen = next < indexes.size() && indexes[next] == i;
@@ -164,7 +177,9 @@ void cells(Table &table)
 {
     id source = [table.view dataSource];
     for (NSUInteger i = 0; i < kRows; ++i)
-        benchmark::DoNotOptimize([source tableView:table.view objectValueForTableColumn:table.column row:NSInteger(i)]);
+        benchmark::DoNotOptimize([source tableView:table.view
+                         objectValueForTableColumn:table.column
+                                               row:NSInteger(i)]);
 }
 void insert(Table &table) { [table.controller insertDatasourceArray:table.some atIndex:0]; }
 void insertByHand(Table &table)
@@ -220,9 +235,13 @@ void run(benchmark::State &state, bool byHand, Step step, bool changes)
     }
 }
 
-#define BENCH(NAME, OURS, HAND, CHANGES)                                                                                        \
-    BENCHMARK_CAPTURE(run, OURS, false, OURS, CHANGES)->Name("table/" NAME ":tarvik")->Unit(benchmark::kMillisecond);           \
-    BENCHMARK_CAPTURE(run, HAND, true, HAND, CHANGES)->Name("table/" NAME ":by hand")->Unit(benchmark::kMillisecond)
+#define BENCH(NAME, OURS, HAND, CHANGES)                                                                     \
+    BENCHMARK_CAPTURE(run, OURS, false, OURS, CHANGES)                                                       \
+        ->Name("table/" NAME ":tarvik")                                                                      \
+        ->Unit(benchmark::kMillisecond);                                                                     \
+    BENCHMARK_CAPTURE(run, HAND, true, HAND, CHANGES)                                                        \
+        ->Name("table/" NAME ":by hand")                                                                     \
+        ->Unit(benchmark::kMillisecond)
 
 BENCH("100000 cells", cells, cells, false);
 BENCH("insert 10000 at the top", insert, insertByHand, true);

@@ -28,7 +28,8 @@ constexpr int kEntries = kTreeFiles + kTreeFolders + 40;
 void goRoundByTarvik(benchmark::State &state)
 {
     const tarvik::Pool kept;
-    NSArray *const roots = [NSArray arrayWithObject:tarvik::nsstring(fileTree())];  // made before the clock runs
+    NSArray *const roots =
+        [NSArray arrayWithObject:tarvik::nsstring(fileTree())];  // made before the clock runs
     for (auto _ : state) {
         tarvik::Pool pool;
         CountingDelegate *delegate = [[[CountingDelegate alloc] init] autorelease];
@@ -52,6 +53,8 @@ void goRoundByFts(benchmark::State &state)
             state.SkipWithError("entries are missing");
     }
 }
-BENCHMARK(goRoundByFts)->Name("tree/TreeRound, 100,000 files:fts without stat")->Unit(benchmark::kMillisecond);
+BENCHMARK(goRoundByFts)
+    ->Name("tree/TreeRound, 100,000 files:fts without stat")
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -67,7 +67,8 @@ struct Free {
 template <class Element>
 std::unique_ptr<Element[], Free> room(size_t count)
 {
-    return std::unique_ptr<Element[], Free>(static_cast<Element *>(std::malloc((count + 1) * sizeof(Element))));
+    return std::unique_ptr<Element[], Free>(
+        static_cast<Element *>(std::malloc((count + 1) * sizeof(Element))));
 }
 
 void convert(iconv_t descriptor, const void *in, size_t inBytes, void *out, size_t outBytes)
@@ -79,7 +80,8 @@ void convert(iconv_t descriptor, const void *in, size_t inBytes, void *out, size
     benchmark::DoNotOptimize(out);
 }
 
-void convertOnce(const char *toCode, const char *fromCode, const void *in, size_t inBytes, void *out, size_t outBytes)
+void convertOnce(const char *toCode, const char *fromCode, const void *in, size_t inBytes, void *out,
+                 size_t outBytes)
 {
     const iconv_t descriptor = iconv_open(toCode, fromCode);
     convert(descriptor, in, inBytes, out, outBytes);
@@ -144,8 +146,8 @@ void encodeICU(const wstring &text)
     UErrorCode error = U_ZERO_ERROR;
     int32_t units = 0, bytes = 0;
     const auto middle = room<UChar>(2 * text.size());
-    u_strFromUTF32(middle.get(), narrow(2 * text.size() + 1), &units, reinterpret_cast<const UChar32 *>(text.data()),
-                   narrow(text.size()), &error);
+    u_strFromUTF32(middle.get(), narrow(2 * text.size() + 1), &units,
+                   reinterpret_cast<const UChar32 *>(text.data()), narrow(text.size()), &error);
     const auto out = room<char>(3 * static_cast<size_t>(units));
     u_strToUTF8(out.get(), 3 * units + 1, &bytes, middle.get(), units, &error);
     benchmark::DoNotOptimize(out.get());
@@ -177,23 +179,28 @@ void keepMemory(bool keep)
 }
 
 template <class Text>
-void add(const std::string &topic, const Script &script, size_t size, const std::string &sizeName, const char *who,
-         Text (*makeText)(const Script &, size_t), void (*function)(const Text &), bool fresh = false)
+void add(const std::string &topic, const Script &script, size_t size, const std::string &sizeName,
+         const char *who, Text (*makeText)(const Script &, size_t), void (*function)(const Text &),
+         bool fresh = false)
 {
-    benchmark::RegisterBenchmark((topic + "/" + script.name + "-" + sizeName + ":" + who).c_str(), [=](benchmark::State &state) {
-        const Text text = makeText(script, size);
-        keepMemory(!fresh);
-        function(text);
-        for (auto _ : state)
+    benchmark::RegisterBenchmark(
+        (topic + "/" + script.name + "-" + sizeName + ":" + who).c_str(),
+        [=](benchmark::State &state) {
+            const Text text = makeText(script, size);
+            keepMemory(!fresh);
             function(text);
-        keepMemory(false);
-        malloc_trim(0);
-        state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size() * sizeof text[0]));
-    })->MinTime(size <= 1024 ? 0.05 : 0.1);
+            for (auto _ : state)
+                function(text);
+            keepMemory(false);
+            malloc_trim(0);
+            state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size() * sizeof text[0]));
+        })
+        ->MinTime(size <= 1024 ? 0.05 : 0.1);
 }
 
 const bool kRegistered = [] {
-    static constexpr std::pair<size_t, const char *> kSizes[] = {{16, "16B"}, {1 << 10, "1KiB"}, {16 << 20, "16MiB"}};
+    static constexpr std::pair<size_t, const char *> kSizes[] = {
+        {16, "16B"}, {1 << 10, "1KiB"}, {16 << 20, "16MiB"}};
     for (const Script &script : kScripts) {
         for (const auto &[size, name] : kSizes) {
             add("utf8-decode", script, size, name, "tarvik", utf8Text, decodeTarvik);

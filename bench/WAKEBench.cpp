@@ -5,8 +5,7 @@
 
 #include <vector>
 
-namespace
-{
+namespace {
 
 const std::vector<uint8_t> &key()
 {

@@ -16,6 +16,6 @@ void TarvikAssertionFailed(const char *file, unsigned line, const char *expressi
 #endif
 
 /// Goes on when the expression holds; reports under another file name than the source's own when one is given.
-#define TARVIK_ASSERT_IN(file, expression) \
+#define TARVIK_ASSERT_IN(file, expression)                                                                   \
     ((expression) ? (void)0 : TarvikAssertionFailed(file, __LINE__, #expression))
 #define TARVIK_ASSERT(expression) TARVIK_ASSERT_IN(__FILE__, expression)

@@ -9,8 +9,7 @@
 #include <cstring>
 #include <memory>
 
-namespace
-{
+namespace {
 
 constexpr size_t kBlock = 8;
 constexpr size_t kFlags = 8 * kBlock;

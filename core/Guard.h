@@ -19,7 +19,8 @@ namespace tarvik {
 
 inline void logUnexpected(const char *signature, unsigned long line, NSException *exception)
 {
-    LogCore(signature, line, "unexpected exception: name[%@] reason[%@]", [exception name], [exception reason]);
+    LogCore(signature, line, "unexpected exception: name[%@] reason[%@]", [exception name],
+            [exception reason]);
 }
 
 /// Runs a body that answers; the failure value when it raised.

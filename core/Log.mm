@@ -55,8 +55,10 @@ void showAlert(const char *function, unsigned long line, const char *message)
         return;
     AlertStdAlertParamRec alert{};
     alert.movable = true;
-    alert.defaultText = reinterpret_cast<ConstStringPtr>("\x08" "Continue");
-    alert.cancelText = reinterpret_cast<ConstStringPtr>("\x11" "Don't Alert After");
+    alert.defaultText = reinterpret_cast<ConstStringPtr>("\x08"
+                                                         "Continue");
+    alert.cancelText = reinterpret_cast<ConstStringPtr>("\x11"
+                                                        "Don't Alert After");
     alert.defaultButton = kAlertStdAlertOKButton;
     alert.cancelButton = kAlertStdAlertCancelButton;
     alert.position = kWindowDefaultPosition;

@@ -10,7 +10,10 @@ NSMutableArray *gExitPool = nil;
 
 CFTypeRef CFTypeRetain(CFTypeRef object) { return object ? CFRetain(object) : nullptr; }
 
-Boolean CFTypeIsEqualTo(CFTypeRef object, CFTypeRef other) { return object && other && CFEqual(object, other); }
+Boolean CFTypeIsEqualTo(CFTypeRef object, CFTypeRef other)
+{
+    return object && other && CFEqual(object, other);
+}
 
 BOOL NSIsEqual(id object, id other) { return object && other && [object isEqual:other]; }
 

@@ -16,8 +16,7 @@
 ///
 /// Threads: the first operation of an object fills its table. After Initialize(), or any first operation, one
 /// object may serve several threads at once.
-class CCRC32
-{
+class CCRC32 {
 public:
     /// Fills the table, if that has not happened yet. Calculate() and Verify() see to it themselves.
     void Initialize();

@@ -18,8 +18,7 @@ using tarvik::Attachment;
 using tarvik::CryptContext;
 using tarvik::FileDescriptor;
 
-namespace
-{
+namespace {
 
 // --- What is handed to the provider
 
@@ -362,17 +361,13 @@ CSSM_RETURN CDSAUtilityBase::genCryptHandle(CSSM_CSP_HANDLE csp, const CSSM_KEY 
     case CSSM_ALGID_DES:
     case CSSM_ALGID_3DES_3KEY:
     case CSSM_ALGID_RC2:
-    case CSSM_ALGID_RC5:
-        return symmetric(CSSM_ALGMODE_CBCPadIV8, CSSM_PADDING_PKCS5);
-    case CSSM_ALGID_AES:
-        return symmetric(CSSM_ALGMODE_CBCPadIV8, CSSM_PADDING_PKCS7);
+    case CSSM_ALGID_RC5: return symmetric(CSSM_ALGMODE_CBCPadIV8, CSSM_PADDING_PKCS5);
+    case CSSM_ALGID_AES: return symmetric(CSSM_ALGMODE_CBCPadIV8, CSSM_PADDING_PKCS7);
     case CSSM_ALGID_RC4:
-    case CSSM_ALGID_ASC:
-        return symmetric(CSSM_ALGMODE_NONE, CSSM_PADDING_NONE);
+    case CSSM_ALGID_ASC: return symmetric(CSSM_ALGMODE_NONE, CSSM_PADDING_NONE);
     case CSSM_ALGID_RSA:
         return CSSM_CSP_CreateAsymmetricContext(csp, algorithm, nullptr, key, CSSM_PADDING_PKCS1, context);
-    default:
-        return CSSMERR_CSP_INTERNAL_ERROR;
+    default: return CSSMERR_CSP_INTERNAL_ERROR;
     }
 }
 

@@ -25,8 +25,7 @@
 #include <cstdint>
 #include <string>
 
-class CDSAUtilityBase
-{
+class CDSAUtilityBase {
 public:
     virtual ~CDSAUtilityBase();
 

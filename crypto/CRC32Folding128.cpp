@@ -3,8 +3,7 @@
 #define CRC32_TARGET "pclmul,sse4.1"
 #include <Tarvik/crypto/private/CRC32Folding.h>
 
-namespace tarvik::crc32
-{
+namespace tarvik::crc32 {
 
 __attribute__((target(CRC32_TARGET))) uint32_t checksumByFolding128(const uint8_t *data, size_t length)
 {

@@ -3,11 +3,9 @@
 #define CRC32_TARGET "pclmul,vpclmulqdq,avx2"
 #include <Tarvik/crypto/private/CRC32Folding.h>
 
-namespace tarvik::crc32
-{
+namespace tarvik::crc32 {
 
-namespace
-{
+namespace {
 
 struct Vector256 {
     static constexpr size_t kSize = 32;

@@ -3,11 +3,9 @@
 #define CRC32_TARGET "pclmul,vpclmulqdq,avx512f,avx512bw,avx512vl"
 #include <Tarvik/crypto/private/CRC32Folding.h>
 
-namespace tarvik::crc32
-{
+namespace tarvik::crc32 {
 
-namespace
-{
+namespace {
 
 constexpr int kXorOfThree = 0x96;
 

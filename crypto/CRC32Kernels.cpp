@@ -1,10 +1,8 @@
 #include <Tarvik/crypto/private/CRC32Kernels.h>
 
-namespace tarvik::crc32
-{
+namespace tarvik::crc32 {
 
-namespace
-{
+namespace {
 
 #if defined(__x86_64__)
 bool has128() { return __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("sse4.1"); }

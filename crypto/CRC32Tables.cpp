@@ -4,11 +4,9 @@
 #include <bit>
 #include <cstring>
 
-namespace tarvik::crc32
-{
+namespace tarvik::crc32 {
 
-namespace
-{
+namespace {
 
 constexpr size_t kSlices = 16;
 

@@ -4,8 +4,7 @@
 
 #include "crypto/private/CryptService.h"
 
-namespace
-{
+namespace {
 
 constexpr size_t kDigestSize = 20;
 

@@ -11,8 +11,7 @@
 #ifdef __cplusplus
 #include <cstddef>
 
-class CSHA_crypt
-{
+class CSHA_crypt {
 public:
     static unsigned GetDigestSize() { return 20; }
 

@@ -5,8 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-namespace tarvik
-{
+namespace tarvik {
 
 bool digestInto(CSSM_ALGORITHMS algorithm, const void *bytes, size_t length, unsigned char *out, size_t size)
 {

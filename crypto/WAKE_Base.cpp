@@ -2,8 +2,7 @@
 
 #include <cstring>
 
-namespace
-{
+namespace {
 
 // The words that the published construction mixes into the table.
 constexpr uint32_t kTableWords[8] = {0x726a8f3b, 0xe69a3b5c, 0xd3c71fe5, 0xab3c73d2,

@@ -8,8 +8,7 @@
 /// that the key makes.
 ///
 /// Words are added modulo 2^32. Without a key all state is zero.
-class WAKE_Base
-{
+class WAKE_Base {
 public:
     /// Builds the table from four words of the key. The registers stay as they are.
     void GenKey(uint32_t k0, uint32_t k1, uint32_t k2, uint32_t k3);

@@ -18,8 +18,7 @@
 ///
 /// WAKE is an old cipher, kept for data that was enciphered with it. It is broken by chosen plaintext and
 /// authenticates nothing. An object serves one thread at a time.
-class WAKE_OFB
-{
+class WAKE_OFB {
 public:
     virtual ~WAKE_OFB() = default;
 

@@ -3,8 +3,7 @@
 #include <Tarvik/crypto/WAKE_Base.h>
 
 /// WAKE's key set-up, and the byte order of its key: words stand in it with their highest byte first.
-class WAKE_Policy : public WAKE_Base
-{
+class WAKE_Policy : public WAKE_Base {
 public:
     /// Sets registers and table from the first 32 bytes of the key. The length is not looked at: a key has 32
     /// bytes at least. Does nothing when the key is null.

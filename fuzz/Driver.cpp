@@ -49,11 +49,13 @@ Input mutated(const std::vector<Input> &corpus, std::mt19937 &random)
         {
             const Input &other = corpus[below(corpus.size())];
             const size_t from = below(other.size()), count = std::min<size_t>(below(64), other.size() - from);
-            input.insert(input.begin() + long(at), other.begin() + long(from), other.begin() + long(from + count));
+            input.insert(input.begin() + long(at), other.begin() + long(from),
+                         other.begin() + long(from + count));
             break;
         }
         case 3:  // a hole
-            input.erase(input.begin() + long(at), input.begin() + long(std::min(input.size(), at + below(32))));
+            input.erase(input.begin() + long(at),
+                        input.begin() + long(std::min(input.size(), at + below(32))));
             break;
         case 4:  // the end cut off
             input.resize(at);
@@ -91,9 +93,12 @@ int main(int argc, char **argv)
         return 1;
     }
     // Directory order differs between machines.
-    const auto bytes = [](const Input &input) { return std::string_view(reinterpret_cast<const char *>(input.data()), input.size()); };
-    std::sort(corpus.begin(), corpus.end(), [&](const Input &a, const Input &b) { return bytes(a) < bytes(b); });
-    corpus.emplace_back();                    // the empty input belongs to every corpus
+    const auto bytes = [](const Input &input) {
+        return std::string_view(reinterpret_cast<const char *>(input.data()), input.size());
+    };
+    std::sort(corpus.begin(), corpus.end(),
+              [&](const Input &a, const Input &b) { return bytes(a) < bytes(b); });
+    corpus.emplace_back();  // the empty input belongs to every corpus
     for (const Input &input : corpus)
         run(input);
     std::mt19937 random(seed);

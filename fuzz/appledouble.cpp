@@ -16,7 +16,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (readAppleDouble({reinterpret_cast<const char *>(data), size}, size, file) != AppleDoubleState::good)
         return 0;
     for (const auto &entry : file.entries)
-        check(entry.length == 0 || (entry.offset >= file.headerSize() && uint64_t(entry.offset) + entry.length <= size));
+        check(entry.length == 0 ||
+              (entry.offset >= file.headerSize() && uint64_t(entry.offset) + entry.length <= size));
     if (auto *fork = file.find(AppleDouble::resourceFork))
         fork->length += 1000;
     for (auto &entry : file.entries)

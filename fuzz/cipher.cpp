@@ -9,8 +9,7 @@
 #include <optional>
 #include <string>
 
-namespace
-{
+namespace {
 
 constexpr size_t kHeader = 6;
 constexpr CSSM_ALGORITHMS kAlgorithms[] = {CSSM_ALGID_DES, CSSM_ALGID_3DES_3KEY, CSSM_ALGID_RC2,

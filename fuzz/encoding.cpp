@@ -11,7 +11,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         return 0;
     static const std::vector<CFStringEncoding> encodings = [] {
         std::vector<CFStringEncoding> list;
-        for (const CFStringEncoding *at = CFStringGetListOfAvailableEncodings(); *at != kCFStringEncodingInvalidId; ++at)
+        for (const CFStringEncoding *at = CFStringGetListOfAvailableEncodings();
+             *at != kCFStringEncodingInvalidId; ++at)
             list.push_back(*at);
         return list;
     }();
@@ -23,9 +24,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                                reading ? CFStringEncoding(kCFStringEncodingUTF8) : encoding) != noErr)
             std::abort();
         ByteCount read = 0, written = 0;
-        const OSStatus status = TECConvertText(converter, in.data(), ByteCount(in.size()), &read, out.data(), ByteCount(out.size()), &written);
+        const OSStatus status = TECConvertText(converter, in.data(), ByteCount(in.size()), &read, out.data(),
+                                               ByteCount(out.size()), &written);
         TECDisposeConverter(converter);
-        if (written > out.size() || (reading ? false : read > in.size()) || (status == noErr && read != in.size()))
+        if (written > out.size() || (reading ? false : read > in.size()) ||
+            (status == noErr && read != in.size()))
             std::abort();
     }
     return 0;

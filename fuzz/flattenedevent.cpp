@@ -12,7 +12,9 @@ using namespace tarvik::ae;
 
 namespace {
 
-constexpr DescType kTypes[] = {typeUTF8Text, typeUnicodeText, typeSInt32, typeIEEE64BitFloatingPoint, typeBoolean, typeType, typeFileURL, typeAERecord, typeAEList};
+constexpr DescType kTypes[] = {typeUTF8Text, typeUnicodeText, typeSInt32,  typeIEEE64BitFloatingPoint,
+                               typeBoolean,  typeType,        typeFileURL, typeAERecord,
+                               typeAEList};
 
 void coerceAll(const AEDesc *list, int depth = 0)
 {
@@ -36,7 +38,8 @@ void readForm(std::string_view form)
         return;
     std::vector<char> once, twice;
     OwnedDesc again;
-    if (!flatten(*desc.get(), once) || unflatten({once.data(), once.size()}, again) != noErr || !flatten(*again.get(), twice) || once != twice)
+    if (!flatten(*desc.get(), once) || unflatten({once.data(), once.size()}, again) != noErr ||
+        !flatten(*again.get(), twice) || once != twice)
         abort();
     coerceAll(desc.get());
 }
@@ -52,7 +55,8 @@ void readMessages(const char *bytes, size_t size)
     size_t messages = 0;
     for (size_t sent = 0, piece = 1; sent < size; piece = piece * 3 % 1021 + 1) {
         const size_t length = std::min(piece, size - sent);
-        if (send(out.get(), bytes + sent, length, MSG_DONTWAIT) != ssize_t(length) || inbox.fill(in.get()) != Inbox::Fill::some)
+        if (send(out.get(), bytes + sent, length, MSG_DONTWAIT) != ssize_t(length) ||
+            inbox.fill(in.get()) != Inbox::Fill::some)
             abort();
         sent += length;
         for (Inbox::Next next; (next = inbox.next(message)) != Inbox::Next::incomplete; ++messages) {

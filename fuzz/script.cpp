@@ -14,7 +14,8 @@ struct Closed : Host {
     int32_t poll() override { return ++polls > 20 ? -128 : 0; }
     void permit(const Command &command) override
     {
-        for (const uint32_t harmless : {code("rand"), code("offs"), code("rond"), code("ntoc"), code("cton"), code("cdat"), code("dsct")}) {
+        for (const uint32_t harmless : {code("rand"), code("offs"), code("rond"), code("ntoc"), code("cton"),
+                                        code("cdat"), code("dsct")}) {
             if (command.id == harmless)
                 return;
         }
@@ -26,8 +27,14 @@ struct Closed : Host {
     std::string hfsPath(const std::string &posix) override { return posix; }
     std::string folder(uint32_t, bool, bool) override { return ""; }
     Value interact(Machine &, const Invocation &) override { return {}; }
-    Value sendEvent(Machine &, const std::string &, uint32_t, uint32_t, const Invocation &) override { return {}; }
-    Value callApplication(Machine &, const std::string &, Name, const std::vector<Value> &arguments) override { return arguments.empty() ? Value() : arguments[0]; }
+    Value sendEvent(Machine &, const std::string &, uint32_t, uint32_t, const Invocation &) override
+    {
+        return {};
+    }
+    Value callApplication(Machine &, const std::string &, Name, const std::vector<Value> &arguments) override
+    {
+        return arguments.empty() ? Value() : arguments[0];
+    }
     Value applicationProperty(Machine &, const Value &) override { return Value::of(int64_t(1)); }
     void setApplicationProperty(Machine &, const Value &, const Value &) override {}
     Value runScript(Machine &machine, const Value &source) override

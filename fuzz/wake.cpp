@@ -7,8 +7,7 @@
 #include <cstdlib>
 #include <vector>
 
-namespace
-{
+namespace {
 
 struct Cipher : WAKE_OFB {
     // Whether the call comes back: what is left of a mask may make a good length a bad one.

@@ -10,10 +10,8 @@
 #include <immintrin.h>
 #endif
 
-namespace tarvik::xml
-{
-namespace
-{
+namespace tarvik::xml {
+namespace {
 
 template <class Word>
 Word wordAt(const char *bytes)
@@ -112,8 +110,7 @@ inline Entity entityAt(const char *here, const char *end)
 }
 
 /// The C++ library's search, and with it the C library's memchr.
-namespace library
-{
+namespace library {
 
 std::size_t findFirst(std::string_view text, const Marker &marker, std::size_t from)
 {
@@ -135,8 +132,7 @@ std::size_t findPairs(std::string_view text, const Marker &start, const Marker &
 
 }  // namespace library
 
-namespace portable
-{
+namespace portable {
 
 /// Eight bytes in a general register.
 struct Lanes {
@@ -172,8 +168,7 @@ struct Lanes {
 
 #if defined(__x86_64__)
 
-namespace sse2
-{
+namespace sse2 {
 
 struct Lanes {
     using Bytes = __m128i;
@@ -204,8 +199,7 @@ struct Lanes {
 
 #pragma GCC push_options
 #pragma GCC target("avx2,bmi,bmi2")
-namespace avx2
-{
+namespace avx2 {
 
 struct Lanes {
     using Bytes = __m256i;

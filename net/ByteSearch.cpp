@@ -5,10 +5,8 @@
 #include <cstring>
 #include <vector>
 
-namespace tarvik::xml
-{
-namespace
-{
+namespace tarvik::xml {
+namespace {
 
 bool fitsBlocks(const Marker &marker)
 {

@@ -2,8 +2,7 @@
 
 #include <cstdlib>
 
-namespace tarvik::xml
-{
+namespace tarvik::xml {
 
 char16_t codeUnit(std::string_view number)
 {

@@ -20,8 +20,7 @@
 
 #include <string>
 
-class CommunicationLibrary
-{
+class CommunicationLibrary {
 public:
     CommunicationLibrary() = default;
     virtual ~CommunicationLibrary() = default;

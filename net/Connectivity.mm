@@ -6,8 +6,7 @@
 #include <Tarvik/support/Pool.h>
 #include <Tarvik/text/UTF8.h>
 
-namespace
-{
+namespace {
 
 constexpr wchar_t kWellKnownSite[] = L"http://www.debian.org/";
 

@@ -5,8 +5,7 @@
 #include <cstdlib>
 #include <memory>
 
-namespace
-{
+namespace {
 
 constexpr size_t kPiece = 2048;
 
@@ -38,10 +37,8 @@ bool isSecurityFailure(int code)
     case 58:
     case 59:
     case 60:
-    case 66:
-        return true;
-    default:
-        return false;
+    case 66: return true;
+    default: return false;
     }
 }
 

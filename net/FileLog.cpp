@@ -9,11 +9,9 @@
 #include <cstring>
 #include <ctime>
 
-namespace Utils
-{
+namespace Utils {
 
-namespace
-{
+namespace {
 
 constexpr size_t kLongestWideMessage = 1023;
 

@@ -16,8 +16,7 @@
 
 #include <string>
 
-namespace Utils
-{
+namespace Utils {
 
 /// The log's path.
 std::string GetLogFilename();

@@ -14,8 +14,7 @@
 typedef struct objc_object NSRecursiveLock;
 #endif
 
-class ILockable
-{
+class ILockable {
 public:
     virtual ~ILockable() = default;
     virtual void Lock() = 0;
@@ -23,8 +22,7 @@ public:
 };
 
 /// A recursive lock: each Lock needs its Unlock, on the same thread.
-class LockableImpl : public ILockable
-{
+class LockableImpl : public ILockable {
 public:
     LockableImpl();
     ~LockableImpl() override;

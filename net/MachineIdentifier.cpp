@@ -7,11 +7,9 @@
 
 #include <cstdio>
 
-namespace Utils
-{
+namespace Utils {
 
-namespace
-{
+namespace {
 
 constexpr size_t kAddressPosition = 24;  // of the last group in the text of a UUID
 

@@ -2,8 +2,7 @@
 
 #include <string_view>
 
-namespace
-{
+namespace {
 
 bool isKept(unsigned char c)
 {

@@ -12,8 +12,7 @@
 
 #include <random>
 
-namespace
-{
+namespace {
 
 constexpr NSTimeInterval kRequestTimeout = 60;
 constexpr int32_t kTransferTimeout = 70;
@@ -46,7 +45,8 @@ int postByURLLoading(const std::string &url, const std::string &body, std::strin
         return CommunicationLibrary::kFailure;
     bool hasFinished = false;
     tarvik::attempt([&] {
-        MyUrlConnection *connection = [[[MyUrlConnection alloc] initWithTimeout:kTransferTimeout] autorelease];
+        MyUrlConnection *connection =
+            [[[MyUrlConnection alloc] initWithTimeout:kTransferTimeout] autorelease];
         if (![connection sendRequest:postRequest(destination, body)])
             return;
         NSData *data = [connection wait];
@@ -59,8 +59,7 @@ int postByURLLoading(const std::string &url, const std::string &body, std::strin
 
 /// The two files of one exchange with the external client, removed with it. Their number is a random one that
 /// no file has.
-class ExchangeFiles
-{
+class ExchangeFiles {
 public:
     explicit ExchangeFiles(const std::string &body)
     {

@@ -13,8 +13,7 @@
 #include <optional>
 #include <string_view>
 
-namespace
-{
+namespace {
 
 struct ProxiesTraits {
     using Value = CFDictionaryRef;

@@ -14,8 +14,7 @@
 
 #include <string>
 
-namespace Utils
-{
+namespace Utils {
 
 /// "Apple MacOS " and the version; empty when the version is not known. Read once.
 wstring getOsName();

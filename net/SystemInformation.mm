@@ -6,11 +6,9 @@
 #include <Tarvik/support/Pool.h>
 #include <Tarvik/support/Retained.h>
 
-namespace Utils
-{
+namespace Utils {
 
-namespace
-{
+namespace {
 
 /// "ProductVersion" of the system's version file; nil when it is not known.
 NSString *productVersion()
@@ -84,12 +82,9 @@ wstring getLanguage()
 wstring getProcessorType()
 {
     switch (gestalt(gestaltSysArchitecture)) {
-    case gestalt68k:
-        return L"68k";
-    case gestaltPowerPC:
-        return L"PowerPC";
-    default:
-        return L"Intel";
+    case gestalt68k: return L"68k";
+    case gestaltPowerPC: return L"PowerPC";
+    default: return L"Intel";
     }
 }
 

@@ -8,8 +8,7 @@
 
 using tarvik::xml::Marker;
 
-namespace
-{
+namespace {
 
 /// Text is converted in slices through a small buffer that stays in the cache: a std::string cannot be handed
 /// to a kernel without being filled first.

@@ -9,8 +9,7 @@
 using tarvik::xml::Marker;
 using tarvik::xml::Stretch;
 
-namespace
-{
+namespace {
 
 constexpr auto kNotFound = std::string::npos;
 

@@ -26,8 +26,7 @@
 ///     XMLUtility xml;
 ///     std::vector<std::string> names;
 ///     xml.GetValuesForTag("<n>Ann</n><n>Bob</n>", "n", names);    // names: Ann, Bob
-class XMLUtility
-{
+class XMLUtility {
 public:
     XMLUtility() = default;
     virtual ~XMLUtility() = default;

@@ -14,31 +14,36 @@ using tarvik::OwnedDesc;
 
 namespace {
 
-constexpr AESendMode kPlainQueueReply = kAEQueueReply, kPlainNoReply = kAENoReply;  // without any flag of interaction
+constexpr AESendMode kPlainQueueReply = kAEQueueReply,
+                     kPlainNoReply = kAENoReply;  // without any flag of interaction
 
 // The format with its bare "%l" is what readers of the log look for; what becomes of it is the formatter's.
 void showFailure(OSStatus status)
 {
-    const CFOwned<CFStringRef> text(CFStringCreateWithFormat(kCFAllocatorDefault, nullptr, CFSTR("AESend failed (result=%l)"), long(status)));
+    const CFOwned<CFStringRef> text(CFStringCreateWithFormat(
+        kCFAllocatorDefault, nullptr, CFSTR("AESend failed (result=%l)"), long(status)));
     CFShow(text.get());
 }
 
 }  // namespace
 
-Boolean AppleEventSendDataArray(DescType targetType, const void *targetData, Size targetSize, AEEventClass eventClass, AEEventID eventID,
-                                AppleEvent *reply, const AppleEventParam *params, CFIndex count)
+Boolean AppleEventSendDataArray(DescType targetType, const void *targetData, Size targetSize,
+                                AEEventClass eventClass, AEEventID eventID, AppleEvent *reply,
+                                const AppleEventParam *params, CFIndex count)
 {
     AEInitializeDesc(reply);
     if (!targetData || targetSize <= 0)
         return false;
     OwnedDesc target, event, answer;
     if (AECreateDesc(targetType, targetData, targetSize, target.out()) != noErr ||
-        AECreateAppleEvent(eventClass, eventID, target.get(), kAutoGenerateReturnID, kAnyTransactionID, event.out()) != noErr)
+        AECreateAppleEvent(eventClass, eventID, target.get(), kAutoGenerateReturnID, kAnyTransactionID,
+                           event.out()) != noErr)
         return false;
     for (CFIndex i = 0; params && i < count; ++i)
         AppleEventPutAppleEventParam(event.get(), &params[i]);
     const AESendMode mode = reply ? kPlainQueueReply : kPlainNoReply;
-    if (const OSStatus status = AESend(event.get(), answer.out(), mode, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr)) {
+    if (const OSStatus status =
+            AESend(event.get(), answer.out(), mode, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr)) {
         showFailure(status);
         return false;
     }
@@ -47,16 +52,19 @@ Boolean AppleEventSendDataArray(DescType targetType, const void *targetData, Siz
     return true;
 }
 
-Boolean AppleEventSendData(DescType targetType, const void *targetData, Size targetSize, AEEventClass eventClass, AEEventID eventID,
-                           AppleEvent *reply, DescType type, const void *data, SInt32 size)
+Boolean AppleEventSendData(DescType targetType, const void *targetData, Size targetSize,
+                           AEEventClass eventClass, AEEventID eventID, AppleEvent *reply, DescType type,
+                           const void *data, SInt32 size)
 {
     const AppleEventParam param = {keyDirectObject, type, data, size};
     return AppleEventSendDataArray(targetType, targetData, targetSize, eventClass, eventID, reply, &param, 1);
 }
 
-Boolean AppleEventSend(DescType targetType, const void *targetData, Size targetSize, AEEventClass eventClass, AEEventID eventID, AppleEvent *reply)
+Boolean AppleEventSend(DescType targetType, const void *targetData, Size targetSize, AEEventClass eventClass,
+                       AEEventID eventID, AppleEvent *reply)
 {
-    return AppleEventSendData(targetType, targetData, targetSize, eventClass, eventID, reply, typeNull, nullptr, 0);
+    return AppleEventSendData(targetType, targetData, targetSize, eventClass, eventID, reply, typeNull,
+                              nullptr, 0);
 }
 
 Boolean AppleEventSendToSystemProcess(AEEventID eventID)
@@ -70,20 +78,25 @@ Boolean AppleEventPutAppleEventParam(AppleEvent *event, const AppleEventParam *p
     if (!event || !param || !param->data || param->size <= 0)
         return false;
     OwnedDesc desc;
-    return AECreateDesc(param->type, param->data, param->size, desc.out()) == noErr && AEPutParamDesc(event, param->keyword, desc.get()) == noErr;
+    return AECreateDesc(param->type, param->data, param->size, desc.out()) == noErr &&
+           AEPutParamDesc(event, param->keyword, desc.get()) == noErr;
 }
 
-Boolean AppleEventInstallHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandlerProcPtr handler, SRefCon refcon)
+Boolean AppleEventInstallHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandlerProcPtr handler,
+                                 SRefCon refcon)
 {
-    return handler && AEInstallEventHandler(eventClass, eventID, NewAEEventHandlerUPP(handler), refcon, false) == noErr;
+    return handler &&
+           AEInstallEventHandler(eventClass, eventID, NewAEEventHandlerUPP(handler), refcon, false) == noErr;
 }
 
 Boolean AppleEventUninstallHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandlerProcPtr handler)
 {
-    return handler && AERemoveEventHandler(eventClass, eventID, NewAEEventHandlerUPP(handler), false) == noErr;
+    return handler &&
+           AERemoveEventHandler(eventClass, eventID, NewAEEventHandlerUPP(handler), false) == noErr;
 }
 
-Boolean AppleEventGetParamDescData(const AppleEvent *event, AEKeyword keyword, DescType type, void *buffer, Size size)
+Boolean AppleEventGetParamDescData(const AppleEvent *event, AEKeyword keyword, DescType type, void *buffer,
+                                   Size size)
 {
     OwnedDesc desc;
     if (!buffer || size < 1 || AEGetParamDesc(event, keyword, type, desc.out()) != noErr)
@@ -132,7 +145,8 @@ Boolean AECreateAliasDescWithFSRef(AEDesc *desc, const FSRef *from, const FSRef 
     return error == noErr;
 }
 
-Boolean AECreateDescListWithFunction(AEDescList *list, AECreateDescListProc function, CFIndex count, void *context)
+Boolean AECreateDescListWithFunction(AEDescList *list, AECreateDescListProc function, CFIndex count,
+                                     void *context)
 {
     AEInitializeDesc(list);
     if (!list || !function || AECreateList(nullptr, 0, false, list) != noErr)

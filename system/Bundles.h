@@ -24,11 +24,14 @@ extern "C" {
 
 /// The folder that holds the bundle.
 CFURLRef CFBundleCopyDirectoryURL(CFBundleRef bundle);
-CFURLRef CFBundleCopyDirectoryURLAppendingPathComponent(CFBundleRef bundle, CFStringRef component, Boolean isDirectory);
+CFURLRef CFBundleCopyDirectoryURLAppendingPathComponent(CFBundleRef bundle, CFStringRef component,
+                                                        Boolean isDirectory);
 /// The folder that holds the bundle's executable.
-CFURLRef CFBundleCopyExecutableDirectoryURLAppendingPathComponent(CFBundleRef bundle, CFStringRef component, Boolean isDirectory);
+CFURLRef CFBundleCopyExecutableDirectoryURLAppendingPathComponent(CFBundleRef bundle, CFStringRef component,
+                                                                  Boolean isDirectory);
 /// The bundle's resources folder.
-CFURLRef CFBundleCopyResourcesDirectoryURLAppendingPathComponent(CFBundleRef bundle, CFStringRef component, Boolean isDirectory);
+CFURLRef CFBundleCopyResourcesDirectoryURLAppendingPathComponent(CFBundleRef bundle, CFStringRef component,
+                                                                 Boolean isDirectory);
 
 CFBundleRef CFBundleCreateFromFSRef(const FSRef *ref);
 CFBundleRef CFBundleCreateFromPOSIXPath(CFStringRef path);
@@ -37,14 +40,16 @@ CFBundleRef CFBundleCreateFromBundleExecutableDirectory(CFBundleRef bundle, CFSt
 
 Boolean CFBundleGetExecutableFSRef(CFBundleRef bundle, FSRef *ref);
 /// A null bundle answers false here.
-Boolean CFBundleGetResourceFSRef(CFBundleRef bundle, CFStringRef name, CFStringRef type, CFStringRef subDirName, FSRef *ref);
+Boolean CFBundleGetResourceFSRef(CFBundleRef bundle, CFStringRef name, CFStringRef type,
+                                 CFStringRef subDirName, FSRef *ref);
 
 /// The strings table of a localization ("French", "fr"), from NAME.lproj/TABLE.strings: in the plain form ("key" = "value";) or
 /// as an XML property list, in UTF-8 or UTF-16. A null table is "Localizable". Null when it is missing or does not parse.
-CFDictionaryRef CFBundleCopyStringsDictionaryForLocalization(CFBundleRef bundle, CFStringRef table, CFStringRef localization);
+CFDictionaryRef CFBundleCopyStringsDictionaryForLocalization(CFBundleRef bundle, CFStringRef table,
+                                                             CFStringRef localization);
 /// The key's text there; else the default, or "" without one. Without a key: the default, null without one.
-CFStringRef CFBundleCopyStringForLocalization(CFBundleRef bundle, CFStringRef key, CFStringRef defaultString, CFStringRef table,
-                                              CFStringRef localization);
+CFStringRef CFBundleCopyStringForLocalization(CFBundleRef bundle, CFStringRef key, CFStringRef defaultString,
+                                              CFStringRef table, CFStringRef localization);
 
 #ifdef __cplusplus
 }

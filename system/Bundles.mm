@@ -33,7 +33,8 @@ NSString *pathOf(const OwnedURL &url)
 
 }  // namespace
 
-CFURLRef CFBundleCopyDirectoryURLAppendingPathComponent(CFBundleRef bundle, CFStringRef component, Boolean isDirectory)
+CFURLRef CFBundleCopyDirectoryURLAppendingPathComponent(CFBundleRef bundle, CFStringRef component,
+                                                        Boolean isDirectory)
 {
     return copyAppending(parentOf(OwnedURL(CFBundleCopyBundleURL(orMain(bundle)))), component, isDirectory);
 }
@@ -43,12 +44,15 @@ CFURLRef CFBundleCopyDirectoryURL(CFBundleRef bundle)
     return CFBundleCopyDirectoryURLAppendingPathComponent(bundle, nullptr, false);
 }
 
-CFURLRef CFBundleCopyExecutableDirectoryURLAppendingPathComponent(CFBundleRef bundle, CFStringRef component, Boolean isDirectory)
+CFURLRef CFBundleCopyExecutableDirectoryURLAppendingPathComponent(CFBundleRef bundle, CFStringRef component,
+                                                                  Boolean isDirectory)
 {
-    return copyAppending(parentOf(OwnedURL(CFBundleCopyExecutableURL(orMain(bundle)))), component, isDirectory);
+    return copyAppending(parentOf(OwnedURL(CFBundleCopyExecutableURL(orMain(bundle)))), component,
+                         isDirectory);
 }
 
-CFURLRef CFBundleCopyResourcesDirectoryURLAppendingPathComponent(CFBundleRef bundle, CFStringRef component, Boolean isDirectory)
+CFURLRef CFBundleCopyResourcesDirectoryURLAppendingPathComponent(CFBundleRef bundle, CFStringRef component,
+                                                                 Boolean isDirectory)
 {
     return copyAppending(OwnedURL(CFBundleCopyResourcesDirectoryURL(orMain(bundle))), component, isDirectory);
 }
@@ -61,7 +65,9 @@ CFBundleRef CFBundleCreateFromFSRef(const FSRef *ref)
 
 CFBundleRef CFBundleCreateFromPOSIXPath(CFStringRef path)
 {
-    const OwnedURL url(path ? CFURLCreateWithFileSystemPath(kCFAllocatorDefault, path, kCFURLPOSIXPathStyle, true) : nullptr);
+    const OwnedURL url(
+        path ? CFURLCreateWithFileSystemPath(kCFAllocatorDefault, path, kCFURLPOSIXPathStyle, true)
+             : nullptr);
     return url ? CFBundleCreate(kCFAllocatorDefault, url.get()) : nullptr;
 }
 
@@ -79,7 +85,8 @@ Boolean CFBundleGetExecutableFSRef(CFBundleRef bundle, FSRef *ref)
     return url && ref && CFURLGetFSRef(url.get(), ref);
 }
 
-Boolean CFBundleGetResourceFSRef(CFBundleRef bundle, CFStringRef name, CFStringRef type, CFStringRef subDirName, FSRef *ref)
+Boolean CFBundleGetResourceFSRef(CFBundleRef bundle, CFStringRef name, CFStringRef type,
+                                 CFStringRef subDirName, FSRef *ref)
 {
     if (!bundle || !ref)
         return false;
@@ -87,26 +94,30 @@ Boolean CFBundleGetResourceFSRef(CFBundleRef bundle, CFStringRef name, CFStringR
     return url && CFURLGetFSRef(url.get(), ref);
 }
 
-CFDictionaryRef CFBundleCopyStringsDictionaryForLocalization(CFBundleRef bundle, CFStringRef table, CFStringRef localization)
+CFDictionaryRef CFBundleCopyStringsDictionaryForLocalization(CFBundleRef bundle, CFStringRef table,
+                                                             CFStringRef localization)
 {
-    const OwnedURL url(CFBundleCopyResourceURLForLocalization(orMain(bundle), table ? table : CFSTR("Localizable"), CFSTR("strings"),
-                                                              nullptr, localization));
+    const OwnedURL url(CFBundleCopyResourceURLForLocalization(
+        orMain(bundle), table ? table : CFSTR("Localizable"), CFSTR("strings"), nullptr, localization));
     CFDataRef contents = nullptr;
     SInt32 error = 0;
-    if (!url || !CFURLCreateDataAndPropertiesFromResource(kCFAllocatorDefault, url.get(), &contents, nullptr, nullptr, &error))
+    if (!url || !CFURLCreateDataAndPropertiesFromResource(kCFAllocatorDefault, url.get(), &contents, nullptr,
+                                                          nullptr, &error))
         return nullptr;
     const CFOwned<CFDataRef> data(contents);
-    CFOwned<CFPropertyListRef> list(CFPropertyListCreateFromXMLData(kCFAllocatorDefault, data.get(), kCFPropertyListImmutable, nullptr));
+    CFOwned<CFPropertyListRef> list(
+        CFPropertyListCreateFromXMLData(kCFAllocatorDefault, data.get(), kCFPropertyListImmutable, nullptr));
     if (!list || CFGetTypeID(list.get()) != CFDictionaryGetTypeID())
         return nullptr;
     return static_cast<CFDictionaryRef>(list.release());
 }
 
-CFStringRef CFBundleCopyStringForLocalization(CFBundleRef bundle, CFStringRef key, CFStringRef defaultString, CFStringRef table,
-                                              CFStringRef localization)
+CFStringRef CFBundleCopyStringForLocalization(CFBundleRef bundle, CFStringRef key, CFStringRef defaultString,
+                                              CFStringRef table, CFStringRef localization)
 {
     CFTypeRef found = nullptr;
-    const CFOwned<CFDictionaryRef> strings(key ? CFBundleCopyStringsDictionaryForLocalization(bundle, table, localization) : nullptr);
+    const CFOwned<CFDictionaryRef> strings(
+        key ? CFBundleCopyStringsDictionaryForLocalization(bundle, table, localization) : nullptr);
     if (strings)
         found = CFDictionaryGetValue(strings.get(), key);
     if (!found)
@@ -120,12 +131,19 @@ CFStringRef CFBundleCopyStringForLocalization(CFBundleRef bundle, CFStringRef ke
 {
     if (!name)
         return nil;
-    return pathOf(OwnedURL(CFBundleCopyExecutableDirectoryURLAppendingPathComponent((CFBundleRef)self, (CFStringRef)name, false)));
+    return pathOf(OwnedURL(CFBundleCopyExecutableDirectoryURLAppendingPathComponent(
+        (CFBundleRef)self, (CFStringRef)name, false)));
 }
 
-- (NSString *)directoryPath { return [[self bundlePath] stringByDeletingLastPathComponent]; }
+- (NSString *)directoryPath
+{
+    return [[self bundlePath] stringByDeletingLastPathComponent];
+}
 
-- (NSString *)neighborPath:(NSString *)name { return name ? [[self directoryPath] stringByAppendingPathComponent:name] : nil; }
+- (NSString *)neighborPath:(NSString *)name
+{
+    return name ? [[self directoryPath] stringByAppendingPathComponent:name] : nil;
+}
 
 - (NSString *)identifiedName
 {
@@ -142,12 +160,15 @@ CFStringRef CFBundleCopyStringForLocalization(CFBundleRef bundle, CFStringRef ke
     NSURL *url = [NSURL URLWithString:self];
     if (![url scheme])
         return nil;
-    return [NSURLConnection sendSynchronousRequest:[NSURLRequest requestWithURL:url] returningResponse:NULL error:NULL];
+    return [NSURLConnection sendSynchronousRequest:[NSURLRequest requestWithURL:url]
+                                 returningResponse:NULL
+                                             error:NULL];
 }
 
 - (NSString *)bundleIdentifier
 {
-    const CFOwned<CFBundleRef> bundle(CFBundleCreateFromPOSIXPath((CFStringRef)[self stringByExpandingTildeInPath]));
+    const CFOwned<CFBundleRef> bundle(
+        CFBundleCreateFromPOSIXPath((CFStringRef)[self stringByExpandingTildeInPath]));
     return bundle ? [[(NSString *)CFBundleGetIdentifier(bundle.get()) retain] autorelease] : nil;
 }
 

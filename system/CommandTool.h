@@ -31,8 +31,8 @@
 FOUNDATION_EXPORT NSString *const CommandToolDidRunNotification;
 
 @interface CommandTool : NSObject {
-    NSTask *mTask;  // while a run is under way
-    id mDelegate;   // not retained
+    NSTask *mTask;                       // while a run is under way
+    id mDelegate;                        // not retained
     NSMutableData *mOutData, *mErrData;  // each there only while its stream is to be read
     NSData *mInData;
     NSString *mToolPath;

@@ -5,11 +5,9 @@
 #include <climits>
 #include <cstdio>
 
-namespace Utils
-{
+namespace Utils {
 
-namespace
-{
+namespace {
 
 constexpr mode_t kFolderMode = 0755;
 

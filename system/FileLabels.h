@@ -17,12 +17,12 @@ extern "C" {
 enum { kLabelColorCount = 8 };
 extern const UInt8 kLabelColor[kLabelColorCount];
 
-UInt32 LabelColorValueToIndex(UInt8 value);   ///< 0 when the table lacks it
-UInt8  LabelColorIndexToValue(UInt32 index);  ///< 0 above 7
+UInt32 LabelColorValueToIndex(UInt8 value);  ///< 0 when the table lacks it
+UInt8 LabelColorIndexToValue(UInt32 index);  ///< 0 above 7
 
-UInt8   FSGetLabelColorValue(const FSRef *ref);  ///< 0 on failure
+UInt8 FSGetLabelColorValue(const FSRef *ref);  ///< 0 on failure
 Boolean FSSetLabelColorValue(const FSRef *ref, UInt8 value);
-UInt32  FSGetLabelColorIndex(const FSRef *ref);
+UInt32 FSGetLabelColorIndex(const FSRef *ref);
 Boolean FSSetLabelColorIndex(const FSRef *ref, UInt32 index);  ///< above 7: no label
 
 #ifdef __cplusplus

@@ -1,8 +1,7 @@
 #include <Tarvik/system/FilePaths.h>
 #include <Tarvik/system/private/PathURL.h>
 
-namespace Utils
-{
+namespace Utils {
 
 std::string GetFilenameFromPath(const std::string &path)
 {

@@ -20,12 +20,12 @@ extern "C" {
 
 /// The name as the catalog has it: a slash stands for the path's colon.
 CFStringRef FSCopyNameString(const FSRef *ref);
-char       *FSAllocNameCString(const FSRef *ref, CFStringEncoding encoding);
+char *FSAllocNameCString(const FSRef *ref, CFStringEncoding encoding);
 
 CFStringRef FSCopyPathString(const FSRef *ref);
 CFStringRef FSCopyPathStringOfStyle(const FSRef *ref, CFURLPathStyle style);
-char       *FSAllocPathCString(const FSRef *ref, CFStringEncoding encoding);
-char       *FSAllocPathCStringOfStyle(const FSRef *ref, CFURLPathStyle style, CFStringEncoding encoding);
+char *FSAllocPathCString(const FSRef *ref, CFStringEncoding encoding);
+char *FSAllocPathCStringOfStyle(const FSRef *ref, CFURLPathStyle style, CFStringEncoding encoding);
 /// In a zero-filled buffer of 1025 bytes; null for a longer path.
 char *FSAllocPathUTF8String(const FSRef *ref);
 

@@ -2,10 +2,10 @@
 
 #include "FileReferences.h"
 
-#include <Tarvik/support/CFOwned.h>
 #include <CoreFoundation/CFDictionary.h>
 #include <CoreFoundation/CFNumber.h>
 #include <CoreFoundation/CFURLAccess.h>
+#include <Tarvik/support/CFOwned.h>
 
 #include <cstring>
 #include <limits.h>

@@ -21,7 +21,7 @@ Boolean CFURLIsExist(CFURLRef url);
 CFStringRef CFURLCopyPosixPath(CFURLRef url);
 
 CFURLRef CFURLCreateFromFSSpec(const FSSpec *spec);
-Boolean  CFURLGetFSSpec(CFURLRef url, FSSpec *spec);
+Boolean CFURLGetFSSpec(CFURLRef url, FSSpec *spec);
 
 /// A special folder, made if it is missing and the flag is set; with a component, which need not exist, appended.
 CFURLRef CFURLCreateWithFindFolder(SInt16 domain, OSType folderType, Boolean createFolder,

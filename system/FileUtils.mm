@@ -5,11 +5,9 @@
 #include <Tarvik/support/Pool.h>
 #include <Tarvik/system/FileUtils.h>
 
-namespace file_utils
-{
+namespace file_utils {
 
-namespace
-{
+namespace {
 
 /// What the file manager finds at a location.
 struct Item {

@@ -21,8 +21,8 @@ Boolean FSIsInvisible(const FSRef *ref);
 Boolean FSIsContainer(const FSRef *ref);
 Boolean FSIsPackage(const FSRef *ref);
 Boolean FSIsVolume(const FSRef *ref);
-Boolean FSIsDirectory(const FSRef *ref); ///< container and not volume
-Boolean FSIsFolder(const FSRef *ref);    ///< container, not package, not volume
+Boolean FSIsDirectory(const FSRef *ref);  ///< container and not volume
+Boolean FSIsFolder(const FSRef *ref);     ///< container, not package, not volume
 
 #ifdef __cplusplus
 }

@@ -21,9 +21,9 @@
 #error "TARVIK_METHOD_CLASS: include <Tarvik/system/Method.h> before any other header"
 #endif
 #define Method ObjCMethod
-#include <objc/runtime.h>
 #import <Foundation/NSObject.h>
 #import <GNUstepBase/GSObjCRuntime.h>
+#include <objc/runtime.h>
 #undef Method
 #else
 #import <Foundation/NSObject.h>

@@ -16,12 +16,24 @@
     return self;
 }
 
-+ (id)methodWithTarget:(id)target selector:(SEL)selector { return [[[self alloc] initWithTarget:target selector:selector] autorelease]; }
++ (id)methodWithTarget:(id)target selector:(SEL)selector
+{
+    return [[[self alloc] initWithTarget:target selector:selector] autorelease];
+}
 
-- (BOOL)responds { return mTerget && mSelector && [mTerget respondsToSelector:mSelector]; }
+- (BOOL)responds
+{
+    return mTerget && mSelector && [mTerget respondsToSelector:mSelector];
+}
 
-- (id)perform { return mSelector ? [mTerget performSelector:mSelector] : nil; }
-- (id)performWithObject:(id)object { return mSelector ? [mTerget performSelector:mSelector withObject:object] : nil; }
+- (id)perform
+{
+    return mSelector ? [mTerget performSelector:mSelector] : nil;
+}
+- (id)performWithObject:(id)object
+{
+    return mSelector ? [mTerget performSelector:mSelector withObject:object] : nil;
+}
 - (id)performWithObject:(id)object1 withObject:(id)object2
 {
     return mSelector ? [mTerget performSelector:mSelector withObject:object1 withObject:object2] : nil;

@@ -109,7 +109,10 @@ NSString *resolved(NSData *data)
     return nil;
 }
 
-+ (id)stringWithAliasData:(NSData *)data { return [[[self alloc] initWithAliasData:data] autorelease]; }
++ (id)stringWithAliasData:(NSData *)data
+{
+    return [[[self alloc] initWithAliasData:data] autorelease];
+}
 
 - (NSString *)stringByResolveAliasFile
 {

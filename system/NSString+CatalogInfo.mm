@@ -24,7 +24,10 @@
     return spec && FSpMakeFSRef(spec, &ref) == noErr ? [self initWithFSRef:&ref] : self;
 }
 
-+ (id)stringWithFSSpec:(const FSSpec *)spec { return [[[self alloc] initWithFSSpec:spec] autorelease]; }
++ (id)stringWithFSSpec:(const FSSpec *)spec
+{
+    return [[[self alloc] initWithFSSpec:spec] autorelease];
+}
 
 - (BOOL)getFSSpec:(FSSpec *)spec
 {

@@ -66,6 +66,9 @@ bool isFolder(NSString *path)
     return [[NSFileManager defaultManager] copyPath:self toPath:destination handler:nil];
 }
 
-- (BOOL)createEmptyFile { return [@"" writeToFile:[self stringByAbbreviatingWithTildeInPath] atomically:NO]; }
+- (BOOL)createEmptyFile
+{
+    return [@"" writeToFile:[self stringByAbbreviatingWithTildeInPath] atomically:NO];
+}
 
 @end

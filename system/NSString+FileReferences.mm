@@ -17,7 +17,10 @@ constexpr size_t kPathBuffer = 1025;  // callers rely on longer paths being refu
     return nil;
 }
 
-+ (id)stringWithFSRef:(const FSRef *)ref { return [[[self alloc] initWithFSRef:ref] autorelease]; }
++ (id)stringWithFSRef:(const FSRef *)ref
+{
+    return [[[self alloc] initWithFSRef:ref] autorelease];
+}
 
 - (BOOL)getFSRef:(FSRef *)ref
 {

@@ -7,7 +7,7 @@
 @interface NSString (FoundationXFileTests)
 
 - (BOOL)exists;
-- (BOOL)existsDirectory; ///< a folder, also through a link
+- (BOOL)existsDirectory;  ///< a folder, also through a link
 - (BOOL)isReadableFile;
 - (BOOL)isWritableFile;
 - (BOOL)isExecutableFile;

@@ -33,8 +33,8 @@
 - (BOOL)isPackage;
 - (BOOL)isVolume;
 - (BOOL)isPlainFile;
-- (BOOL)isDirectory; ///< container and not volume
-- (BOOL)isFolder;    ///< container, not package, not volume
+- (BOOL)isDirectory;  ///< container and not volume
+- (BOOL)isFolder;     ///< container, not package, not volume
 
 @end
 #endif

@@ -47,10 +47,22 @@ LSItemInfoRecord typeAndCreator(NSString *path)
     return found;
 }
 
-- (OSType)HFSFileType { return typeAndCreator(self).filetype; }
-- (OSType)HFSCreator { return typeAndCreator(self).creator; }
-- (NSString *)HFSFileTypeString { return [NSString stringWithOSType:[self HFSFileType]]; }
-- (NSString *)HFSCreatorString { return [NSString stringWithOSType:[self HFSCreator]]; }
+- (OSType)HFSFileType
+{
+    return typeAndCreator(self).filetype;
+}
+- (OSType)HFSCreator
+{
+    return typeAndCreator(self).creator;
+}
+- (NSString *)HFSFileTypeString
+{
+    return [NSString stringWithOSType:[self HFSFileType]];
+}
+- (NSString *)HFSCreatorString
+{
+    return [NSString stringWithOSType:[self HFSCreator]];
+}
 
 - (BOOL)isLSItemInfoRecordFlagOn:(LSItemInfoFlags)mask defaultResult:(BOOL)defaultResult
 {
@@ -63,14 +75,41 @@ LSItemInfoRecord typeAndCreator(NSString *path)
     return (gLSLatestLSI.flags & mask) == mask;
 }
 
-- (BOOL)isAlias { return [self isLSItemInfoRecordFlagOn:kLSItemInfoIsAliasFile defaultResult:NO]; }
-- (BOOL)isApplication { return [self isLSItemInfoRecordFlagOn:kLSItemInfoIsApplication defaultResult:NO]; }
-- (BOOL)isContainer { return [self isLSItemInfoRecordFlagOn:kLSItemInfoIsContainer defaultResult:NO]; }
-- (BOOL)isInvisible { return [self isLSItemInfoRecordFlagOn:kLSItemInfoIsInvisible defaultResult:NO]; }
-- (BOOL)isPackage { return [self isLSItemInfoRecordFlagOn:kLSItemInfoIsPackage defaultResult:NO]; }
-- (BOOL)isVolume { return [self isLSItemInfoRecordFlagOn:kLSItemInfoIsVolume defaultResult:NO]; }
-- (BOOL)isPlainFile { return [self isLSItemInfoRecordFlagOn:kLSItemInfoIsPlainFile defaultResult:YES]; }
-- (BOOL)isDirectory { return [self isContainer] && ![self isVolume]; }
-- (BOOL)isFolder { return [self isContainer] && ![self isPackage] && ![self isVolume]; }
+- (BOOL)isAlias
+{
+    return [self isLSItemInfoRecordFlagOn:kLSItemInfoIsAliasFile defaultResult:NO];
+}
+- (BOOL)isApplication
+{
+    return [self isLSItemInfoRecordFlagOn:kLSItemInfoIsApplication defaultResult:NO];
+}
+- (BOOL)isContainer
+{
+    return [self isLSItemInfoRecordFlagOn:kLSItemInfoIsContainer defaultResult:NO];
+}
+- (BOOL)isInvisible
+{
+    return [self isLSItemInfoRecordFlagOn:kLSItemInfoIsInvisible defaultResult:NO];
+}
+- (BOOL)isPackage
+{
+    return [self isLSItemInfoRecordFlagOn:kLSItemInfoIsPackage defaultResult:NO];
+}
+- (BOOL)isVolume
+{
+    return [self isLSItemInfoRecordFlagOn:kLSItemInfoIsVolume defaultResult:NO];
+}
+- (BOOL)isPlainFile
+{
+    return [self isLSItemInfoRecordFlagOn:kLSItemInfoIsPlainFile defaultResult:YES];
+}
+- (BOOL)isDirectory
+{
+    return [self isContainer] && ![self isVolume];
+}
+- (BOOL)isFolder
+{
+    return [self isContainer] && ![self isPackage] && ![self isVolume];
+}
 
 @end

@@ -7,9 +7,9 @@
 
 @interface NSString (FoundationXLabels)
 
-- (UInt32)labelColorIndex; ///< 0 for none, and when nothing is there
+- (UInt32)labelColorIndex;  ///< 0 for none, and when nothing is there
 - (UInt8)labelColorValue;
-- (BOOL)setLabelColorIndex:(UInt32)index; ///< above 7: no label
+- (BOOL)setLabelColorIndex:(UInt32)index;  ///< above 7: no label
 - (BOOL)setLabelColorValue:(UInt8)value;
 
 @end

@@ -25,7 +25,10 @@
     return count;
 }
 
-- (NSString *)displayName { return [[NSFileManager defaultManager] displayNameAtPath:self]; }
+- (NSString *)displayName
+{
+    return [[NSFileManager defaultManager] displayNameAtPath:self];
+}
 
 - (NSString *)HFSPath
 {

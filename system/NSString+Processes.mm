@@ -41,7 +41,8 @@
 - (NSString *)applicationOfRole:(LSRolesMask)role
 {
     FSRef ref, application;
-    const bool found = [self getFSRef:&ref] && LSGetApplicationForItem(&ref, role, &application, nullptr) == noErr;
+    const bool found =
+        [self getFSRef:&ref] && LSGetApplicationForItem(&ref, role, &application, nullptr) == noErr;
     return found ? [NSString stringWithFSRef:&application] : nil;
 }
 

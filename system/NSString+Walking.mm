@@ -84,6 +84,9 @@ Boolean list(const char *subpath, size_t length, LSItemInfoFlags flags, void *co
     return found ? data + resources : 0;
 }
 
-- (NSNumber *)logicalSizeNumber { return [NSNumber numberWithUnsignedLongLong:[self logicalSize]]; }
+- (NSNumber *)logicalSizeNumber
+{
+    return [NSNumber numberWithUnsignedLongLong:[self logicalSize]];
+}
 
 @end

@@ -131,6 +131,10 @@ Boolean LSLaunchURLWithLaunchFlags(CFURLRef url, LSLaunchFlags flags)
 {
     if (!isURL(url))
         return false;
-    const LSLaunchURLSpec spec = {.appURL = url, .itemURLs = nullptr, .passThruParams = nullptr, .launchFlags = flags, .asyncRefCon = nullptr};
+    const LSLaunchURLSpec spec = {.appURL = url,
+                                  .itemURLs = nullptr,
+                                  .passThruParams = nullptr,
+                                  .launchFlags = flags,
+                                  .asyncRefCon = nullptr};
     return LSOpenFromURLSpec(&spec, nullptr) == noErr;
 }

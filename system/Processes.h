@@ -25,9 +25,9 @@ typedef Boolean (*EnumerateAllProcessCallback)(const ProcessSerialNumber *number
 Boolean EnumerateAllProcess(EnumerateAllProcessCallback callback, void *context);
 
 /// The bundle of the calling, or the frontmost, process.
-Boolean  FSGetCurrentProcess(FSRef *ref);
-Boolean  FSGetFrontProcess(FSRef *ref);
-CFURLRef CFURLCopyCurrentProcess(void); ///< the caller releases it
+Boolean FSGetCurrentProcess(FSRef *ref);
+Boolean FSGetFrontProcess(FSRef *ref);
+CFURLRef CFURLCopyCurrentProcess(void);  ///< the caller releases it
 /// Its name. The caller releases it.
 CFStringRef CFStringCopyCurrentProcessName(void);
 CFStringRef CFStringCopyFrontProcessName(void);
@@ -47,8 +47,8 @@ Boolean FSGetProcessSerialNumber(const FSRef *ref, ProcessSerialNumber *number);
 Boolean CFURLGetProcessSerialNumber(CFURLRef url, ProcessSerialNumber *number);
 /// The callback that looks for it: sets number and found at the first process of that bundle, and goes on until then.
 struct ProcessEnumerationContext {
-    const FSRef         *ref;
-    UInt32               found;
+    const FSRef *ref;
+    UInt32 found;
     ProcessSerialNumber *number;
 };
 typedef struct ProcessEnumerationContext ProcessEnumerationContext;

@@ -16,10 +16,10 @@ namespace {
 using tarvik::CFOwned;
 using tarvik::OwnedDesc;
 
-constexpr DescType kFormUserProperty = 0x75737270;                                  // 'usrp'
-constexpr AEEventClass kSubroutineClass = 0x61736372;                               // 'ascr'
-constexpr AEEventID kSubroutine = 0x70736272;                                       // 'psbr'
-constexpr AEKeyword kSubroutineName = 0x736E616D;                                   // 'snam'
+constexpr DescType kFormUserProperty = 0x75737270;     // 'usrp'
+constexpr AEEventClass kSubroutineClass = 0x61736372;  // 'ascr'
+constexpr AEEventID kSubroutine = 0x70736272;          // 'psbr'
+constexpr AEKeyword kSubroutineName = 0x736E616D;      // 'snam'
 enum { kCantGet = -1728, kCantSet = -10006 };
 
 struct Property {
@@ -53,7 +53,9 @@ std::string folded(std::string name)
 std::string textOf(CFStringRef text)
 {
     std::vector<char> buffer(text ? size_t(CFStringGetLength(text)) * 4 + 1 : 1);
-    return text && CFStringGetCString(text, buffer.data(), CFIndex(buffer.size()), kCFStringEncodingUTF8) ? buffer.data() : "";
+    return text && CFStringGetCString(text, buffer.data(), CFIndex(buffer.size()), kCFStringEncodingUTF8)
+               ? buffer.data()
+               : "";
 }
 
 std::string textOf(const AEDesc *desc)
@@ -66,13 +68,19 @@ std::string textOf(const AEDesc *desc)
     return bytes;
 }
 
-OSErr makeText(const std::string &text, AEDesc *value) { return AECreateDesc(typeUTF8Text, text.data(), Size(text.size()), value); }
+OSErr makeText(const std::string &text, AEDesc *value)
+{
+    return AECreateDesc(typeUTF8Text, text.data(), Size(text.size()), value);
+}
 
 // The standard properties.
 
 OSErr copyName(AEDesc *value, void *)
 {
-    const CFTypeRef name = CFBundleGetMainBundle() ? CFBundleGetValueForInfoDictionaryKey(CFBundleGetMainBundle(), CFSTR("CFBundleName")) : nullptr;
+    const CFTypeRef name =
+        CFBundleGetMainBundle()
+            ? CFBundleGetValueForInfoDictionaryKey(CFBundleGetMainBundle(), CFSTR("CFBundleName"))
+            : nullptr;
     if (!name || CFGetTypeID(name) != CFStringGetTypeID())
         return kCantGet;
     return makeText(textOf(static_cast<CFStringRef>(name)), value);
@@ -80,7 +88,10 @@ OSErr copyName(AEDesc *value, void *)
 
 OSErr copyVersion(AEDesc *value, void *)
 {
-    const CFTypeRef version = CFBundleGetMainBundle() ? CFBundleGetValueForInfoDictionaryKey(CFBundleGetMainBundle(), CFSTR("CFBundleShortVersionString")) : nullptr;
+    const CFTypeRef version = CFBundleGetMainBundle()
+                                  ? CFBundleGetValueForInfoDictionaryKey(CFBundleGetMainBundle(),
+                                                                         CFSTR("CFBundleShortVersionString"))
+                                  : nullptr;
     if (!version || CFGetTypeID(version) != CFStringGetTypeID())
         return kCantGet;
     return makeText(textOf(static_cast<CFStringRef>(version)), value);
@@ -91,11 +102,14 @@ const Property *propertyOf(const AppleEvent *event)
 {
     OwnedDesc specifier, container, key;
     DescType form = 0;
-    if (AEGetParamDesc(event, keyDirectObject, typeWildCard, specifier.out()) != noErr || !AECheckIsRecord(specifier.get()))
+    if (AEGetParamDesc(event, keyDirectObject, typeWildCard, specifier.out()) != noErr ||
+        !AECheckIsRecord(specifier.get()))
         return nullptr;
-    if (AEGetKeyDesc(specifier.get(), keyAEContainer, typeWildCard, container.out()) == noErr && container->descriptorType != typeNull)
+    if (AEGetKeyDesc(specifier.get(), keyAEContainer, typeWildCard, container.out()) == noErr &&
+        container->descriptorType != typeNull)
         return nullptr;
-    if (AEGetKeyPtr(specifier.get(), keyAEKeyForm, typeEnumerated, nullptr, &form, sizeof form, nullptr) != noErr ||
+    if (AEGetKeyPtr(specifier.get(), keyAEKeyForm, typeEnumerated, nullptr, &form, sizeof form, nullptr) !=
+            noErr ||
         AEGetKeyDesc(specifier.get(), keyAEKeyData, typeWildCard, key.out()) != noErr)
         return nullptr;
     std::string name;
@@ -105,7 +119,10 @@ const Property *propertyOf(const AppleEvent *event)
         DescType code = 0;
         AEGetDescData(key.get(), &code, sizeof code);
         // A term of the language stands under its code.
-        name = code == pName ? "name" : code == pVersion ? "version" : code == pIsFrontProcess ? "frontmost" : "";
+        name = code == pName             ? "name"
+               : code == pVersion        ? "version"
+               : code == pIsFrontProcess ? "frontmost"
+                                         : "";
     }
     const auto place = properties().find(name);
     return place == properties().end() ? nullptr : &place->second;
@@ -119,7 +136,8 @@ OSErr getData(const AppleEvent *event, AppleEvent *reply, SRefCon)
     OwnedDesc value;
     if (const OSErr error = property->getter(value.out(), property->context))
         return error;
-    return reply->descriptorType == typeNull ? OSErr(noErr) : AEPutParamDesc(reply, keyDirectObject, value.get());
+    return reply->descriptorType == typeNull ? OSErr(noErr)
+                                             : AEPutParamDesc(reply, keyDirectObject, value.get());
 }
 
 OSErr setData(const AppleEvent *event, AppleEvent *, SRefCon)
@@ -155,7 +173,9 @@ struct Handler {
     AEEventID eventID;
     AEEventHandlerProcPtr function;
 };
-constexpr Handler kHandlers[] = {{kAECoreSuite, kAEGetData, getData}, {kAECoreSuite, kAESetData, setData}, {kSubroutineClass, kSubroutine, callSubroutine}};
+constexpr Handler kHandlers[] = {{kAECoreSuite, kAEGetData, getData},
+                                 {kAECoreSuite, kAESetData, setData},
+                                 {kSubroutineClass, kSubroutine, callSubroutine}};
 
 }  // namespace
 
@@ -167,7 +187,8 @@ Boolean ScriptingInstallDictionary(void)
             return false;
         }
     }
-    properties().insert({{"name", {copyName, nullptr, nullptr}}, {"version", {copyVersion, nullptr, nullptr}}});
+    properties().insert(
+        {{"name", {copyName, nullptr, nullptr}}, {"version", {copyVersion, nullptr, nullptr}}});
     return true;
 }
 
@@ -179,7 +200,8 @@ void ScriptingRemoveDictionary(void)
     commands().clear();
 }
 
-Boolean ScriptingRegisterProperty(CFStringRef name, ScriptingPropertyGetter getter, ScriptingPropertySetter setter, void *context)
+Boolean ScriptingRegisterProperty(CFStringRef name, ScriptingPropertyGetter getter,
+                                  ScriptingPropertySetter setter, void *context)
 {
     if (!name || !getter)
         return false;

@@ -33,7 +33,8 @@ Boolean ScriptingInstallDictionary(void);
 void ScriptingRemoveDictionary(void);
 
 /// False for a null name or getter. A null setter makes a property that is only read.
-Boolean ScriptingRegisterProperty(CFStringRef name, ScriptingPropertyGetter getter, ScriptingPropertySetter setter, void *context);
+Boolean ScriptingRegisterProperty(CFStringRef name, ScriptingPropertyGetter getter,
+                                  ScriptingPropertySetter setter, void *context);
 /// False for a null name or function.
 Boolean ScriptingRegisterCommand(CFStringRef name, ScriptingCommand command, void *context);
 

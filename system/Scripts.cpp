@@ -52,11 +52,14 @@ OSAID OSALoadFileFromURL(ComponentInstance component, CFURLRef url)
 {
     CFDataRef contents = nullptr;
     SInt32 error = 0;
-    if (!component || !url || !CFURLCreateDataAndPropertiesFromResource(kCFAllocatorDefault, url, &contents, nullptr, nullptr, &error))
+    if (!component || !url ||
+        !CFURLCreateDataAndPropertiesFromResource(kCFAllocatorDefault, url, &contents, nullptr, nullptr,
+                                                  &error))
         return kOSANullScript;
     const CFOwned<CFDataRef> data(contents);
     AEDesc desc;
-    if (AECreateDesc(typeOSAGenericStorage, CFDataGetBytePtr(data.get()), Size(CFDataGetLength(data.get())), &desc) != noErr)
+    if (AECreateDesc(typeOSAGenericStorage, CFDataGetBytePtr(data.get()), Size(CFDataGetLength(data.get())),
+                     &desc) != noErr)
         return kOSANullScript;
     OSAID script = kOSANullScript;
     if (OSALoad(component, &desc, kOSAModeNull, &script) != noErr)
@@ -81,7 +84,8 @@ OSStatus OSAExecuteScriptString(CFStringRef source, AEDesc *text, AEDesc *result
         return kOSAScriptUnavailable;
     ByteCount readBytes = 0, length = 0;
     OSStatus converted = noErr;
-    const std::unique_ptr<char, Freed> bytes(CFStringAllocTECConvertedText(source, CFStringGetSystemEncoding(), 0, &readBytes, &length, &converted));
+    const std::unique_ptr<char, Freed> bytes(CFStringAllocTECConvertedText(
+        source, CFStringGetSystemEncoding(), 0, &readBytes, &length, &converted));
     if (!bytes || converted != noErr || length == 0)
         return kOSAScriptUnavailable;
     AEDesc desc;
@@ -121,7 +125,10 @@ OSStatus OSAExecuteScriptFileURL(CFURLRef url, const AppleEvent *event, AEDesc *
     return status;
 }
 
-OSStatus OSARunScriptFileURL(CFURLRef url, AEDesc *text, AEDesc *result) { return OSAExecuteScriptFileURL(url, nullptr, text, result); }
+OSStatus OSARunScriptFileURL(CFURLRef url, AEDesc *text, AEDesc *result)
+{
+    return OSAExecuteScriptFileURL(url, nullptr, text, result);
+}
 
 OSStatus OSAExecuteScriptFileRef(const FSRef *ref, const AppleEvent *event, AEDesc *text, AEDesc *result)
 {
@@ -129,4 +136,7 @@ OSStatus OSAExecuteScriptFileRef(const FSRef *ref, const AppleEvent *event, AEDe
     return OSAExecuteScriptFileURL(url.get(), event, text, result);
 }
 
-OSStatus OSARunScriptFileRef(const FSRef *ref, AEDesc *text, AEDesc *result) { return OSAExecuteScriptFileRef(ref, nullptr, text, result); }
+OSStatus OSARunScriptFileRef(const FSRef *ref, AEDesc *text, AEDesc *result)
+{
+    return OSAExecuteScriptFileRef(ref, nullptr, text, result);
+}

@@ -2,11 +2,9 @@
 #include <Tarvik/system/FileFunctions.h>
 #include <Tarvik/system/SpecialFolders.h>
 
-namespace Utils
-{
+namespace Utils {
 
-namespace
-{
+namespace {
 
 std::string userFolder(OSType type)
 {

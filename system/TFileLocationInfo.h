@@ -13,14 +13,14 @@
 #ifdef __cplusplus
 #include <string>
 
-class TFileLocationInfo
-{
+class TFileLocationInfo {
 public:
     enum : int32_t { kEmpty = -1, kPath = 0, kURL = 1 };
 
     int32_t kind = kEmpty;
-    std::string path;       ///< the location when the kind is kPath
-    CFURLRef url = nullptr; ///< the location when the kind is kURL; the record owns a reference to whatever stands here
+    std::string path;  ///< the location when the kind is kPath
+    CFURLRef url =
+        nullptr;  ///< the location when the kind is kURL; the record owns a reference to whatever stands here
 
     TFileLocationInfo() = default;
     TFileLocationInfo(const TFileLocationInfo &other) { *this = other; }

@@ -22,10 +22,12 @@
 
 /// What a delegate answers. Of several bits the stop counts first, then the leaving of the folder; any other bit skips the entry.
 enum {
-    TreeRoundDescend     = 0,     ///< list the entry in its turn, with the next level; what is no folder lists nothing
-    TreeRoundSkip        = 0x1,   ///< don't descend into this entry
-    TreeRoundLeaveFolder = 0x2,   ///< go on with the level's next folder: this entry and the folder's remaining ones are left out
-    TreeRoundStop        = 0x100  ///< end the round
+    TreeRoundDescend =
+        0,  ///< list the entry in its turn, with the next level; what is no folder lists nothing
+    TreeRoundSkip = 0x1,  ///< don't descend into this entry
+    TreeRoundLeaveFolder =
+        0x2,  ///< go on with the level's next folder: this entry and the folder's remaining ones are left out
+    TreeRoundStop = 0x100  ///< end the round
 };
 
 @protocol TreeRoundDelegate

@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr unsigned kMostVisits = 64;   // of one folder, by links
+constexpr unsigned kMostVisits = 64;    // of one folder, by links
 constexpr unsigned kPooledPaths = 512;  // before they are let go
 
 /// Where a path really leads: by which link, or which root, the round came there. Below that, names are the folders' own.
@@ -38,14 +38,16 @@ std::string realPath(const std::string &path)
 {
     FSRef ref;
     UInt8 real[4097];
-    const bool found = FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), &ref, nullptr) == noErr && FSRefMakePath(&ref, real, sizeof real) == noErr;
+    const bool found = FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), &ref, nullptr) == noErr &&
+                       FSRefMakePath(&ref, real, sizeof real) == noErr;
     return found ? reinterpret_cast<const char *>(real) : "";
 }
 
 /// Whether the path is the folder or one below it.
 bool isWithin(std::string_view path, std::string_view folder)
 {
-    return path.starts_with(folder) && (path.size() == folder.size() || folder == "/" || path[folder.size()] == '/');
+    return path.starts_with(folder) &&
+           (path.size() == folder.size() || folder == "/" || path[folder.size()] == '/');
 }
 
 class Round {
@@ -73,10 +75,12 @@ private:
     {
         std::string path, entry;
         // As the paths of its entries begin.
-        if (!tarvik::getPathBytes(root, path) || !tarvik::getPathBytes([root stringByAppendingPathComponent:@"x"], entry))
+        if (!tarvik::getPathBytes(root, path) ||
+            !tarvik::getPathBytes([root stringByAppendingPathComponent:@"x"], entry))
             return;
         entry.resize(entry.size() - (entry.size() > 2 ? 2 : 1));
-        level.push_back({entry, std::make_shared<Route>(Route{realPath(path), entry.size(), "", nullptr}), true});
+        level.push_back(
+            {entry, std::make_shared<Route>(Route{realPath(path), entry.size(), "", nullptr}), true});
     }
 
     /// False for a link that leads to where the round is already, or has been too often.
@@ -87,7 +91,8 @@ private:
             return false;
         const std::string holder = realHolder(folder);
         std::string_view below = holder;
-        for (const Route *route = folder.route.get(); route; below = route->linkedFrom, route = route->before.get())
+        for (const Route *route = folder.route.get(); route;
+             below = route->linkedFrom, route = route->before.get())
             if (isWithin(below, target) && isWithin(target, route->base))
                 return false;
         folder.route = std::make_shared<Route>(Route{target, folder.path.size(), holder, folder.route});
@@ -118,7 +123,10 @@ private:
         pool_.reset();
     }
 
-    static Boolean visit(const char *name, size_t length, FSEntryKind kind, void *round) { return static_cast<Round *>(round)->visit({name, length}, kind); }
+    static Boolean visit(const char *name, size_t length, FSEntryKind kind, void *round)
+    {
+        return static_cast<Round *>(round)->visit({name, length}, kind);
+    }
 
     bool visit(std::string_view name, FSEntryKind kind)
     {

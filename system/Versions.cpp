@@ -41,8 +41,9 @@ CFStringRef NumVersionCopyString(const NumVersion *version, Boolean includeNonRe
     if (!version)
         return nullptr;
     char text[64];
-    const int length = std::snprintf(text, sizeof text, "%X.%i.%i%s", version->majorRev, version->minorAndBugRev >> 4,
-                                     version->minorAndBugRev, stageLetter(version->stage));
+    const int length =
+        std::snprintf(text, sizeof text, "%X.%i.%i%s", version->majorRev, version->minorAndBugRev >> 4,
+                      version->minorAndBugRev, stageLetter(version->stage));
     if (includeNonRelease)
         std::snprintf(text + length, sizeof text - size_t(length), ".%i", version->nonRelRev);
     return CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingASCII);
@@ -55,7 +56,8 @@ CFStringRef VersRecCopyVersionString(const VersRec *record, Boolean includeNonRe
 
 CFStringRef VersRecCopyShortString(const VersRec *record, CFStringEncoding encoding)
 {
-    return record ? CFStringCreateWithPascalString(kCFAllocatorDefault, record->shortVersion, encoding) : nullptr;
+    return record ? CFStringCreateWithPascalString(kCFAllocatorDefault, record->shortVersion, encoding)
+                  : nullptr;
 }
 
 CFStringRef VersRecCopyLongString(const VersRec *record, CFStringEncoding encoding)

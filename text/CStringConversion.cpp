@@ -22,14 +22,15 @@ char *CFStringAllocCString(CFStringRef string, CFStringEncoding encoding)
 
 char *CFStringAllocConvertableCString(CFStringRef string)
 {
-    return tarvik::inFirstEncoding([=](CFStringEncoding encoding) { return CFStringAllocCString(string, encoding); });
+    return tarvik::inFirstEncoding(
+        [=](CFStringEncoding encoding) { return CFStringAllocCString(string, encoding); });
 }
 
 Boolean CFStringGetConvertableCString(CFStringRef string, char *buffer, CFIndex size)
 {
     return string && buffer && size >= 1 && tarvik::inFirstEncoding([=](CFStringEncoding encoding) {
-        return CFStringGetCString(string, buffer, size, encoding);
-    });
+               return CFStringGetCString(string, buffer, size, encoding);
+           });
 }
 
 CFIndex CFStringGetASCIICString(CFStringRef string, char *buffer, CFIndex size)

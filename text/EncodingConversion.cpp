@@ -37,18 +37,21 @@ void report(Number *place, Number value)
 Boolean CFStringGetConvertablePascalString(CFStringRef string, StringPtr buffer, CFIndex size)
 {
     return string && buffer && size >= 1 && tarvik::inFirstEncoding([=](CFStringEncoding encoding) {
-        return CFStringGetPascalString(string, buffer, size, encoding);
-    });
+               return CFStringGetPascalString(string, buffer, size, encoding);
+           });
 }
 
 CFDataRef CFStringCreateConvertableExternalRepresentation(CFStringRef string)
 {
     if (!string)
         return nullptr;
-    const CFDataRef whole = tarvik::inFirstEncoding(
-        [=](CFStringEncoding encoding) { return CFStringCreateExternalRepresentation(kCFAllocatorDefault, string, encoding, 0); });
+    const CFDataRef whole = tarvik::inFirstEncoding([=](CFStringEncoding encoding) {
+        return CFStringCreateExternalRepresentation(kCFAllocatorDefault, string, encoding, 0);
+    });
     // The list of available encodings is not walked again with losses: callers know that a lossy text is in the system's.
-    return whole ? whole : CFStringCreateExternalRepresentation(kCFAllocatorDefault, string, CFStringGetSystemEncoding(), kLossByte);
+    return whole ? whole
+                 : CFStringCreateExternalRepresentation(kCFAllocatorDefault, string,
+                                                        CFStringGetSystemEncoding(), kLossByte);
 }
 
 Boolean CFStringGetHFSUniStr255(CFStringRef string, HFSUniStr255 *record)
@@ -85,8 +88,8 @@ CFStringRef CFStringCreateWithAEDesc(const AEDesc *desc, CFStringEncoding encodi
     return CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), encoding);
 }
 
-char *CFStringAllocTECConvertedText(CFStringRef string, TextEncoding encoding, UInt32 bytesPerCharacter, ByteCount *readBytes,
-                                    ByteCount *writtenBytes, OSStatus *status)
+char *CFStringAllocTECConvertedText(CFStringRef string, TextEncoding encoding, UInt32 bytesPerCharacter,
+                                    ByteCount *readBytes, ByteCount *writtenBytes, OSStatus *status)
 {
     constexpr UInt32 kBytesPerCharacter = 4;
     report(readBytes, ByteCount(0));
@@ -108,19 +111,22 @@ char *CFStringAllocTECConvertedText(CFStringRef string, TextEncoding encoding, U
     OSStatus result = TECCreateConverter(&made, kTextEncodingUnicodeDefault, encoding);
     const tarvik::Handle<ConverterTraits> converter(made);
     if (result == noErr)
-        result = TECConvertText(converter.get(), reinterpret_cast<const UInt8 *>(units.get()), ByteCount(length * sizeof(UniChar)),
-                                &in, reinterpret_cast<UInt8 *>(buffer), ByteCount(size), &out);
+        result = TECConvertText(converter.get(), reinterpret_cast<const UInt8 *>(units.get()),
+                                ByteCount(length * sizeof(UniChar)), &in, reinterpret_cast<UInt8 *>(buffer),
+                                ByteCount(size), &out);
     report(readBytes, in);
     report(writtenBytes, out);
     report(status, result);
     return buffer;
 }
 
-StringPtr CFStringAllocTECConvertedPascalString(CFStringRef string, TextEncoding encoding, UInt32 bytesPerCharacter,
-                                                ByteCount *readBytes, ByteCount *writtenBytes, OSStatus *status)
+StringPtr CFStringAllocTECConvertedPascalString(CFStringRef string, TextEncoding encoding,
+                                                UInt32 bytesPerCharacter, ByteCount *readBytes,
+                                                ByteCount *writtenBytes, OSStatus *status)
 {
     ByteCount written = 0;
-    char *text = CFStringAllocTECConvertedText(string, encoding, bytesPerCharacter, readBytes, &written, status);
+    char *text =
+        CFStringAllocTECConvertedText(string, encoding, bytesPerCharacter, readBytes, &written, status);
     report(writtenBytes, written);
     if (!text)
         return nullptr;

@@ -35,11 +35,12 @@ CFStringRef CFStringCreateWithAEDesc(const AEDesc *desc, CFStringEncoding encodi
 /// Converts through the platform's text-encoding converter in one call, without a flush, into a new buffer of
 /// bytesPerCharacter (0: 4) bytes for each unit and one more. The buffer is the answer even when the conversion failed: the
 /// status tells. Pointers for results may be null. Null, all results 0, for null; null without memory.
-char *CFStringAllocTECConvertedText(CFStringRef string, TextEncoding encoding, UInt32 bytesPerCharacter, ByteCount *readBytes,
-                                    ByteCount *writtenBytes, OSStatus *status);
+char *CFStringAllocTECConvertedText(CFStringRef string, TextEncoding encoding, UInt32 bytesPerCharacter,
+                                    ByteCount *readBytes, ByteCount *writtenBytes, OSStatus *status);
 /// The same as a Pascal string, cut to 255 bytes.
-StringPtr CFStringAllocTECConvertedPascalString(CFStringRef string, TextEncoding encoding, UInt32 bytesPerCharacter,
-                                                ByteCount *readBytes, ByteCount *writtenBytes, OSStatus *status);
+StringPtr CFStringAllocTECConvertedPascalString(CFStringRef string, TextEncoding encoding,
+                                                UInt32 bytesPerCharacter, ByteCount *readBytes,
+                                                ByteCount *writtenBytes, OSStatus *status);
 
 #ifdef __cplusplus
 }

@@ -26,6 +26,8 @@ typedef int (*SubpathFunction)(NSString *path, NSString *subpath, void *userdata
 @interface NSFileManager (FoundationXAdditions)
 /// Calls the function for each subpath below the path (relative to it, in the order of `subpathsAtPath:`). Answers its last result; 0
 /// when it ended the walk, when there is nothing below, and for a nil path or null function.
-- (int)enumerateSubpathsAtPath:(NSString *)path withFunction:(SubpathFunction)function userdata:(void *)userdata;
+- (int)enumerateSubpathsAtPath:(NSString *)path
+                  withFunction:(SubpathFunction)function
+                      userdata:(void *)userdata;
 @end
 #endif

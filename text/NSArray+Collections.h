@@ -11,8 +11,8 @@
 /// Thread: as the receiver.
 #pragma once
 #ifdef __OBJC__
-#include <Tarvik/core/Types.h>
 #import <Foundation/NSArray.h>
+#include <Tarvik/core/Types.h>
 
 @class NSData;
 

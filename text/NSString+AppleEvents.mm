@@ -48,6 +48,9 @@ NSString *textIn(DescType type, const std::string &bytes)
     return [self initWithString:text];
 }
 
-+ (id)stringWithAEDesc:(const AEDesc *)desc { return [[[self alloc] initWithAEDesc:desc] autorelease]; }
++ (id)stringWithAEDesc:(const AEDesc *)desc
+{
+    return [[[self alloc] initWithAEDesc:desc] autorelease];
+}
 
 @end

@@ -36,7 +36,8 @@
 - (int)vsscanf:(const char *)format arguments:(va_list)arguments
 {
     const auto text = tarvik::utf8(self);
-    return text && format && !tarvik::isAbsent(arguments) ? std::vsscanf(text->c_str(), format, arguments) : -1;
+    return text && format && !tarvik::isAbsent(arguments) ? std::vsscanf(text->c_str(), format, arguments)
+                                                          : -1;
 }
 
 - (char *)allocUTF8String
@@ -61,7 +62,8 @@
 
 - (CFBundleRef)createCFBundle
 {
-    CFURLRef url = CFURLCreateWithFileSystemPath(kCFAllocatorDefault, (CFStringRef)self, kCFURLPOSIXPathStyle, true);
+    CFURLRef url =
+        CFURLCreateWithFileSystemPath(kCFAllocatorDefault, (CFStringRef)self, kCFURLPOSIXPathStyle, true);
     CFBundleRef bundle = CFBundleCreate(kCFAllocatorDefault, url);
     CFRelease(url);
     return bundle;

@@ -45,7 +45,10 @@ std::vector<size_t> placesFromTheEnd(const std::u16string &text, const std::u16s
 
 @implementation NSMutableString (FoundationXEditing)
 
-- (void)empty { [self setString:@""]; }
+- (void)empty
+{
+    [self setString:@""];
+}
 
 - (void)setUTF8String:(const char *)text
 {
@@ -65,9 +68,15 @@ std::vector<size_t> placesFromTheEnd(const std::u16string &text, const std::u16s
     });
 }
 
-- (BOOL)deleteIfEndWith:(NSString *)text { return deleteAnchored(self, text, NSBackwardsSearch); }
+- (BOOL)deleteIfEndWith:(NSString *)text
+{
+    return deleteAnchored(self, text, NSBackwardsSearch);
+}
 
-- (BOOL)deleteIfStartWith:(NSString *)text { return deleteAnchored(self, text, 0); }
+- (BOOL)deleteIfStartWith:(NSString *)text
+{
+    return deleteAnchored(self, text, 0);
+}
 
 - (NSMutableString *)deleteToSubstring:(NSString *)text
 {

@@ -8,7 +8,10 @@
 
 @implementation NSString (FoundationXEncoding)
 
-- (UniChar *)allocCharacters { return CFStringAllocUnicodeCharacters((CFStringRef)self); }
+- (UniChar *)allocCharacters
+{
+    return CFStringAllocUnicodeCharacters((CFStringRef)self);
+}
 
 - (char *)allocTECConvertedTextOfEncoding:(TextEncoding)encoding
                             characterSize:(UInt32)bytesPerCharacter
@@ -16,7 +19,8 @@
                                writeBytes:(ByteCount *)writtenBytes
                                  TECError:(OSStatus *)status
 {
-    return CFStringAllocTECConvertedText((CFStringRef)self, encoding, bytesPerCharacter, readBytes, writtenBytes, status);
+    return CFStringAllocTECConvertedText((CFStringRef)self, encoding, bytesPerCharacter, readBytes,
+                                         writtenBytes, status);
 }
 
 - (BOOL)memmoveUTF8String:(void *)buffer maxLength:(uint32_t)length
@@ -38,7 +42,8 @@
 
 + (NSStringEncoding)stringEncodingForLocalizedName:(NSString *)name
 {
-    for (const NSStringEncoding *encoding = [NSString availableStringEncodings]; name && *encoding; ++encoding) {
+    for (const NSStringEncoding *encoding = [NSString availableStringEncodings]; name && *encoding;
+         ++encoding) {
         if ([[NSString localizedNameOfStringEncoding:*encoding] isEqualToString:name])
             return *encoding;
     }
@@ -47,7 +52,8 @@
 
 - (id)initWithPascalString:(ConstStringPtr)text encoding:(CFStringEncoding)encoding
 {
-    NSString *made = text ? (NSString *)CFStringCreateWithPascalString(kCFAllocatorDefault, text, encoding) : nil;
+    NSString *made =
+        text ? (NSString *)CFStringCreateWithPascalString(kCFAllocatorDefault, text, encoding) : nil;
     self = made ? [self initWithString:made] : ([self release], nil);
     [made release];
     return self;
@@ -58,7 +64,10 @@
     return [[[self alloc] initWithPascalString:text encoding:encoding] autorelease];
 }
 
-- (ConstStringPtr)pascalStringPtr:(CFStringEncoding)encoding { return CFStringGetPascalStringPtr((CFStringRef)self, encoding); }
+- (ConstStringPtr)pascalStringPtr:(CFStringEncoding)encoding
+{
+    return CFStringGetPascalStringPtr((CFStringRef)self, encoding);
+}
 
 - (BOOL)getPascalString:(StringPtr)buffer size:(uint32_t)size encoding:(CFStringEncoding)encoding
 {

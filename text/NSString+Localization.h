@@ -23,9 +23,14 @@ extern NSString *const NO_SUCH_STRING_OF_KEY;
 - (NSString *)localize:(NSBundle *)bundle table:(NSString *)table value:(NSString *)value;
 /// The text of the first table that has the key; `value`, or the empty text for nil, when none has it.
 /// The list ends with nil, also behind a nil first table, which stands for the default one: `tables:nil, nil`.
-- (NSString *)localize:(NSBundle *)bundle value:(NSString *)value tables:(NSString *)table, ... __attribute__((sentinel));
+- (NSString *)localize:(NSBundle *)bundle
+                 value:(NSString *)value
+                tables:(NSString *)table, ... __attribute__((sentinel));
 /// The same with the tables behind the first in a list (null: there are none).
-- (NSString *)localize:(NSBundle *)bundle value:(NSString *)value table:(NSString *)table tablesv:(va_list)tables;
+- (NSString *)localize:(NSBundle *)bundle
+                 value:(NSString *)value
+                 table:(NSString *)table
+               tablesv:(va_list)tables;
 
 @end
 #endif

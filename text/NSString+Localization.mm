@@ -8,12 +8,17 @@ NSString *const NO_SUCH_STRING_OF_KEY = @"-N-O- -S-U-C-H- -S-T-R-I-N-G- -O-F- -K
 
 @implementation NSString (FoundationXLocalization)
 
-- (NSString *)localize { return [self localize:nil table:nil value:self]; }
+- (NSString *)localize
+{
+    return [self localize:nil table:nil value:self];
+}
 
 - (NSString *)localize:(NSBundle *)bundle table:(NSString *)table value:(NSString *)value
 {
     NSString *text = nil;
-    tarvik::attempt([&] { text = [bundle ? bundle : [NSBundle mainBundle] localizedStringForKey:self value:value table:table]; });
+    tarvik::attempt([&] {
+        text = [bundle ? bundle : [NSBundle mainBundle] localizedStringForKey:self value:value table:table];
+    });
     return text ? text : value;
 }
 
@@ -26,7 +31,10 @@ NSString *const NO_SUCH_STRING_OF_KEY = @"-N-O- -S-U-C-H- -S-T-R-I-N-G- -O-F- -K
     return text;
 }
 
-- (NSString *)localize:(NSBundle *)bundle value:(NSString *)value table:(NSString *)table tablesv:(va_list)tables
+- (NSString *)localize:(NSBundle *)bundle
+                 value:(NSString *)value
+                 table:(NSString *)table
+               tablesv:(va_list)tables
 {
     do {
         NSString *text = [self localize:bundle table:table value:NO_SUCH_STRING_OF_KEY];

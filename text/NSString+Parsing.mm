@@ -37,24 +37,26 @@ int32_t firstNumber(const std::u16string &text)
 
 - (NSMutableArray *)lines
 {
-    return tarvik::guarded("-[NSString(FoundationX) lines]", __LINE__, static_cast<NSMutableArray *>(nil), [&] {
-        NSMutableArray *lines = [NSMutableArray array];
-        NSString *text = [[self copy] autorelease];
-        const std::u16string units = tarvik::units(text);
-        for (size_t start = 0;;) {
-            const size_t end = std::min(units.find_first_of(u"\r\n", start), units.size());
-            [lines addObject:[text substringWithRange:NSMakeRange(start, end - start)]];
-            if (end == units.size())
-                return lines;
-            start = end + (units.compare(end, 2, u"\r\n") == 0 ? 2 : 1);
-        }
-    });
+    return tarvik::guarded(
+        "-[NSString(FoundationX) lines]", __LINE__, static_cast<NSMutableArray *>(nil), [&] {
+            NSMutableArray *lines = [NSMutableArray array];
+            NSString *text = [[self copy] autorelease];
+            const std::u16string units = tarvik::units(text);
+            for (size_t start = 0;;) {
+                const size_t end = std::min(units.find_first_of(u"\r\n", start), units.size());
+                [lines addObject:[text substringWithRange:NSMakeRange(start, end - start)]];
+                if (end == units.size())
+                    return lines;
+                start = end + (units.compare(end, 2, u"\r\n") == 0 ? 2 : 1);
+            }
+        });
 }
 
 - (NSData *)dataFromHexadecimalString
 {
     const auto digits = tarvik::utf8(self);
-    if (!digits || !std::all_of(digits->begin(), digits->end(), [](unsigned char c) { return std::isxdigit(c); }))
+    if (!digits ||
+        !std::all_of(digits->begin(), digits->end(), [](unsigned char c) { return std::isxdigit(c); }))
         return nil;
     auto value = [](char digit) { return std::isdigit(digit) ? digit - '0' : (digit | 0x20) - 'a' + 10; };
     NSMutableData *data = [NSMutableData dataWithLength:digits->size() / 2];
@@ -71,7 +73,10 @@ int32_t firstNumber(const std::u16string &text)
     return OSType(NSHFSTypeCodeFromFileType([NSString stringWithFormat:@"'%@'", self]));
 }
 
-- (NSNumber *)OSTypeNumber { return [NSNumber numberWithUnsignedInt:[self OSType]]; }
+- (NSNumber *)OSTypeNumber
+{
+    return [NSNumber numberWithUnsignedInt:[self OSType]];
+}
 
 - (id)initWithOSType:(OSType)code
 {
@@ -83,9 +88,15 @@ int32_t firstNumber(const std::u16string &text)
     return [self initWithString:[quoted substringWithRange:NSMakeRange(1, kCodeLength)]];
 }
 
-+ (id)stringWithOSType:(OSType)code { return [[[self alloc] initWithOSType:code] autorelease]; }
++ (id)stringWithOSType:(OSType)code
+{
+    return [[[self alloc] initWithOSType:code] autorelease];
+}
 
-- (BOOL)isEqualToOSType:(OSType)code { return [self isEqualToString:[NSString stringWithOSType:code]]; }
+- (BOOL)isEqualToOSType:(OSType)code
+{
+    return [self isEqualToString:[NSString stringWithOSType:code]];
+}
 
 - (void)devideAtIndex:(uint32_t)index front:(NSMutableString **)front back:(NSMutableString **)back
 {

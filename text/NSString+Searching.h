@@ -11,8 +11,8 @@
 /// Thread: as the receiver.
 #pragma once
 #ifdef __OBJC__
-#include <Tarvik/core/Types.h>
 #import <Foundation/NSString.h>
+#include <Tarvik/core/Types.h>
 
 @interface NSString (FoundationXSearching)
 

@@ -19,16 +19,16 @@
 
 namespace Utils {
 
-std::string int2string  (int32_t number);
-std::string long2string (int32_t number);
-wstring     int2wstring (int32_t number);
-wstring     long2wstring(int32_t number);
+std::string int2string(int32_t number);
+std::string long2string(int32_t number);
+wstring int2wstring(int32_t number);
+wstring long2wstring(int32_t number);
 
-int32_t string2int  (const std::string &text);
-int32_t string2long (const std::string &text);
+int32_t string2int(const std::string &text);
+int32_t string2long(const std::string &text);
 
 /// Wide text is first narrowed by wstring2string(), which keeps eight bits of each element: U+0131 reads as the digit 1.
-int32_t wstring2int (const wstring &text);
+int32_t wstring2int(const wstring &text);
 int32_t wstring2long(const wstring &text);
 
 /// A size in bytes for people: whole "Bytes", "KB" or "MB", rounded down, in the smallest unit that needs no number above 1024.

@@ -62,7 +62,8 @@ extern "C" {
 /// and for text that is none: then "CFPropertyListCreateFromXMLData:REASON" is on standard error.
 CFMutableDictionaryRef CFDictionaryCreateMutableWithContentsOfURL(CFURLRef url);
 /// The same for a bundle's resource; a null bundle means the main one.
-CFMutableDictionaryRef CFDictionaryCreateMutableWithResource(CFStringRef name, CFStringRef type, CFStringRef subDirectory, CFBundleRef bundle);
+CFMutableDictionaryRef CFDictionaryCreateMutableWithResource(CFStringRef name, CFStringRef type,
+                                                             CFStringRef subDirectory, CFBundleRef bundle);
 /// Writes a dictionary as XML property-list text: the file is replaced whole, or left as it was (false).
 Boolean CFDictionaryWriteToURL(CFDictionaryRef dictionary, CFURLRef url);
 

@@ -8,7 +8,10 @@
 
 BOOL NSStringIsVoid(NSString *string) { return [string length] == 0; }
 
-BOOL NSStringIsEqual(NSString *string, NSString *other) { return string && other && [string isEqualToString:other]; }
+BOOL NSStringIsEqual(NSString *string, NSString *other)
+{
+    return string && other && [string isEqualToString:other];
+}
 
 Boolean CFStringIsVoid(CFStringRef string)
 {

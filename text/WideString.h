@@ -89,8 +89,14 @@ struct fn_wchar_traits {
         return to;
     }
 
-    static constexpr char_type to_char_type(const int_type &value) noexcept { return static_cast<char_type>(value); }
-    static constexpr int_type to_int_type(const char_type &element) noexcept { return static_cast<int_type>(element); }
+    static constexpr char_type to_char_type(const int_type &value) noexcept
+    {
+        return static_cast<char_type>(value);
+    }
+    static constexpr int_type to_int_type(const char_type &element) noexcept
+    {
+        return static_cast<int_type>(element);
+    }
     static constexpr bool eq_int_type(const int_type &a, const int_type &b) noexcept { return a == b; }
     static constexpr int_type eof() noexcept { return static_cast<int_type>(WEOF); }
     static constexpr int_type not_eof(const int_type &value) noexcept { return value == eof() ? 0 : value; }

@@ -11,11 +11,15 @@ struct ProviderTraits {
     static void close(Value provider) { CGDataProviderRelease(provider); }
 };
 
-bool isPNG(CFStringRef type) { return CFStringCompare(type, CFSTR("png"), kCFCompareCaseInsensitive) == kCFCompareEqualTo; }
+bool isPNG(CFStringRef type)
+{
+    return CFStringCompare(type, CFSTR("png"), kCFCompareCaseInsensitive) == kCFCompareEqualTo;
+}
 
 }  // namespace
 
-CGDataProviderRef CGDataProviderCreateWithBundleResource(CFStringRef name, CFStringRef type, CFBundleRef bundle)
+CGDataProviderRef CGDataProviderCreateWithBundleResource(CFStringRef name, CFStringRef type,
+                                                         CFBundleRef bundle)
 {
     if (!name || !type)
         return nullptr;

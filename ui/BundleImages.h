@@ -12,7 +12,8 @@
 extern "C" {
 #endif
 
-CGDataProviderRef CGDataProviderCreateWithBundleResource(CFStringRef name, CFStringRef type, CFBundleRef bundle);
+CGDataProviderRef CGDataProviderCreateWithBundleResource(CFStringRef name, CFStringRef type,
+                                                         CFBundleRef bundle);
 /// The type "png", in any case, is decoded as PNG; every other one, whatever it names, as JPEG.
 CGImageRef CGImageCreateWithBundleResource(CFStringRef name, CFStringRef type, CFBundleRef bundle);
 

@@ -10,22 +10,24 @@ CFMutableDataRef ControlCopyData(ControlRef control, ControlPartCode part, ResTy
         return nullptr;
     CFOwned<CFMutableDataRef> data(CFDataCreateMutable(nullptr, asked));
     CFDataSetLength(data.get(), asked);
-    if (GetControlData(control, part, tag, asked, CFDataGetMutableBytePtr(data.get()), &read) != noErr || read != asked)
+    if (GetControlData(control, part, tag, asked, CFDataGetMutableBytePtr(data.get()), &read) != noErr ||
+        read != asked)
         return nullptr;
     return data.release();
 }
 
 Boolean ControlSetData(ControlRef control, CFDataRef data, ControlPartCode part, ResType tag)
 {
-    return control && data && SetControlData(control, part, tag, CFDataGetLength(data), CFDataGetBytePtr(data)) == noErr;
+    return control && data &&
+           SetControlData(control, part, tag, CFDataGetLength(data), CFDataGetBytePtr(data)) == noErr;
 }
 
 CFMutableStringRef ControlCopyString(ControlRef control)
 {
     CFStringRef text = nullptr;
     Size read = 0;
-    if (!control ||
-        GetControlData(control, kControlEditTextPart, kControlEditTextCFStringTag, sizeof text, &text, &read) != noErr)
+    if (!control || GetControlData(control, kControlEditTextPart, kControlEditTextCFStringTag, sizeof text,
+                                   &text, &read) != noErr)
         return nullptr;
     const CFOwned<CFStringRef> owned(text);
     return owned && read == Size(sizeof text) ? CFStringCreateMutableCopy(nullptr, 0, text) : nullptr;
@@ -34,7 +36,8 @@ CFMutableStringRef ControlCopyString(ControlRef control)
 Boolean ControlSetString(ControlRef control, CFStringRef string)
 {
     return control && string &&
-           SetControlData(control, kControlEditTextPart, kControlEditTextCFStringTag, sizeof string, &string) == noErr;
+           SetControlData(control, kControlEditTextPart, kControlEditTextCFStringTag, sizeof string,
+                          &string) == noErr;
 }
 
 CFIndex ControlGetLength(ControlRef control)
@@ -47,8 +50,9 @@ CFRange ControlGetSelectionRange(ControlRef control)
 {
     ControlEditTextSelectionRec selection;
     Size read = 0;
-    if (!control || GetControlData(control, kControlEditTextPart, kControlEditTextSelectionTag, sizeof selection, &selection,
-                                   &read) != noErr ||
+    if (!control ||
+        GetControlData(control, kControlEditTextPart, kControlEditTextSelectionTag, sizeof selection,
+                       &selection, &read) != noErr ||
         read != Size(sizeof selection))
         return CFRangeMake(0, 0);
     return CFRangeMake(selection.selStart, selection.selEnd - selection.selStart);
@@ -58,6 +62,8 @@ OSStatus ControlSetSelectionRange(ControlRef control, const CFRange *range)
 {
     if (!control || !range)
         return noErr;
-    const ControlEditTextSelectionRec selection = {SInt16(range->location), SInt16(range->location + range->length)};
-    return SetControlData(control, kControlEditTextPart, kControlEditTextSelectionTag, sizeof selection, &selection);
+    const ControlEditTextSelectionRec selection = {SInt16(range->location),
+                                                   SInt16(range->location + range->length)};
+    return SetControlData(control, kControlEditTextPart, kControlEditTextSelectionTag, sizeof selection,
+                          &selection);
 }

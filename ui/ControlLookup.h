@@ -16,7 +16,8 @@ ControlRef ControlForControlID(WindowRef window, OSType signature, SInt32 id);
 HIViewRef HIViewFindFromView(HIViewRef view, OSType signature, SInt32 id);  ///< the view itself, or one in it
 HIViewRef HIViewFindFromWindow(WindowRef window, OSType signature, SInt32 id);
 
-int32_t ControlGetWindowRefCon(ControlRef control);  ///< the reference constant of its window, the lowest 32 bits
+int32_t
+ControlGetWindowRefCon(ControlRef control);  ///< the reference constant of its window, the lowest 32 bits
 
 /// May change what is proposed; false keeps the control as it is.
 typedef Boolean (*ControlSizeAdjuster)(const Rect *oldBounds, Rect *proposedBounds, void *userData);

@@ -21,7 +21,10 @@
     return self;
 }
 
-- (void)awakeFromNib { [self makeMembers]; }
+- (void)awakeFromNib
+{
+    [self makeMembers];
+}
 
 - (BOOL)makeMembers
 {

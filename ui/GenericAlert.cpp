@@ -25,8 +25,8 @@ using PascalText = std::unique_ptr<unsigned char, Freed>;
 
 PascalText pascalText(CFStringRef text)
 {
-    return PascalText(
-        CFStringAllocTECConvertedPascalString(text, CFStringGetSystemEncoding(), 0, nullptr, nullptr, nullptr));
+    return PascalText(CFStringAllocTECConvertedPascalString(text, CFStringGetSystemEncoding(), 0, nullptr,
+                                                            nullptr, nullptr));
 }
 
 /// What the callbacks are told.
@@ -62,10 +62,12 @@ SInt16 runOlderAlert(AlertType type, CFStringRef error, CFStringRef explanation,
 
 }  // namespace
 
-SInt16 DialogRunGenericAlert(AlertType alertType, WindowRef parent, Boolean movable, CFStringRef error, CFStringRef explanation,
-                             Boolean helpButton, CFStringRef defaultText, CFStringRef cancelText, CFStringRef otherText,
-                             UInt16 defaultButton, UInt16 cancelButton, UInt16 position, OptionBits flags, ModalFilterUPP filter,
-                             EventTargetRef notifyTarget, DialogRunCallback before, DialogRunCallback after, void *userData)
+SInt16 DialogRunGenericAlert(AlertType alertType, WindowRef parent, Boolean movable, CFStringRef error,
+                             CFStringRef explanation, Boolean helpButton, CFStringRef defaultText,
+                             CFStringRef cancelText, CFStringRef otherText, UInt16 defaultButton,
+                             UInt16 cancelButton, UInt16 position, OptionBits flags, ModalFilterUPP filter,
+                             EventTargetRef notifyTarget, DialogRunCallback before, DialogRunCallback after,
+                             void *userData)
 {
     const Callbacks callbacks{before, after, userData};
     if (systemVersion() < kFirstVersionWithStrings) {
@@ -108,7 +110,8 @@ SInt16 DialogRunGenericAlert(AlertType alertType, WindowRef parent, Boolean mova
         if (RunStandardAlert(dialog, filter, &item) != noErr)
             return 0;
     } else {
-        if (CreateStandardSheet(alertType, error, explanation, &look, notifyTarget, &dialog) != noErr || !dialog)
+        if (CreateStandardSheet(alertType, error, explanation, &look, notifyTarget, &dialog) != noErr ||
+            !dialog)
             return 0;
         callbacks.willRun(dialog);
         if (ShowSheetWindow(GetDialogWindow(dialog), parent) != noErr) {

@@ -12,7 +12,8 @@ struct NibTraits {
 tarvik::Handle<NibTraits> openNib(CFBundleRef bundle, CFStringRef name)
 {
     IBNibRef nib = nullptr;
-    if (!name || CreateNibReferenceWithCFBundle(bundle ? bundle : CFBundleGetMainBundle(), name, &nib) != noErr)
+    if (!name ||
+        CreateNibReferenceWithCFBundle(bundle ? bundle : CFBundleGetMainBundle(), name, &nib) != noErr)
         nib = nullptr;
     return tarvik::Handle<NibTraits>(nib);
 }
@@ -34,5 +35,6 @@ WindowRef WindowCreateFromNibNameInBundle(CFStringRef nibName, CFStringRef windo
 {
     const auto nib = openNib(bundle, nibName);
     WindowRef window = nullptr;
-    return nib && windowName && CreateWindowFromNib(nib.get(), windowName, &window) == noErr ? window : nullptr;
+    return nib && windowName && CreateWindowFromNib(nib.get(), windowName, &window) == noErr ? window
+                                                                                             : nullptr;
 }

@@ -12,9 +12,10 @@
 extern "C" {
 #endif
 
-Boolean MenuBarSetFromNibName(CFStringRef nibName, CFStringRef menuBarName);  ///< of the main bundle
+Boolean MenuBarSetFromNibName(CFStringRef nibName, CFStringRef menuBarName);     ///< of the main bundle
 WindowRef WindowCreateFromNibName(CFStringRef nibName, CFStringRef windowName);  ///< of the main bundle
-WindowRef WindowCreateFromNibNameInBundle(CFStringRef nibName, CFStringRef windowName, CFBundleRef bundle);  ///< null: the main one
+WindowRef WindowCreateFromNibNameInBundle(CFStringRef nibName, CFStringRef windowName,
+                                          CFBundleRef bundle);  ///< null: the main one
 
 #ifdef __cplusplus
 }

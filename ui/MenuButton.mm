@@ -13,7 +13,10 @@
     [self setAction:@selector(popPulldownMenu:)];
 }
 
-- (void)setPulldownMenu:(NSMenu *)menu { vPulldownMenu = menu; }
+- (void)setPulldownMenu:(NSMenu *)menu
+{
+    vPulldownMenu = menu;
+}
 
 - (IBAction)popPulldownMenu:(id)sender
 {
@@ -26,15 +29,16 @@
     NSWindow *window = [self window];
     NSView *superview = [self superview];
     const NSPoint corner = [self leftBottom];
-    NSEvent *event = [NSEvent mouseEventWithType:NSLeftMouseUp
-                                        location:superview ? [superview convertPoint:corner toView:nil] : corner
-                                   modifierFlags:NSControlKeyMask
-                                       timestamp:0
-                                    windowNumber:[window windowNumber]
-                                         context:[window graphicsContext]
-                                     eventNumber:0
-                                      clickCount:0
-                                        pressure:0];
+    NSEvent *event =
+        [NSEvent mouseEventWithType:NSLeftMouseUp
+                           location:superview ? [superview convertPoint:corner toView:nil] : corner
+                      modifierFlags:NSControlKeyMask
+                          timestamp:0
+                       windowNumber:[window windowNumber]
+                            context:[window graphicsContext]
+                        eventNumber:0
+                         clickCount:0
+                           pressure:0];
     NSMenu *menu = vPulldownMenu ? vPulldownMenu : [self menuForEvent:event];
     if (menu && show)
         [NSMenu popUpContextMenu:menu withEvent:event forView:self];

@@ -2,5 +2,8 @@
 #import <Tarvik/ui/NSDocument+Current.h>
 
 @implementation NSDocument (AppKitX)
-+ (id)current { return [[NSDocumentController sharedDocumentController] currentDocument]; }
++ (id)current
+{
+    return [[NSDocumentController sharedDocumentController] currentDocument];
+}
 @end

@@ -36,7 +36,8 @@ constexpr int32_t kNoSuchStyle = -2, kBegun = 1;
     NSString *format = message ? message : @"";
     if (!parent)
         return int32_t(styles[style].run(title, format, defaultButton, alternateButton, otherButton));
-    styles[style].begin(title, defaultButton, alternateButton, otherButton, parent, delegate, didEnd, didDismiss, context, format);
+    styles[style].begin(title, defaultButton, alternateButton, otherButton, parent, delegate, didEnd,
+                        didDismiss, context, format);
     return kBegun;
 }
 

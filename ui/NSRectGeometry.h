@@ -21,10 +21,10 @@ extern "C" {
 #endif
 
 // Read.
-CGFloat NSRectLeft(const NSRect *rect);        ///< x
-CGFloat NSRectRight(const NSRect *rect);       ///< x + width
-CGFloat NSRectBottom(const NSRect *rect);      ///< y
-CGFloat NSRectTop(const NSRect *rect);         ///< y + height
+CGFloat NSRectLeft(const NSRect *rect);    ///< x
+CGFloat NSRectRight(const NSRect *rect);   ///< x + width
+CGFloat NSRectBottom(const NSRect *rect);  ///< y
+CGFloat NSRectTop(const NSRect *rect);     ///< y + height
 CGFloat NSRectWidth(const NSRect *rect);
 CGFloat NSRectHeight(const NSRect *rect);
 NSPoint NSRectLeftBottom(const NSRect *rect);

@@ -48,7 +48,8 @@ NSPoint NSRectRightTop(const NSRect *rect) { return NSMakePoint(NSRectRight(rect
 
 NSPoint NSRectCenter(const NSRect *rect)
 {
-    return rect ? NSMakePoint(rect->origin.x + rect->size.width * 0.5, rect->origin.y + rect->size.height * 0.5)
+    return rect ? NSMakePoint(rect->origin.x + rect->size.width * 0.5,
+                              rect->origin.y + rect->size.height * 0.5)
                 : NSZeroPoint;
 }
 

@@ -4,11 +4,15 @@
 
 @implementation NSString (AppKitX)
 
-- (BOOL)open { return [[NSWorkspace sharedWorkspace] openFile:[self stringByExpandingTildeInPath]]; }
+- (BOOL)open
+{
+    return [[NSWorkspace sharedWorkspace] openFile:[self stringByExpandingTildeInPath]];
+}
 
 - (BOOL)show
 {
-    return [[NSWorkspace sharedWorkspace] selectFile:[self stringByExpandingTildeInPath] inFileViewerRootedAtPath:@""];
+    return [[NSWorkspace sharedWorkspace] selectFile:[self stringByExpandingTildeInPath]
+                            inFileViewerRootedAtPath:@""];
 }
 
 - (BOOL)openAsURL

@@ -8,7 +8,10 @@
 
 @implementation NSTableView (AppKitX)
 
-- (NSInteger)mouseOverRow { return [self rowAtPoint:[self mouseLocation]]; }
+- (NSInteger)mouseOverRow
+{
+    return [self rowAtPoint:[self mouseLocation]];
+}
 
 - (NSInteger)topSelectedRow
 {
@@ -21,7 +24,9 @@
 {
     NSIndexSet *rows = [self selectedRowIndexes];
     NSInteger last = [rows count] ? std::min(NSInteger([rows lastIndex]), [self numberOfRows] - 1) : -1;
-    while (last > 0 && ![rows containsIndex:NSUInteger(last)])  // rows that went, but were not told of, are still selected
+    while (
+        last > 0 &&
+        ![rows containsIndex:NSUInteger(last)])  // rows that went, but were not told of, are still selected
         --last;
     return last > 0 ? last : -1;
 }

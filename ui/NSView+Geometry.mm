@@ -23,6 +23,7 @@ void change(NSView *view, void (*function)(NSRect *, Value), Value value)
 
 @implementation NSView (AppKitX)
 
+// clang-format off
 - (CGFloat)left { return ask(self, NSRectLeft); }
 - (CGFloat)right { return ask(self, NSRectRight); }
 - (CGFloat)top { return ask(self, NSRectTop); }
@@ -63,6 +64,7 @@ void change(NSView *view, void (*function)(NSRect *, Value), Value value)
 - (void)getTabFocus { [[self window] makeFirstResponder:self]; }
 - (void)forwardTabFocus { [[self window] selectKeyViewFollowingView:self]; }
 - (void)backTabFocus { [[self window] selectKeyViewPrecedingView:self]; }
+// clang-format on
 
 - (BOOL)unuseFromSuperview
 {
@@ -96,5 +98,8 @@ void change(NSView *view, void (*function)(NSRect *, Value), Value value)
 @end
 
 @implementation NSWindow (AppKitXMouse)
-- (NSPoint)mouseLocation { return [self convertScreenToBase:[NSEvent mouseLocation]]; }
+- (NSPoint)mouseLocation
+{
+    return [self convertScreenToBase:[NSEvent mouseLocation]];
+}
 @end

@@ -11,7 +11,10 @@
 
 @interface NSWindow (AppKitXSheets)
 /// Begins the receiver as a sheet of the window; returns at once.
-- (void)beginSheetForWindow:(NSWindow *)window modalDelegate:(id)delegate didEndSelector:(SEL)didEnd contextInfo:(void *)context;
+- (void)beginSheetForWindow:(NSWindow *)window
+              modalDelegate:(id)delegate
+             didEndSelector:(SEL)didEnd
+                contextInfo:(void *)context;
 /// Ends the sheet and closes it; the selector's code is the platform's for a stopped session, or the given one.
 - (void)closeSheet;
 - (void)closeSheetWithReturnCode:(int32_t)code;

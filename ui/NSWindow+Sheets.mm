@@ -14,9 +14,16 @@ struct WindowTraits {
 
 @implementation NSWindow (AppKitXSheets)
 
-- (void)beginSheetForWindow:(NSWindow *)window modalDelegate:(id)delegate didEndSelector:(SEL)didEnd contextInfo:(void *)context
+- (void)beginSheetForWindow:(NSWindow *)window
+              modalDelegate:(id)delegate
+             didEndSelector:(SEL)didEnd
+                contextInfo:(void *)context
 {
-    [NSApp beginSheet:self modalForWindow:window modalDelegate:delegate didEndSelector:didEnd contextInfo:context];
+    [NSApp beginSheet:self
+        modalForWindow:window
+         modalDelegate:delegate
+        didEndSelector:didEnd
+           contextInfo:context];
 }
 
 - (void)closeSheet

@@ -16,7 +16,9 @@
 
 /// The path of an application: of this bundle identifier, else of this creator code (four characters), else of this name. Each may be nil. Nil
 /// when there is none.
-- (NSString *)applicationForName:(NSString *)name creator:(NSString *)creator identifier:(NSString *)identifier;
+- (NSString *)applicationForName:(NSString *)name
+                         creator:(NSString *)creator
+                      identifier:(NSString *)identifier;
 
 /// The bundle of the frontmost process, and its bundle identifier. Nil without one; the latter also for a process that has no bundle.
 - (NSString *)frontProcessPath;

@@ -7,10 +7,13 @@
 
 @implementation NSWorkspace (AppKitX)
 
-- (NSString *)applicationForName:(NSString *)name creator:(NSString *)creator identifier:(NSString *)identifier
+- (NSString *)applicationForName:(NSString *)name
+                         creator:(NSString *)creator
+                      identifier:(NSString *)identifier
 {
     FSRef application;
-    const OSStatus error = LSFindApplicationForInfo([creator OSType], (CFStringRef)identifier, (CFStringRef)name, &application, nullptr);
+    const OSStatus error = LSFindApplicationForInfo([creator OSType], (CFStringRef)identifier,
+                                                    (CFStringRef)name, &application, nullptr);
     return error == noErr ? [NSString stringWithFSRef:&application] : nil;
 }
 
@@ -20,7 +23,10 @@
     return FSGetFrontProcess(&front) ? [NSString stringWithFSRef:&front] : nil;
 }
 
-- (NSString *)frontProcessIdentifier { return [[NSBundle bundleWithPath:[self frontProcessPath]] bundleIdentifier]; }
+- (NSString *)frontProcessIdentifier
+{
+    return [[NSBundle bundleWithPath:[self frontProcessPath]] bundleIdentifier];
+}
 
 - (BOOL)launchApplication:(NSString *)name withLaunchFlags:(LSLaunchFlags)flags
 {

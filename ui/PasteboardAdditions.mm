@@ -17,7 +17,16 @@ NSPasteboard *pasteboardWith(id object, NSString *type)
 }  // namespace
 
 @implementation NSObject (PasteboardAdditions)
-- (NSData *)pasteboardDataForType:(NSString *)type { return [pasteboardWith(self, type) dataForType:type]; }
-- (id)pasteboardPropertyListForType:(NSString *)type { return [pasteboardWith(self, type) propertyListForType:type]; }
-- (NSString *)pasteboardStringForType:(NSString *)type { return [pasteboardWith(self, type) stringForType:type]; }
+- (NSData *)pasteboardDataForType:(NSString *)type
+{
+    return [pasteboardWith(self, type) dataForType:type];
+}
+- (id)pasteboardPropertyListForType:(NSString *)type
+{
+    return [pasteboardWith(self, type) propertyListForType:type];
+}
+- (NSString *)pasteboardStringForType:(NSString *)type
+{
+    return [pasteboardWith(self, type) stringForType:type];
+}
 @end

@@ -14,15 +14,20 @@ extern "C" {
 #endif
 
 // Move: the length stays.
-void    CFRangeMove(CFRange *range, CFIndex distance);        ///< not below 0
-Boolean CFRangeMoveLeftTo(CFRange *range, CFIndex location);  ///< false, nothing changed, below 0; for null too it says whether the location is 0 or more
-void    CFRangeMoveRightTo(CFRange *range, CFIndex end);      ///< not below 0
+void CFRangeMove(CFRange *range, CFIndex distance);  ///< not below 0
+Boolean CFRangeMoveLeftTo(
+    CFRange *range,
+    CFIndex
+        location);  ///< false, nothing changed, below 0; for null too it says whether the location is 0 or more
+void CFRangeMoveRightTo(CFRange *range, CFIndex end);  ///< not below 0
 
 // Resize: one end moves, the other stays. A positive difference grows the range.
-void CFRangeResizeLeft(CFRange *range, CFIndex difference);                  ///< not below 0, not beyond the right end
-void CFRangeResizeLeftTo(CFRange *range, CFIndex location);                  ///< likewise
-void CFRangeResizeRight(CFRange *range, CFIndex difference, CFIndex limit);  ///< down to length 0; the right end not beyond the limit; a negative limit is none
-void CFRangeResizeRightTo(CFRange *range, CFIndex end);                      ///< length 0 when the end lies before the location
+void CFRangeResizeLeft(CFRange *range, CFIndex difference);  ///< not below 0, not beyond the right end
+void CFRangeResizeLeftTo(CFRange *range, CFIndex location);  ///< likewise
+void CFRangeResizeRight(
+    CFRange *range, CFIndex difference,
+    CFIndex limit);  ///< down to length 0; the right end not beyond the limit; a negative limit is none
+void CFRangeResizeRightTo(CFRange *range, CFIndex end);  ///< length 0 when the end lies before the location
 
 #ifdef __cplusplus
 }

@@ -4,7 +4,8 @@ Rect RectMake(int16_t top, int16_t left, int16_t bottom, int16_t right) { return
 
 Boolean RectIsEqualTo(Rect rect, Rect other)
 {
-    return rect.top == other.top && rect.left == other.left && rect.bottom == other.bottom && rect.right == other.right;
+    return rect.top == other.top && rect.left == other.left && rect.bottom == other.bottom &&
+           rect.right == other.right;
 }
 
 int16_t RectRight(const Rect *rect) { return rect ? rect->right : 0; }

@@ -13,16 +13,17 @@
 extern "C" {
 #endif
 
-Rect    RectMake(int16_t top, int16_t left, int16_t bottom, int16_t right);
+Rect RectMake(int16_t top, int16_t left, int16_t bottom, int16_t right);
 Boolean RectIsEqualTo(Rect rect, Rect other);
 
 int16_t RectRight(const Rect *rect);
 int16_t RectWidth(const Rect *rect);  ///< right - left
 
 void RectHorizontalMove(Rect *rect, int16_t distance);
-void RectLeftMoveTo(Rect *rect, int16_t left);          ///< the right edge stays: the width changes, unlike NSRectLeftMoveTo
-void RectRightMoveTo(Rect *rect, int16_t right);        ///< the width stays
-void RectRightResize(Rect *rect, int16_t difference);   ///< without a limit
+void RectLeftMoveTo(Rect *rect,
+                    int16_t left);  ///< the right edge stays: the width changes, unlike NSRectLeftMoveTo
+void RectRightMoveTo(Rect *rect, int16_t right);       ///< the width stays
+void RectRightResize(Rect *rect, int16_t difference);  ///< without a limit
 
 #ifdef __cplusplus
 }

@@ -17,7 +17,8 @@ CFMutableDataRef ScrapCopyDataOfFlavor(ScrapRef scrap, ScrapFlavorType flavor)
     CFOwned<CFMutableDataRef> data(CFDataCreateMutable(nullptr, asked));
     CFDataSetLength(data.get(), asked);
     Size read = asked;
-    if (GetScrapFlavorData(scrap, flavor, &read, CFDataGetMutableBytePtr(data.get())) != noErr || read != asked)
+    if (GetScrapFlavorData(scrap, flavor, &read, CFDataGetMutableBytePtr(data.get())) != noErr ||
+        read != asked)
         return nullptr;
     return data.release();
 }
@@ -26,6 +27,7 @@ CFMutableStringRef ScrapCopyString(ScrapRef scrap)
 {
     const CFOwned<CFMutableDataRef> data(ScrapCopyDataOfFlavor(scrap, kScrapFlavorTypeText));
     const CFOwned<CFStringRef> text(
-        data ? CFStringCreateFromExternalRepresentation(nullptr, data.get(), CFStringGetSystemEncoding()) : nullptr);
+        data ? CFStringCreateFromExternalRepresentation(nullptr, data.get(), CFStringGetSystemEncoding())
+             : nullptr);
     return text ? CFStringCreateMutableCopy(nullptr, 0, text.get()) : nullptr;
 }

@@ -57,8 +57,14 @@ void sort(NSMutableArray *rows, TableController *controller)
     [self noteRowsChanged];
 }
 
-- (void)deleteForward:(id)sender { [self delete:sender]; }
-- (void)deleteBackward:(id)sender { [self delete:sender]; }
+- (void)deleteForward:(id)sender
+{
+    [self delete:sender];
+}
+- (void)deleteBackward:(id)sender
+{
+    [self delete:sender];
+}
 
 - (void)cut:(id)sender
 {

@@ -10,7 +10,9 @@
 
 @implementation TableController (Columns)
 
-- (NSMutableArray *)datasourceOfColumn:(id)identifier visibleValue:(BOOL)visible onlySelected:(BOOL)onlySelected
+- (NSMutableArray *)datasourceOfColumn:(id)identifier
+                          visibleValue:(BOOL)visible
+                          onlySelected:(BOOL)onlySelected
 {
     id key = tarvik::columnKey(identifier);
     NSMutableArray *values = [NSMutableArray array];
@@ -39,7 +41,10 @@
     return [self datasourceOfColumn:identifier visibleValue:visible onlySelected:YES];
 }
 
-- (BOOL)insertDatasourceArray:(NSArray *)values ofColumn:(id)identifier visibleValue:(BOOL)visible atIndex:(int32_t)index
+- (BOOL)insertDatasourceArray:(NSArray *)values
+                     ofColumn:(id)identifier
+                 visibleValue:(BOOL)visible
+                      atIndex:(int32_t)index
 {
     const char *const signature = "-[TableController insertDatasourceArray:ofColumn:visibleValue:atIndex:]";
     return tarvik::guarded(signature, __LINE__, BOOL(NO), [&]() -> BOOL {
@@ -88,7 +93,9 @@
            tarvik::setValueInRow(mDatasourceArray, NSUInteger(row), value, key);
 }
 
-- (BOOL)replaceSelectionWithDatasourceArray:(NSArray *)values ofColumn:(id)identifier visibleValue:(BOOL)visible
+- (BOOL)replaceSelectionWithDatasourceArray:(NSArray *)values
+                                   ofColumn:(id)identifier
+                               visibleValue:(BOOL)visible
 {
     const char *const signature =
         "-[TableController replaceSelectionWithDatasourceArray:ofColumn:visibleValue:]";

@@ -35,7 +35,10 @@ void removeObjects(NSMutableArray *array, const std::vector<NSUInteger> &indexes
 
 @implementation TableController (Rows)
 
-- (NSMutableArray *)datasourceArray { return mDatasourceArray; }
+- (NSMutableArray *)datasourceArray
+{
+    return mDatasourceArray;
+}
 
 - (NSMutableArray *)selectedDatasourceArray
 {
@@ -58,7 +61,10 @@ void removeObjects(NSMutableArray *array, const std::vector<NSUInteger> &indexes
     return selected >= 0 && NSUInteger(selected) < [mDatasourceArray count] ? int32_t(selected) + 1 : 0;
 }
 
-- (int32_t)insertIndexToReplace { return std::max(int32_t([vTableView topSelectedRow]), 0); }
+- (int32_t)insertIndexToReplace
+{
+    return std::max(int32_t([vTableView topSelectedRow]), 0);
+}
 
 - (NSMutableDictionary *)initialRowDatasourceForIndex:(int32_t)index
 {

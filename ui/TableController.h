@@ -36,13 +36,14 @@
 @class NSArray, NSData, NSMutableArray, NSMutableData, NSMutableDictionary, NSString, NSTableColumn;
 
 @interface TableController : NSResponder {
-    NSTableView *vTableView;          // retained
-    NSResponder *vPreviousResponder;  // outlet: whom the controller follows in the chain; nil: the table; not retained
+    NSTableView *vTableView;  // retained
+    NSResponder *
+        vPreviousResponder;  // outlet: whom the controller follows in the chain; nil: the table; not retained
     NSMutableArray *mDatasourceArray;
-    NSString *mDatasourceUDKey;       // retained, not copied; nil: the rows are not kept
-    id mDelegate;                     // not retained
+    NSString *mDatasourceUDKey;  // retained, not copied; nil: the rows are not kept
+    id mDelegate;                // not retained
     BOOL mAutosetWindowEdited;
-    BOOL mDontDeselectTemporary;      // while surplus rows of a replacement are added
+    BOOL mDontDeselectTemporary;  // while surplus rows of a replacement are added
 }
 
 /// Without a table, the rows empty. A controller of an interface file is wired by `awakeFromNib`.
@@ -158,12 +159,17 @@
 /// One column's values. A nil identifier means "<default>". With visibleValue the delegate's conversions apply.
 @interface TableController (Columns)
 /// Nil as soon as one row has no value.
-- (NSMutableArray *)datasourceOfColumn:(id)identifier visibleValue:(BOOL)visible onlySelected:(BOOL)onlySelected;
+- (NSMutableArray *)datasourceOfColumn:(id)identifier
+                          visibleValue:(BOOL)visible
+                          onlySelected:(BOOL)onlySelected;
 - (NSMutableArray *)datasourceOfColumn:(id)identifier visibleValue:(BOOL)visible;
 - (NSMutableArray *)selectedDatasourceOfColumn:(id)identifier visibleValue:(BOOL)visible;
 /// Makes a row of each value. Values that the delegate converts to nil are left out; it is given the value's position in the array as its row.
 /// NO for nil.
-- (BOOL)insertDatasourceArray:(NSArray *)values ofColumn:(id)identifier visibleValue:(BOOL)visible atIndex:(int32_t)index;
+- (BOOL)insertDatasourceArray:(NSArray *)values
+                     ofColumn:(id)identifier
+                 visibleValue:(BOOL)visible
+                      atIndex:(int32_t)index;
 - (BOOL)setDatasourceArray:(NSArray *)values ofColumn:(id)identifier visibleValue:(BOOL)visible;
 - (BOOL)addDatasourceArray:(NSArray *)values ofColumn:(id)identifier visibleValue:(BOOL)visible;
 /// Neither tells the table nor marks the window. NO for nil, also from the delegate, and for no such row.
@@ -171,7 +177,9 @@
 /// Puts values into the selected rows, in order, and adds rows of the surplus. The first value that can't be stored ends it
 /// (NO). At the end the selected rows behind the last place are removed; callers rely on that taking in rows just added
 /// there.
-- (BOOL)replaceSelectionWithDatasourceArray:(NSArray *)values ofColumn:(id)identifier visibleValue:(BOOL)visible;
+- (BOOL)replaceSelectionWithDatasourceArray:(NSArray *)values
+                                   ofColumn:(id)identifier
+                               visibleValue:(BOOL)visible;
 @end
 
 /// What a delegate may implement; asked for before each use.

@@ -20,7 +20,10 @@
     return self;
 }
 
-- (id)initWithTableView:(NSTableView *)table { return [self initWithTableView:table userDefaultKey:nil]; }
+- (id)initWithTableView:(NSTableView *)table
+{
+    return [self initWithTableView:table userDefaultKey:nil];
+}
 
 - (id)initWithTableView:(NSTableView *)table userDefaultKey:(NSString *)key
 {
@@ -32,8 +35,14 @@
 }
 
 // The outlets, as an interface file sets them: without these the platform would retain what it sets.
-- (void)setVTableView:(NSTableView *)table { vTableView = table; }
-- (void)setVPreviousResponder:(NSResponder *)responder { vPreviousResponder = responder; }
+- (void)setVTableView:(NSTableView *)table
+{
+    vTableView = table;
+}
+- (void)setVPreviousResponder:(NSResponder *)responder
+{
+    vPreviousResponder = responder;
+}
 
 - (void)awakeFromNib
 {
@@ -51,7 +60,10 @@
     [super dealloc];
 }
 
-- (NSTableView *)tableView { return vTableView; }
+- (NSTableView *)tableView
+{
+    return vTableView;
+}
 
 - (void)setTableView:(NSTableView *)table
 {
@@ -62,7 +74,10 @@
     [self connectViewToModel];
 }
 
-- (NSString *)userDefaultKey { return mDatasourceUDKey; }
+- (NSString *)userDefaultKey
+{
+    return mDatasourceUDKey;
+}
 
 - (void)setUserDefaultKey:(NSString *)key andLoad:(BOOL)load
 {
@@ -73,7 +88,10 @@
         [self loadDatasource];
 }
 
-- (id)delegate { return mDelegate; }
+- (id)delegate
+{
+    return mDelegate;
+}
 
 - (void)setDelegate:(id)delegate
 {
@@ -81,8 +99,14 @@
     [vTableView setDelegate:delegate];
 }
 
-- (BOOL)autosetWindowEdited { return mAutosetWindowEdited; }
-- (void)setAutosetWindowEdited:(BOOL)flag { mAutosetWindowEdited = flag; }
+- (BOOL)autosetWindowEdited
+{
+    return mAutosetWindowEdited;
+}
+- (void)setAutosetWindowEdited:(BOOL)flag
+{
+    mAutosetWindowEdited = flag;
+}
 
 - (void)setDropTargetForTypes:(NSArray *)types
 {
@@ -204,16 +228,18 @@
 
 - (BOOL)tableView:(NSTableView *)table writeRows:(NSArray *)rows toPasteboard:(NSPasteboard *)pasteboard
 {
-    return [mDelegate respondsToSelector:_cmd] &&
-           [mDelegate tableView:table writeRows:rows toPasteboard:pasteboard];
+    return [mDelegate respondsToSelector:_cmd] && [mDelegate tableView:table
+                                                             writeRows:rows
+                                                          toPasteboard:pasteboard];
 }
 
 - (BOOL)tableView:(NSTableView *)table
     writeRowsWithIndexes:(NSIndexSet *)rows
             toPasteboard:(NSPasteboard *)pasteboard
 {
-    return [mDelegate respondsToSelector:_cmd] &&
-           [mDelegate tableView:table writeRowsWithIndexes:rows toPasteboard:pasteboard];
+    return [mDelegate respondsToSelector:_cmd] && [mDelegate tableView:table
+                                                      writeRowsWithIndexes:rows
+                                                              toPasteboard:pasteboard];
 }
 
 - (NSDragOperation)tableView:(NSTableView *)table
@@ -231,8 +257,10 @@
               row:(NSInteger)row
     dropOperation:(NSTableViewDropOperation)operation
 {
-    return [mDelegate respondsToSelector:_cmd] &&
-           [mDelegate tableView:table acceptDrop:info row:row dropOperation:operation];
+    return [mDelegate respondsToSelector:_cmd] && [mDelegate tableView:table
+                                                            acceptDrop:info
+                                                                   row:row
+                                                         dropOperation:operation];
 }
 
 // The question that menu validation asks, and the table view before it drags. Selectors are compared by name, whatever

@@ -50,7 +50,8 @@ void selectRows(NSTableView *table, uint32_t first, uint32_t last)
     const NSInteger count = [table numberOfRows];
     if (count <= 0)
         return;
-    const NSInteger top = std::min<NSInteger>(first, count - 1), bottom = std::min<NSInteger>(last, count - 1);
+    const NSInteger top = std::min<NSInteger>(first, count - 1),
+                    bottom = std::min<NSInteger>(last, count - 1);
     if ([table allowsMultipleSelection] && top < bottom) {
         const NSRange rows = NSMakeRange(NSUInteger(top), NSUInteger(bottom - top) + 1);
         [table selectRowIndexes:[NSIndexSet indexSetWithIndexesInRange:rows] byExtendingSelection:YES];

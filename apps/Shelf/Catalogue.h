@@ -23,7 +23,7 @@ extern NSString *const kSize;      // bytes, a number
 extern NSString *const kChecksum;  // SHA-1 in lower-case hexadecimal, once it was computed
 extern NSString *const kLabel;     // 0 (none) to 7: the toolkit's label colours
 extern NSString *const kNote;
-extern NSString *const kAlias;     // the alias record's bytes
+extern NSString *const kAlias;  // the alias record's bytes
 /// The user defaults' key of all rows.
 extern NSString *const kImagesDefault;
 

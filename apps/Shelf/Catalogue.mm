@@ -16,12 +16,13 @@
 namespace shelf {
 
 NSString *const kName = @"name", *const kPath = @"path", *const kMounted = @"mounted", *const kSize = @"size",
-                *const kChecksum = @"checksum", *const kLabel = @"label", *const kNote = @"note", *const kAlias = @"alias",
-                *const kImagesDefault = @"Images";
+                *const kChecksum = @"checksum", *const kLabel = @"label", *const kNote = @"note",
+                *const kAlias = @"alias", *const kImagesDefault = @"Images";
 
 namespace {
 
-NSString *const kLabelNames[kLabelCount] = {@"None", @"Red", @"Orange", @"Yellow", @"Blue", @"Purple", @"Green", @"Gray"};
+NSString *const kLabelNames[kLabelCount] = {@"None", @"Red",    @"Orange", @"Yellow",
+                                            @"Blue", @"Purple", @"Green",  @"Gray"};
 
 /// The value, if it is of the class.
 id value(id row, NSString *key, Class kind)
@@ -42,7 +43,10 @@ NSString *because(NSString *path, NSString *reason)
     return [NSString stringWithFormat:@"“%@”: %@", [path lastPathComponent], reason];
 }
 
-NSComparisonResult order(int64_t a, int64_t b) { return a < b ? NSOrderedAscending : a > b ? NSOrderedDescending : NSOrderedSame; }
+NSComparisonResult order(int64_t a, int64_t b)
+{
+    return a < b ? NSOrderedAscending : a > b ? NSOrderedDescending : NSOrderedSame;
+}
 
 }  // namespace
 
@@ -51,7 +55,8 @@ NSString *labelName(int index) { return index >= 0 && index < kLabelCount ? kLab
 NSString *fullPath(NSString *path)
 {
     std::error_code failed;
-    const auto full = std::filesystem::weakly_canonical(tarvik::utf8([path stringByExpandingTildeInPath]).value_or(""), failed);
+    const auto full = std::filesystem::weakly_canonical(
+        tarvik::utf8([path stringByExpandingTildeInPath]).value_or(""), failed);
     NSString *found = failed ? nil : tarvik::nsstring(full.native());
     return found ? found : path;
 }
@@ -64,11 +69,16 @@ NSMutableDictionary *rowForImage(NSString *given, NSString *&failure)
     if (bytes.empty() || stat(bytes.c_str(), &status) != 0)
         return failure = because(path, [@"There is no such file." localize]), nil;
     if (S_ISDIR(status.st_mode))
-        return failure = because(path, [@"This is a folder. Choose New Image from Folder to make an image of it." localize]), nil;
+        return failure =
+                   because(path, [@"This is a folder. Choose New Image from Folder to make an image of it."
+                                     localize]),
+               nil;
     if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode))
         return failure = because(path, [@"This is no disk image." localize]), nil;
     if (access(bytes.c_str(), R_OK) != 0)
-        return failure = because(path, [@"You may not read this file. Ask its owner for the permission." localize]), nil;
+        return failure =
+                   because(path, [@"You may not read this file. Ask its owner for the permission." localize]),
+               nil;
     NSMutableDictionary *row = [NSMutableDictionary dictionary];
     [row setObject:[[path lastPathComponent] stringByDeletingPathExtension] forKey:kName];
     [row setObject:path forKey:kPath];
@@ -116,7 +126,8 @@ NSComparisonResult compare(id row, id other, NSString *key, NSDictionary *mounts
     if ([key isEqual:kLabel])
         return order(label(row), label(other));
     if ([key isEqual:kMounted]) {
-        NSString *one = [mounts objectForKey:text(row, kPath)], *two = [mounts objectForKey:text(other, kPath)];
+        NSString *one = [mounts objectForKey:text(row, kPath)],
+                 *two = [mounts objectForKey:text(other, kPath)];
         return [one ? one : @"" caseInsensitiveCompare:two ? two : @""];
     }
     return [text(row, key) caseInsensitiveCompare:text(other, key)];
@@ -130,7 +141,8 @@ NSArray *snapshot(NSArray *rows)
             continue;
         NSData *alias = value(row, kAlias, [NSData class]);
         NSString *path = [[text(row, kPath) copy] autorelease];
-        [copies addObject:[NSDictionary dictionaryWithObjectsAndKeys:path, kPath, [[alias copy] autorelease], kAlias, nil]];
+        [copies addObject:[NSDictionary dictionaryWithObjectsAndKeys:path, kPath, [[alias copy] autorelease],
+                                                                     kAlias, nil]];
     }
     return copies;
 }
@@ -153,7 +165,8 @@ Survey survey(NSArray *rows)
         else
             [missing addObject:path];
     }
-    return {tarvik::retain<NSDictionary>(mounts), tarvik::retain<NSSet>(missing), tarvik::retain<NSDictionary>(moved)};
+    return {tarvik::retain<NSDictionary>(mounts), tarvik::retain<NSSet>(missing),
+            tarvik::retain<NSDictionary>(moved)};
 }
 
 NSMutableSet *pathsOf(NSArray *rows)
@@ -191,7 +204,8 @@ NSArray *adoptedRows(id rows)
                 [own setObject:text(row, key) forKey:key];
         }
         for (NSString *key : {kSize, kLabel})
-            [own setObject:[NSNumber numberWithLongLong:[key isEqual:kLabel] ? label(row) : number(row, key)] forKey:key];
+            [own setObject:[NSNumber numberWithLongLong:[key isEqual:kLabel] ? label(row) : number(row, key)]
+                    forKey:key];
         if (NSData *alias = value(row, kAlias, [NSData class]))
             [own setObject:alias forKey:kAlias];
         [adopted addObject:own];

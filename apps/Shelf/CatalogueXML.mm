@@ -44,8 +44,9 @@ void append(std::string &xml, const char *name, NSString *value)
 /// way back, entity after entity, does not give.
 std::string unescaped(const std::string &text)
 {
-    static const std::pair<std::string, char> references[] = {{"&amp;", '&'}, {"&quot;", '"'}, {"&apos;", '\''}, {"&lt;", '<'},
-                                                              {"&gt;", '>'},  {"&#13;", '\r'}, {"&#10;", '\n'}};
+    static const std::pair<std::string, char> references[] = {
+        {"&amp;", '&'}, {"&quot;", '"'}, {"&apos;", '\''}, {"&lt;", '<'},
+        {"&gt;", '>'},  {"&#13;", '\r'}, {"&#10;", '\n'}};
     std::string out;
     for (size_t i = 0; i < text.size();) {
         size_t length = 1;
@@ -111,7 +112,8 @@ std::optional<NSArray *> rowsOfXML(const std::string &xml)
     NSMutableArray *rows = [NSMutableArray arrayWithCapacity:images.size()];
     for (const std::string &image : images) {
         NSMutableDictionary *row = [NSMutableDictionary dictionary];
-        for (const auto &[key, name] : {std::pair{kName, "name"}, {kPath, "path"}, {kChecksum, "sha1"}, {kNote, "note"}}) {
+        for (const auto &[key, name] :
+             {std::pair{kName, "name"}, {kPath, "path"}, {kChecksum, "sha1"}, {kNote, "note"}}) {
             if (NSString *value = element(image, name))
                 [row setObject:value forKey:key];
         }

@@ -12,12 +12,16 @@ public:
     Closure &operator=(const Closure &) = delete;
     Closure &operator=(Function function)
     {
-        delete static_cast<Function *>(std::exchange(function_, function ? new Function(std::move(function)) : nullptr));
+        delete static_cast<Function *>(
+            std::exchange(function_, function ? new Function(std::move(function)) : nullptr));
         return *this;
     }
     explicit operator bool() const { return function_ != nullptr; }
     template <class... Arguments>
-    auto operator()(Arguments... arguments) const { return (*function())(arguments...); }
+    auto operator()(Arguments... arguments) const
+    {
+        return (*function())(arguments...);
+    }
     /// Hands the function over: it may be what ends this object.
     Function take()
     {

@@ -34,7 +34,10 @@
         mFraction = std::clamp(std::atof(text.c_str() + at + mark.size()) / 100, 0.0, 1.0);
     return YES;
 }
-- (void)toolDidRun:(NSNotification *)notification { (void)notification, mHasEnded = true; }
+- (void)toolDidRun:(NSNotification *)notification
+{
+    (void)notification, mHasEnded = true;
+}
 @end
 
 namespace shelf {
@@ -111,17 +114,22 @@ bool createImage(NSString *folder, NSString *path, const Progress &progress)
     const auto before = identity(file);
     CommandTool *tool = [CommandTool commandToolWithPath:kDiskImageEditorPath];
     CreationWatcher *watcher = [[[CreationWatcher alloc] init] autorelease];
-    [tool setArguments:[NSArray arrayWithObjects:@"create", @"-puppetstrings", @"-ov", @"-srcfolder", folder, path, nil]];
+    [tool setArguments:[NSArray arrayWithObjects:@"create", @"-puppetstrings", @"-ov", @"-srcfolder", folder,
+                                                 path, nil]];
     [tool setReadStandardOutput:YES];
     [tool setDelegate:watcher];
     // In the background, so that a tool that says nothing for a while is ended as soon as one that does.
     NSNotificationCenter *center = [NSNotificationCenter defaultCenter];
-    [center addObserver:watcher selector:@selector(toolDidRun:) name:CommandToolDidRunNotification object:tool];
+    [center addObserver:watcher
+               selector:@selector(toolDidRun:)
+                   name:CommandToolDidRunNotification
+                 object:tool];
     bool isWanted = true;
     watcher->mHasEnded = ![tool run:YES];
     while (!watcher->mHasEnded) {
         tarvik::Pool pool;
-        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:kTurn]];
+        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode
+                                 beforeDate:[NSDate dateWithTimeIntervalSinceNow:kTurn]];
         if (isWanted)
             isWanted = progress(watcher->mFraction);
         if (!isWanted)
@@ -131,7 +139,8 @@ bool createImage(NSString *folder, NSString *path, const Progress &progress)
     [tool setDelegate:nil];
     // The tool's exit status is not to be had; a new file is there whole or not at all.
     const auto after = identity(file);
-    const bool isMade = after.first != 0 && (after.first != before.first || memcmp(&after.second, &before.second, sizeof after.second) != 0);
+    const bool isMade = after.first != 0 && (after.first != before.first ||
+                                             memcmp(&after.second, &before.second, sizeof after.second) != 0);
     if (isMade && isWanted)
         progress(1);
     if (isMade && !isWanted && before.first == 0) {
@@ -162,7 +171,8 @@ NSString *mountImage(NSString *path, NSString *&reason)
 NSString *checksumOfImage(NSString *path, const Progress &progress, NSString *&reason)
 {
     // Not blocked by a pipe that was put in the image's place.
-    const tarvik::FileDescriptor file(open(tarvik::utf8(path).value_or("").c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const tarvik::FileDescriptor file(
+        open(tarvik::utf8(path).value_or("").c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status;
     if (!file || fstat(file.get(), &status) != 0)
         return reason = systemReason(errno), nil;

@@ -26,7 +26,10 @@
     tarvik::Retained<NSException *> raised;
     if (!tarvik::attempt([self] { self->mWork(self); }, &raised))
         mUnexpected = [[raised.get() reason] copy];
-    [queue performSelectorOnMainThread:@selector(jobEnded:) withObject:self waitUntilDone:NO modes:[JobQueue modes]];
+    [queue performSelectorOnMainThread:@selector(jobEnded:)
+                            withObject:self
+                         waitUntilDone:NO
+                                 modes:[JobQueue modes]];
 }
 
 @end
@@ -58,7 +61,8 @@ Job *makeJob(NSString *title, JobStep work, JobStep end)
 
 + (NSArray *)modes
 {
-    return [NSArray arrayWithObjects:NSDefaultRunLoopMode, NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode, nil];
+    return [NSArray
+        arrayWithObjects:NSDefaultRunLoopMode, NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode, nil];
 }
 
 - (void)add:(Job *)job
@@ -68,8 +72,14 @@ Job *makeJob(NSString *title, JobStep work, JobStep end)
         [self startNext];
 }
 
-- (Job *)current { return [mJobs count] ? [mJobs objectAtIndex:0] : nil; }
-- (NSUInteger)count { return [mJobs count]; }
+- (Job *)current
+{
+    return [mJobs count] ? [mJobs objectAtIndex:0] : nil;
+}
+- (NSUInteger)count
+{
+    return [mJobs count];
+}
 
 - (void)cancelCurrent
 {
@@ -85,7 +95,8 @@ Job *makeJob(NSString *title, JobStep work, JobStep end)
     NSDate *end = [NSDate dateWithTimeIntervalSinceNow:seconds];
     while ([self current] && [end timeIntervalSinceNow] > 0) {
         tarvik::Pool pool;
-        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
+        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode
+                                 beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
     }
     return ![self current];
 }

@@ -34,7 +34,9 @@ NSMenu *menu(NSString *title, std::initializer_list<Entry> entries)
             [made addItem:[NSMenuItem separatorItem]];
             continue;
         }
-        id<NSMenuItem> item = [made addItemWithTitle:[entry.title localize] action:entry.action keyEquivalent:entry.key];
+        id<NSMenuItem> item = [made addItemWithTitle:[entry.title localize]
+                                              action:entry.action
+                                       keyEquivalent:entry.key];
         [item setTag:entry.tag];
     }
     [made setAutoenablesItems:YES];
@@ -53,9 +55,10 @@ NSMenu *labelMenu(id target)
 {
     NSMenu *made = growingMenu([@"Label" localize]);
     for (int label = 0; label < kLabelCount; ++label) {
-        id<NSMenuItem> item = [made addItemWithTitle:[labelName(label) localize]
-                                              action:@selector(setImageLabel:)
-                                       keyEquivalent:!target ? [NSString stringWithFormat:@"%d", label] : @""];
+        id<NSMenuItem> item =
+            [made addItemWithTitle:[labelName(label) localize]
+                            action:@selector(setImageLabel:)
+                     keyEquivalent:!target ? [NSString stringWithFormat:@"%d", label] : @""];
         [item setTag:label];
         [item setTarget:target];
         [item setImage:labelSpot(label)];
@@ -82,9 +85,10 @@ NSMenu *mainMenu()
                                   {@"Sort Selection", @selector(sortSelection:)}});
     NSMenu *bar = [[[NSMenu alloc] initWithTitle:[@"Shelf" localize]] autorelease];
     // Called as the process is: there AppKit puts what belongs to an application, and would make such a menu otherwise.
-    hang(menu([[NSProcessInfo processInfo] processName], {{@"About Shelf", @selector(orderFrontStandardAboutPanel:)},
-                                                          kLine,
-                                                          {@"Quit", @selector(terminate:), @"q"}}),
+    hang(menu([[NSProcessInfo processInfo] processName],
+              {{@"About Shelf", @selector(orderFrontStandardAboutPanel:)},
+               kLine,
+               {@"Quit", @selector(terminate:), @"q"}}),
          bar);
     hang(menu(@"File", {{@"New Image from Folder…", @selector(newImageFromFolder:), @"n"},
                         {@"Add Images…", @selector(addImages:), @"o"},

@@ -24,8 +24,10 @@ struct Destination {
     NSString *folder = nil;         // nil: where the user was last
 };
 /// Where to save. The panel has asked whether a file there may be replaced.
-void chooseDestination(NSWindow *window, const Destination &proposed, std::function<void(NSString *path)> answer);
+void chooseDestination(NSWindow *window, const Destination &proposed,
+                       std::function<void(NSString *path)> answer);
 /// A line of text. Empty or cancelled: nothing is answered.
-void chooseText(NSWindow *window, NSString *question, NSString *initial, NSString *button, std::function<void(NSString *)> answer);
+void chooseText(NSWindow *window, NSString *question, NSString *initial, NSString *button,
+                std::function<void(NSString *)> answer);
 
 }  // namespace shelf

@@ -30,7 +30,10 @@
         answer(panel, code);
 }
 
-- (void)endText:(id)sender { [mTextPanel closeSheetWithReturnCode:int32_t([sender tag])]; }
+- (void)endText:(id)sender
+{
+    [mTextPanel closeSheetWithReturnCode:int32_t([sender tag])];
+}
 
 @end
 
@@ -47,7 +50,10 @@ PanelAnswer *answering(std::function<void(id, int)> answer)
 const SEL kEnded = @selector(panel:ended:context:);
 
 /// A message of the alert functions is a format.
-NSString *formatOf(NSString *text) { return [[text componentsSeparatedByString:@"%"] componentsJoinedByString:@"%%"]; }
+NSString *formatOf(NSString *text)
+{
+    return [[text componentsSeparatedByString:@"%"] componentsJoinedByString:@"%%"];
+}
 
 void openPanel(NSWindow *window, bool folders, NSString *prompt, std::function<void(NSArray *)> answer)
 {
@@ -58,20 +64,20 @@ void openPanel(NSWindow *window, bool folders, NSString *prompt, std::function<v
     NSOpenPanel *panel = [NSOpenPanel openPanel];
     [panel setTitle:prompt];
     [NSOpenPanel beginSheetWithSetting:panel
-                                prompt:nil
-                  canChooseDirectories:folders
-                        canChooseFiles:!folders
-               allowsMultipleSelection:!folders
-       treatsFilePackagesAsDirectories:NO
-                  canCreateDirectories:NO
-                               message:nil
-                                window:window
-                             directory:nil
-                                  file:nil
-                                 types:nil
-                         modalDelegate:delegate
-                        didEndSelector:kEnded
-                           contextInfo:nullptr];
+                                 prompt:nil
+                   canChooseDirectories:folders
+                         canChooseFiles:!folders
+                allowsMultipleSelection:!folders
+        treatsFilePackagesAsDirectories:NO
+                   canCreateDirectories:NO
+                                message:nil
+                                 window:window
+                              directory:nil
+                                   file:nil
+                                  types:nil
+                          modalDelegate:delegate
+                         didEndSelector:kEnded
+                            contextInfo:nullptr];
 }
 
 }  // namespace
@@ -114,34 +120,39 @@ void chooseDestination(NSWindow *window, const Destination &proposed, std::funct
             answer([panel filename]);
     });
     [NSSavePanel beginSheetWithSetting:nil
-                      requiredFileType:proposed.type
-                  canCreateDirectories:YES
-              canSelectHiddenExtension:NO
-                       extensionHidden:NO
-       treatsFilePackagesAsDirectories:NO
-                                prompt:nil
-                                 title:proposed.title
-                        nameFieldLabel:nil
-                               message:nil
-                                window:window
-                             directory:proposed.folder
-                                  file:proposed.name
-                         modalDelegate:delegate
-                        didEndSelector:kEnded
-                           contextInfo:nullptr];
+                       requiredFileType:proposed.type
+                   canCreateDirectories:YES
+               canSelectHiddenExtension:NO
+                        extensionHidden:NO
+        treatsFilePackagesAsDirectories:NO
+                                 prompt:nil
+                                  title:proposed.title
+                         nameFieldLabel:nil
+                                message:nil
+                                 window:window
+                              directory:proposed.folder
+                                   file:proposed.name
+                          modalDelegate:delegate
+                         didEndSelector:kEnded
+                            contextInfo:nullptr];
 }
 
-void chooseText(NSWindow *window, NSString *question, NSString *initial, NSString *button, std::function<void(NSString *)> answer)
+void chooseText(NSWindow *window, NSString *question, NSString *initial, NSString *button,
+                std::function<void(NSString *)> answer)
 {
     constexpr CGFloat width = 460, height = 118;
-    NSPanel *panel = [[NSPanel alloc] initWithContentRect:NSMakeRect(0, 0, width, height) styleMask:NSTitledWindowMask
-                                                  backing:NSBackingStoreBuffered defer:NO];
-    NSTextField *label = [[[NSTextField alloc] initWithFrame:NSMakeRect(16, height - 40, width - 32, 18)] autorelease];
+    NSPanel *panel = [[NSPanel alloc] initWithContentRect:NSMakeRect(0, 0, width, height)
+                                                styleMask:NSTitledWindowMask
+                                                  backing:NSBackingStoreBuffered
+                                                    defer:NO];
+    NSTextField *label =
+        [[[NSTextField alloc] initWithFrame:NSMakeRect(16, height - 40, width - 32, 18)] autorelease];
     [label setStringValue:question];
     [label setEditable:NO];
     [label setBezeled:NO];
     [label setDrawsBackground:NO];
-    NSTextField *field = [[[NSTextField alloc] initWithFrame:NSMakeRect(16, height - 68, width - 32, 24)] autorelease];
+    NSTextField *field =
+        [[[NSTextField alloc] initWithFrame:NSMakeRect(16, height - 68, width - 32, 24)] autorelease];
     [field setStringValue:initial];
     PanelAnswer *delegate = answering([=](id, int code) {
         NSString *text = [[[field stringValue] copy] autorelease];
@@ -151,8 +162,9 @@ void chooseText(NSWindow *window, NSString *question, NSString *initial, NSStrin
     });
     delegate->mTextPanel = panel;
     CGFloat right = width - 16;
-    for (const auto &[title, code, key] : {std::tuple{button, NSInteger(NSOKButton), @"\r"},
-                                           std::tuple{(NSString *)[@"Cancel" localize], NSInteger(NSCancelButton), @"\e"}}) {
+    for (const auto &[title, code, key] :
+         {std::tuple{button, NSInteger(NSOKButton), @"\r"},
+          std::tuple{(NSString *)[@"Cancel" localize], NSInteger(NSCancelButton), @"\e"}}) {
         NSButton *end = [[[NSButton alloc] initWithFrame:NSMakeRect(right - 100, 12, 100, 28)] autorelease];
         [end setTitle:title];
         [end setBezelStyle:NSRoundedBezelStyle];

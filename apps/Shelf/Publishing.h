@@ -10,6 +10,7 @@ namespace shelf {
 
 /// \param ended the reason why the server did not take it, in words; nil when it did (a status below 400).
 /// \return what cancels the transfer, for good: `ended` is not called then.
-std::function<void()> publish(NSString *url, const std::string &xml, std::function<void(NSString *reason)> ended);
+std::function<void()> publish(NSString *url, const std::string &xml,
+                              std::function<void(NSString *reason)> ended);
 
 }  // namespace shelf

@@ -35,7 +35,9 @@
 - (void)connectionDidFinishLoading:(NSURLConnection *)connection
 {
     (void)connection;
-    [self end:mStatus < 400 ? nil : [NSString stringWithFormat:[@"The server answered with status %d." localize], int(mStatus)]];
+    [self end:mStatus < 400 ? nil
+                            : [NSString stringWithFormat:[@"The server answered with status %d." localize],
+                                                         int(mStatus)]];
 }
 
 - (void)connection:(NSURLConnection *)connection didFailWithError:(NSError *)error
@@ -58,9 +60,11 @@ std::function<void()> publish(NSString *url, const std::string &xml, std::functi
 {
     constexpr NSTimeInterval kPatience = 60;
     NSURL *destination = [NSURL URLWithString:url];
-    if (![[NSArray arrayWithObjects:@"http", @"https", nil] containsObject:[[destination scheme] lowercaseString]] ||
+    if (![[NSArray arrayWithObjects:@"http", @"https", nil]
+            containsObject:[[destination scheme] lowercaseString]] ||
         ![[destination host] length]) {
-        ended([@"This is no web address. It begins with http:// or https:// and the server's name." localize]);
+        ended(
+            [@"This is no web address. It begins with http:// or https:// and the server's name." localize]);
         return [] {};
     }
     NSMutableURLRequest *request = [NSMutableURLRequest requestWithURL:destination
@@ -72,7 +76,8 @@ std::function<void()> publish(NSString *url, const std::string &xml, std::functi
     [request setHTTPBody:tarvik::nsdata(xml)];
     const auto publication = tarvik::adopt<Publication>([[Publication alloc] init]);
     publication.get()->mEnded = std::move(ended);
-    publication.get()->mConnection = [[NSURLConnection alloc] initWithRequest:request delegate:publication.get()];
+    publication.get()->mConnection = [[NSURLConnection alloc] initWithRequest:request
+                                                                     delegate:publication.get()];
     return [publication] {
         publication.get()->mEnded = nullptr;
         [publication.get()->mConnection cancel];

@@ -27,7 +27,8 @@ tarvik::Retained<NSString *> publishAndWait(Job *job, NSString *url, const std::
     });
     while (!ended && !job->mCancelled) {
         tarvik::Pool pool;
-        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:kTurn]];
+        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode
+                                 beforeDate:[NSDate dateWithTimeIntervalSinceNow:kTurn]];
     }
     if (!ended)
         cancel();
@@ -41,9 +42,10 @@ tarvik::Retained<NSString *> publishAndWait(Job *job, NSString *url, const std::
 - (IBAction)exportCatalogue:(id)sender
 {
     (void)sender;
-    shelf::chooseDestination(mWindow,
-                             {.title = [@"Export the catalogue" localize], .name = [@"Catalogue.xml" localize], .type = @"xml"},
-                             [self](NSString *path) { [self exportTo:path]; });
+    shelf::chooseDestination(
+        mWindow,
+        {.title = [@"Export the catalogue" localize], .name = [@"Catalogue.xml" localize], .type = @"xml"},
+        [self](NSString *path) { [self exportTo:path]; });
 }
 
 - (void)exportTo:(NSString *)path
@@ -51,7 +53,8 @@ tarvik::Retained<NSString *> publishAndWait(Job *job, NSString *url, const std::
     NSData *xml = tarvik::nsdata(shelf::xmlOfRows([mRows datasourceArray]));
     if (![xml writeToFile:path atomically:YES])
         [self failed:[@"The catalogue could not be written." localize]
-             because:[NSString stringWithFormat:[@"Check that you may write in the folder “%@” and that there is room on the disk." localize],
+             because:[NSString stringWithFormat:[@"Check that you may write in the folder “%@” and that "
+                                                 @"there is room on the disk." localize],
                                                 [path stringByDeletingLastPathComponent]]];
 }
 
@@ -59,7 +62,8 @@ tarvik::Retained<NSString *> publishAndWait(Job *job, NSString *url, const std::
 {
     (void)sender;
     NSString *last = [[NSUserDefaults standardUserDefaults] stringForKey:kAddressDefault];
-    shelf::chooseText(mWindow, [@"Send the catalogue as XML to this web address:" localize], last ? last : @"https://", [@"Publish" localize],
+    shelf::chooseText(mWindow, [@"Send the catalogue as XML to this web address:" localize],
+                      last ? last : @"https://", [@"Publish" localize],
                       [self](NSString *url) { [self publishTo:url]; });
 }
 
@@ -69,20 +73,21 @@ tarvik::Retained<NSString *> publishAndWait(Job *job, NSString *url, const std::
     const std::string xml = shelf::xmlOfRows([mRows datasourceArray]);
     auto reason = std::make_shared<tarvik::Retained<NSString *>>();
     const auto work = [=](Job *me) { *reason = publishAndWait(me, url.get(), xml); };
-    [mJobs add:makeJob([@"Publishing the catalogue…" localize], work,
-                        [=](Job *me) {
-                             if (me->mCancelled)
-                                 return;
-                             if (NSString *why = reason->get()) {
-                                 [self failed:[@"The catalogue was not published." localize]
-                                      because:[NSString stringWithFormat:@"%@\n%@\n\n%@", url.get(), why,
-                                                                         [@"Check the address and the network connection, then publish again."
-                                                                             localize]]];
-                             } else {
-                                 [[NSUserDefaults standardUserDefaults] setObject:url.get() forKey:kAddressDefault];
-                                 [self->mWindow->mStatus setStringValue:[@"The catalogue was published." localize]];
-                             }
-                         })];
+    [mJobs add:makeJob([@"Publishing the catalogue…" localize], work, [=](Job *me) {
+               if (me->mCancelled)
+                   return;
+               if (NSString *why = reason->get()) {
+                   [self failed:[@"The catalogue was not published." localize]
+                        because:[NSString
+                                    stringWithFormat:
+                                        @"%@\n%@\n\n%@", url.get(), why,
+                                        [@"Check the address and the network connection, then publish again."
+                                            localize]]];
+               } else {
+                   [[NSUserDefaults standardUserDefaults] setObject:url.get() forKey:kAddressDefault];
+                   [self->mWindow->mStatus setStringValue:[@"The catalogue was published." localize]];
+               }
+           })];
 }
 
 - (NSString *)notesText
@@ -91,7 +96,8 @@ tarvik::Retained<NSString *> publishAndWait(Job *job, NSString *url, const std::
     for (id row : tarvik::each<NSObject>([mRows datasourceArray])) {
         NSString *note = shelf::text(row, shelf::kNote);
         if ([note length])
-            [text appendFormat:@"%@\n%@\n%@\n\n", shelf::text(row, shelf::kName), shelf::text(row, shelf::kPath), note];
+            [text appendFormat:@"%@\n%@\n%@\n\n", shelf::text(row, shelf::kName),
+                               shelf::text(row, shelf::kPath), note];
     }
     return text;
 }
@@ -101,9 +107,10 @@ tarvik::Retained<NSString *> publishAndWait(Job *job, NSString *url, const std::
     (void)sender;
     NSString *notes = [self notesText];
     if (![notes length]) {
-        shelf::ask(mWindow, {.title = [@"There are no notes to print." localize],
-                             .message = [@"Double-click a row's cell in the column Note and type one." localize],
-                             .isFailure = false});
+        shelf::ask(mWindow,
+                   {.title = [@"There are no notes to print." localize],
+                    .message = [@"Double-click a row's cell in the column Note and type one." localize],
+                    .isFailure = false});
         return;
     }
     NSTextView *page = [[[NSTextView alloc] initWithFrame:NSMakeRect(0, 0, 500, 700)] autorelease];

@@ -24,11 +24,13 @@ shelf::Progress progressOf(Job *job, double from = 0, double share = 1)
 /// What happened to each of several images.
 struct Outcomes {
     tarvik::Retained<NSMutableArray *> failures = tarvik::adopt<NSMutableArray>([NSMutableArray new]);
-    tarvik::Retained<NSMutableDictionary *> checksums = tarvik::adopt<NSMutableDictionary>([NSMutableDictionary new]);
+    tarvik::Retained<NSMutableDictionary *> checksums =
+        tarvik::adopt<NSMutableDictionary>([NSMutableDictionary new]);
 };
 
 /// Does something to each path, with the job's progress going along; ends when the job is cancelled.
-void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, const shelf::Progress &)> &step)
+void forEach(Job *job, NSArray *paths,
+             const std::function<void(NSString *path, const shelf::Progress &)> &step)
 {
     const double count = double([paths count]);
     for (NSUInteger i = 0; i < [paths count] && !job->mCancelled; ++i)
@@ -77,7 +79,8 @@ void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, 
 - (IBAction)addImages:(id)sender
 {
     (void)sender;
-    shelf::chooseImages(mWindow, [self](NSArray *paths) { [self addPaths:paths atIndex:[self->mRows insertIndexToAdd]]; });
+    shelf::chooseImages(
+        mWindow, [self](NSArray *paths) { [self addPaths:paths atIndex:[self->mRows insertIndexToAdd]]; });
 }
 
 - (IBAction)newImageFromFolder:(id)sender
@@ -86,12 +89,13 @@ void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, 
     shelf::chooseFolder(mWindow, [@"Make an image of which folder?" localize], [self](NSString *folder) {
         NSString *name = [[folder lastPathComponent] stringByAppendingPathExtension:@"img"];
         const auto kept = tarvik::retain(folder);
-        shelf::chooseDestination(self->mWindow,
-                                 {.title = [@"Save the image" localize],
-                                  .name = name,
-                                  .type = @"img",
-                                  .folder = [folder stringByDeletingLastPathComponent]},  // not into what it is made of
-                                 [=](NSString *path) { [self makeImage:path ofFolder:kept.get()]; });
+        shelf::chooseDestination(
+            self->mWindow,
+            {.title = [@"Save the image" localize],
+             .name = name,
+             .type = @"img",
+             .folder = [folder stringByDeletingLastPathComponent]},  // not into what it is made of
+            [=](NSString *path) { [self makeImage:path ofFolder:kept.get()]; });
     });
 }
 
@@ -100,20 +104,24 @@ void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, 
     const auto path = tarvik::retain(shelf::fullPath(given)), source = tarvik::retain(folder);
     auto made = std::make_shared<bool>(false);
     [mJobs add:makeJob(
-        [NSString stringWithFormat:[@"Making “%@”…" localize], shortName(path.get())],
-        [=](Job *me) { *made = shelf::createImage(source.get(), path.get(), progressOf(me)); },
-        [=](Job *me) {
-            if (*made) {
-                if (NSMutableDictionary *row = [self rowOfPath:path.get()])  // a new file under an old name
-                    [row removeObjectForKey:shelf::kChecksum];
-                [self->mVerified removeObjectForKey:path.get()];
-                [self addPaths:[NSArray arrayWithObject:path.get()] atIndex:[self->mRows insertIndexToAdd]];
-            } else if (!me->mCancelled) {
-                [self failed:[NSString stringWithFormat:[@"No image was made of “%@”." localize], shortName(source.get())]
-                     because:[@"Check that you may read everything in the folder and write where the image is to be, "
-                              @"and that there is room on the disk." localize]];
-            }
-        })];
+                   [NSString stringWithFormat:[@"Making “%@”…" localize], shortName(path.get())],
+                   [=](Job *me) { *made = shelf::createImage(source.get(), path.get(), progressOf(me)); },
+                   [=](Job *me) {
+                       if (*made) {
+                           if (NSMutableDictionary *row =
+                                   [self rowOfPath:path.get()])  // a new file under an old name
+                               [row removeObjectForKey:shelf::kChecksum];
+                           [self->mVerified removeObjectForKey:path.get()];
+                           [self addPaths:[NSArray arrayWithObject:path.get()]
+                                  atIndex:[self->mRows insertIndexToAdd]];
+                       } else if (!me->mCancelled) {
+                           [self failed:[NSString stringWithFormat:[@"No image was made of “%@”." localize],
+                                                                   shortName(source.get())]
+                                because:[@"Check that you may read everything in the folder and write where "
+                                         @"the image is to be, "
+                                         @"and that there is room on the disk." localize]];
+                       }
+                   })];
 }
 
 - (void)mount:(NSArray *)given thenOpen:(BOOL)opens
@@ -129,18 +137,22 @@ void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, 
             progress(1);
         });
     };
-    [mJobs add:makeJob([self titleOf:@"Mounting “%@”…" many:@"Mounting %d images…" paths:given], work,
-                        [=](Job *) {
-                             [self survey];
-                             NSArray *failures = outcomes->failures.get();
-                             if ([failures count])
-                                 [self failed:[@"This could not be mounted." localize]
-                                      because:[NSString stringWithFormat:@"%@\n\n%@", [failures componentsJoinedByString:@"\n"],
-                                                                         [@"Check that the file is a disk image (squashfs, ext4 or ISO 9660) "
-                                                                          @"and that it is whole: Verify compares its checksum." localize]]];
-                             else if (opens)
-                                 [self performSelector:@selector(openMounted:) withObject:paths.get() afterDelay:0];
-                         })];
+    [mJobs
+        add:makeJob(
+                [self titleOf:@"Mounting “%@”…" many:@"Mounting %d images…" paths:given], work, [=](Job *) {
+                    [self survey];
+                    NSArray *failures = outcomes->failures.get();
+                    if ([failures count])
+                        [self failed:[@"This could not be mounted." localize]
+                             because:
+                                 [NSString
+                                     stringWithFormat:
+                                         @"%@\n\n%@", [failures componentsJoinedByString:@"\n"],
+                                         [@"Check that the file is a disk image (squashfs, ext4 or ISO 9660) "
+                                          @"and that it is whole: Verify compares its checksum." localize]]];
+                    else if (opens)
+                        [self performSelector:@selector(openMounted:) withObject:paths.get() afterDelay:0];
+                })];
 }
 
 /// Shows the folders in the file viewer.
@@ -153,7 +165,8 @@ void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, 
             point = [DiskImage mountingVolumeOfFilepath:path];
         if (point && ![point open])
             [self failed:[@"The folder could not be opened." localize]
-                 because:[NSString stringWithFormat:[@"There is no file manager that opens “%@”. Install one, or choose one for folders." localize],
+                 because:[NSString stringWithFormat:[@"There is no file manager that opens “%@”. Install "
+                                                     @"one, or choose one for folders." localize],
                                                     point]];
     }
 }
@@ -169,7 +182,8 @@ void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, 
 - (IBAction)openImages:(id)sender
 {
     // A double click on a heading is no wish to open.
-    if (sender == mWindow->mTable && [mWindow->mTable clickedRow] < 0 && [[NSApp currentEvent] type] != NSKeyDown)
+    if (sender == mWindow->mTable && [mWindow->mTable clickedRow] < 0 &&
+        [[NSApp currentEvent] type] != NSKeyDown)
         return;
     NSArray *paths = [self selectedPathsMounted:false];
     if ([paths count])
@@ -191,16 +205,19 @@ void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, 
             progress(1);
         });
     };
-    [mJobs add:makeJob([self titleOf:@"Unmounting “%@”…" many:@"Unmounting %d images…" paths:paths.get()], work,
-                        [=](Job *) {
-                             [self survey];
-                             NSArray *failures = outcomes->failures.get();
-                             if ([failures count])
-                                 [self failed:[@"This is still mounted." localize]
-                                      because:[NSString stringWithFormat:@"%@\n\n%@", [failures componentsJoinedByString:@"\n"],
-                                                                         [@"A program has a file or folder of it open. Close it, then unmount again."
-                                                                             localize]]];
-                         })];
+    [mJobs
+        add:makeJob([self titleOf:@"Unmounting “%@”…" many:@"Unmounting %d images…" paths:paths.get()], work,
+                    [=](Job *) {
+                        [self survey];
+                        NSArray *failures = outcomes->failures.get();
+                        if ([failures count])
+                            [self failed:[@"This is still mounted." localize]
+                                 because:[NSString
+                                             stringWithFormat:@"%@\n\n%@",
+                                                              [failures componentsJoinedByString:@"\n"],
+                                                              [@"A program has a file or folder of it open. "
+                                                               @"Close it, then unmount again." localize]]];
+                    })];
 }
 
 - (IBAction)revealImages:(id)sender
@@ -209,7 +226,8 @@ void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, 
     for (NSString *path : tarvik::each<NSString>([self selectedPaths])) {
         if (![path exists])
             [self failed:[NSString stringWithFormat:[@"“%@” is not there." localize], shortName(path)]
-                 because:[@"It was moved to another disk or deleted. Put it back, or delete the row." localize]];
+                 because:[@"It was moved to another disk or deleted. Put it back, or delete the row."
+                             localize]];
         else if (![path show])
             [self failed:[@"The file could not be shown." localize]
                  because:[@"There is no file manager that shows files. Install one." localize]];
@@ -234,13 +252,14 @@ void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, 
             if (NSString *checksum = shelf::checksumOfImage(path, progress, reason))
                 [outcomes->checksums.get() setObject:checksum forKey:path];
             else if (reason)
-                [outcomes->failures.get() addObject:[NSString stringWithFormat:@"%@: %@", shortName(path), reason]];
+                [outcomes->failures.get()
+                    addObject:[NSString stringWithFormat:@"%@: %@", shortName(path), reason]];
         });
     };
     [mJobs add:makeJob([self titleOf:@"Verifying “%@”…" many:@"Verifying %d images…" paths:paths.get()], work,
-                        [=](Job *) {
-                             [self verified:outcomes->checksums.get() failures:outcomes->failures.get()];
-                         })];
+                       [=](Job *) {
+                           [self verified:outcomes->checksums.get() failures:outcomes->failures.get()];
+                       })];
 }
 
 /// A first checksum is kept; another one than before is kept only when the user says so.
@@ -261,7 +280,8 @@ void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, 
     }
     [self rowsChanged];
     if ([failures count]) {
-        [self failed:[@"Not everything could be verified." localize] because:[failures componentsJoinedByString:@"\n"]];
+        [self failed:[@"Not everything could be verified." localize]
+             because:[failures componentsJoinedByString:@"\n"]];
     } else if ([different count]) {
         const auto changed = tarvik::retain(different);
         const auto found = tarvik::retain(checksums);
@@ -269,9 +289,10 @@ void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, 
         for (NSString *path : tarvik::each<NSString>(different))
             [names addObject:shortName(path)];
         NSString *message = [NSString
-            stringWithFormat:@"%@\n\n%@", [names componentsJoinedByString:@"\n"],
-                             [@"If you changed it yourself, keep the new checksum. If not, the file may be damaged: "
-                              @"take it from a backup." localize]];
+            stringWithFormat:
+                @"%@\n\n%@", [names componentsJoinedByString:@"\n"],
+                [@"If you changed it yourself, keep the new checksum. If not, the file may be damaged: "
+                 @"take it from a backup." localize]];
         shelf::ask(mWindow,
                    {.title = [@"The checksum is not the one in the catalogue." localize],
                     .message = message,
@@ -279,7 +300,8 @@ void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, 
                     .alternateButton = [@"Keep New" localize]},
                    [=](bool keepsOld) {
                        for (NSString *path : tarvik::each<NSString>(keepsOld ? nil : changed.get())) {
-                           [[self rowOfPath:path] setObject:[found.get() objectForKey:path] forKey:shelf::kChecksum];
+                           [[self rowOfPath:path] setObject:[found.get() objectForKey:path]
+                                                     forKey:shelf::kChecksum];
                            [self->mVerified setObject:[NSNumber numberWithBool:YES] forKey:path];
                        }
                        [self rowsChanged];
@@ -296,7 +318,8 @@ void forEach(Job *job, NSArray *paths, const std::function<void(NSString *path, 
         return;
     for (NSMutableDictionary *row : tarvik::each<NSMutableDictionary>([self selectedRows])) {
         [row setObject:[NSNumber numberWithInt:label] forKey:shelf::kLabel];
-        [shelf::text(row, shelf::kPath) setLabelColorIndex:UInt32(label)];  // a file that may not be written keeps its own
+        [shelf::text(row, shelf::kPath)
+            setLabelColorIndex:UInt32(label)];  // a file that may not be written keeps its own
     }
     [self rowsChanged];
 }

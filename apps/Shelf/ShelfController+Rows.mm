@@ -15,14 +15,16 @@
 namespace {
 
 NSString *const kRowsType = @"TarvikShelfRows";  // a property list: the rows
-NSString *const kMovedType = @"TarvikShelfRowNumbers";  // as the TableController lists rows; within this window
+NSString *const kMovedType =
+    @"TarvikShelfRowNumbers";  // as the TableController lists rows; within this window
 
 /// Full paths among a text's lines, file URLs included.
 NSArray *pathsInText(NSString *text)
 {
     NSMutableArray *paths = [NSMutableArray array];
     for (NSString *line : tarvik::each<NSString>([text componentsSeparatedByString:@"\n"])) {
-        NSString *path = [line stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
+        NSString *path =
+            [line stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
         if ([path hasPrefix:@"file:///"])
             path = [[NSURL URLWithString:path] path];
         if ([path isAbsolutePath])
@@ -51,7 +53,8 @@ void write(NSArray *rows, NSPasteboard *pasteboard, NSData *numbers)
         [paths addObject:path];
         [lines addObject:path];
     }
-    NSMutableArray *types = [NSMutableArray arrayWithObjects:kRowsType, NSFilenamesPboardType, NSStringPboardType, nil];
+    NSMutableArray *types =
+        [NSMutableArray arrayWithObjects:kRowsType, NSFilenamesPboardType, NSStringPboardType, nil];
     if (numbers)
         [types addObject:kMovedType];
     [pasteboard declareTypes:types owner:nil];
@@ -66,7 +69,9 @@ void write(NSArray *rows, NSPasteboard *pasteboard, NSData *numbers)
 id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
 {
     id list = nil;
-    tarvik::attempt([&] { list = [[pasteboard types] containsObject:type] ? [pasteboard propertyListForType:type] : nil; });
+    tarvik::attempt([&] {
+        list = [[pasteboard types] containsObject:type] ? [pasteboard propertyListForType:type] : nil;
+    });
     return list;
 }
 
@@ -135,7 +140,9 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
             if (const auto read = shelf::rowsOfXML(tarvik::bytes(file).value_or("")))
                 [rows addObjectsFromArray:*read];
             else
-                failure = [NSString stringWithFormat:[@"“%@” is no catalogue that Shelf has exported." localize], [path lastPathComponent]];
+                failure =
+                    [NSString stringWithFormat:[@"“%@” is no catalogue that Shelf has exported." localize],
+                                               [path lastPathComponent]];
         } else if (NSMutableDictionary *row = shelf::rowForImage(path, failure)) {
             [rows addObject:row];
         }
@@ -149,7 +156,8 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
     if ([failures count] > kMost)
         [failures replaceObjectsInRange:NSMakeRange(kMost, [failures count] - kMost)
                    withObjectsFromArray:[NSArray arrayWithObject:@"…"]];
-    [self failed:[@"Not everything could be added." localize] because:[failures componentsJoinedByString:@"\n"]];
+    [self failed:[@"Not everything could be added." localize]
+         because:[failures componentsJoinedByString:@"\n"]];
 }
 
 // ---- Values
@@ -192,7 +200,10 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
     return text;
 }
 
-- (void)tableView:(NSTableView *)table willDisplayCell:(id)cell forTableColumn:(NSTableColumn *)column row:(NSInteger)index
+- (void)tableView:(NSTableView *)table
+    willDisplayCell:(id)cell
+     forTableColumn:(NSTableColumn *)column
+                row:(NSInteger)index
 {
     (void)table;
     NSArray *rows = [mRows datasourceArray];
@@ -201,11 +212,13 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
     NSString *path = shelf::text([rows objectAtIndex:NSUInteger(index)], shelf::kPath);
     NSColor *color = [NSColor controlTextColor];
     if ([mMissing containsObject:path])
-        color = [[column identifier] isEqual:shelf::kMounted] ? [NSColor colorWithCalibratedRed:0.75 green:0.15 blue:0.1 alpha:1]
-                                                               : [NSColor colorWithCalibratedWhite:0.5 alpha:1];
+        color = [[column identifier] isEqual:shelf::kMounted]
+                    ? [NSColor colorWithCalibratedRed:0.75 green:0.15 blue:0.1 alpha:1]
+                    : [NSColor colorWithCalibratedWhite:0.5 alpha:1];
     else if ([[column identifier] isEqual:shelf::kPath] || [[column identifier] isEqual:shelf::kSize])
         color = [NSColor colorWithCalibratedWhite:0.35 alpha:1];
-    else if ([[column identifier] isEqual:shelf::kChecksum] && [[[mVerified objectForKey:path] description] isEqual:@"0"])
+    else if ([[column identifier] isEqual:shelf::kChecksum] &&
+             [[[mVerified objectForKey:path] description] isEqual:@"0"])
         color = [NSColor colorWithCalibratedRed:0.75 green:0.15 blue:0.1 alpha:1];
     [cell setTextColor:color];
 }
@@ -218,10 +231,13 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
 
 // ---- Sorting
 
-- (NSComparisonResult)tableController:(TableController *)controller compareRows:(NSDictionary *)row with:(NSDictionary *)other
+- (NSComparisonResult)tableController:(TableController *)controller
+                          compareRows:(NSDictionary *)row
+                                 with:(NSDictionary *)other
 {
     (void)controller;
-    NSComparisonResult result = shelf::compare(row, other, mSortKey ? mSortKey : (NSString *)shelf::kName, mMounts);
+    NSComparisonResult result =
+        shelf::compare(row, other, mSortKey ? mSortKey : (NSString *)shelf::kName, mMounts);
     if (mSortsDown)
         result = NSComparisonResult(-result);
     // Rows alike are in the order of their paths, so that the order doesn't change by sorting again.
@@ -263,7 +279,8 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
 
 - (IBAction)sortByColumn:(id)sender
 {
-    NSString *const keys[] = {shelf::kName, shelf::kPath, shelf::kMounted, shelf::kSize, shelf::kChecksum, shelf::kLabel, shelf::kNote};
+    NSString *const keys[] = {shelf::kName,     shelf::kPath,  shelf::kMounted, shelf::kSize,
+                              shelf::kChecksum, shelf::kLabel, shelf::kNote};
     const NSInteger tag = [sender tag];
     if (tag >= 0 && tag < NSInteger(std::size(keys)))
         [self setSortKey:keys[tag]];
@@ -271,13 +288,16 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
 
 // ---- Dragging
 
-- (BOOL)tableView:(NSTableView *)table writeRowsWithIndexes:(NSIndexSet *)indexes toPasteboard:(NSPasteboard *)pasteboard
+- (BOOL)tableView:(NSTableView *)table
+    writeRowsWithIndexes:(NSIndexSet *)indexes
+            toPasteboard:(NSPasteboard *)pasteboard
 {
     (void)table;
     NSMutableArray *rows = [NSMutableArray array];
     NSMutableData *numbers = [NSMutableData data];
     NSArray *all = [mRows datasourceArray];
-    for (NSUInteger index = [indexes firstIndex]; index != NSNotFound; index = [indexes indexGreaterThanIndex:index]) {
+    for (NSUInteger index = [indexes firstIndex]; index != NSNotFound;
+         index = [indexes indexGreaterThanIndex:index]) {
         const auto number = uint32_t(index);
         [numbers appendBytes:&number length:sizeof number];
         if (index < [all count] && [[all objectAtIndex:index] isKindOfClass:[NSDictionary class]])
@@ -299,7 +319,10 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
     const NSPoint mouse = [table convertPoint:[info draggingLocation] fromView:nil];
     const NSInteger over = [table rowAtPoint:mouse];
     const bool isBelow = over >= 0 && mouse.y > NSMidY([table rectOfRow:over]);
-    [table setDropRow:over < 0 ? [table numberOfRows] : isBelow ? over + 1 : over dropOperation:NSTableViewDropAbove];
+    [table setDropRow:over < 0  ? [table numberOfRows]
+                      : isBelow ? over + 1
+                                : over
+        dropOperation:NSTableViewDropAbove];
     if ([info draggingSource] == table)
         return NSDragOperationMove;
     return [info draggingSource] == mWindow->mIcon ? NSDragOperationNone : NSDragOperationCopy;
@@ -314,7 +337,8 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
     NSPasteboard *pasteboard = [info draggingPasteboard];
     const int32_t place = row < 0 ? int32_t([[mRows datasourceArray] count]) : int32_t(row);
     if ([info draggingSource] == table) {
-        NSData *numbers = [[pasteboard types] containsObject:kMovedType] ? [pasteboard dataForType:kMovedType] : nil;
+        NSData *numbers =
+            [[pasteboard types] containsObject:kMovedType] ? [pasteboard dataForType:kMovedType] : nil;
         if (![numbers length])
             return NO;
         [mRows moveRows:numbers to:place];
@@ -322,7 +346,7 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
         [self rowsChanged];
         return YES;
     }
-    if (NSArray *rows = shelf::adoptedRows(pastedPropertyList(pasteboard, kRowsType)); [rows count]) {
+    if (NSArray *rows = shelf::adoptedRows(pastedPropertyList(pasteboard, kRowsType));[rows count]) {
         [self addRows:rows atIndex:place];
         return YES;
     }
@@ -343,7 +367,7 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
 {
     (void)sender;
     NSPasteboard *pasteboard = [NSPasteboard generalPasteboard];
-    if (NSArray *rows = shelf::adoptedRows(pastedPropertyList(pasteboard, kRowsType)); [rows count]) {
+    if (NSArray *rows = shelf::adoptedRows(pastedPropertyList(pasteboard, kRowsType));[rows count]) {
         [self performSelector:@selector(rowsChanged) withObject:nil afterDelay:0];
         [self performSelector:@selector(survey) withObject:nil afterDelay:0];
         return shelf::unknownRows(rows, shelf::pathsOf([controller datasourceArray]));
@@ -363,7 +387,8 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
     (void)sender;
     NSMutableData *numbers = [controller selectedRowArray];
     NSArray *rows = [controller selectedDatasourceArray];
-    NSDictionary *removed = [NSDictionary dictionaryWithObjectsAndKeys:numbers, @"numbers", rows, @"rows", nil];
+    NSDictionary *removed =
+        [NSDictionary dictionaryWithObjectsAndKeys:numbers, @"numbers", rows, @"rows", nil];
     [mUndo registerUndoWithTarget:self selector:@selector(putBack:) object:removed];
     [mUndo setActionName:[@"Delete" localize]];
     [self performSelector:@selector(rowsChanged) withObject:nil afterDelay:0];
@@ -397,7 +422,7 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
     NSMutableIndexSet *back = [NSMutableIndexSet indexSet];
     NSUInteger next = 0;
     for (NSUInteger i = 0; i < [rows count]; ++i) {
-        for (; [merged count] < place[i] && next < [kept count]; ++next)
+        for (;[merged count] < place[i] && next < [kept count]; ++next)
             [merged addObject:[kept objectAtIndex:next]];
         [back addIndex:[merged count]];
         [merged addObject:[rows objectAtIndex:i]];

@@ -24,10 +24,11 @@
     JobQueue *mJobs;
     NSUndoManager *mUndo;
     NSMenu *mLabels;
-    NSTimer *mTimer;           // moves the progress, surveys now and then
-    NSDictionary *mMounts;     // mount point by image path, as the system said last
-    NSSet *mMissing;           // paths where nothing is
-    NSMutableDictionary *mVerified;  // by path, whether the checksum was the one in the catalogue; of this session
+    NSTimer *mTimer;        // moves the progress, surveys now and then
+    NSDictionary *mMounts;  // mount point by image path, as the system said last
+    NSSet *mMissing;        // paths where nothing is
+    NSMutableDictionary
+        *mVerified;  // by path, whether the checksum was the one in the catalogue; of this session
     NSString *mSortKey;
     BOOL mSortsDown, mIsSurveying, mSurveyAgain;
     NSDate *mLastSurvey;

@@ -64,8 +64,9 @@ void assign(T *&place, T *object)
     [mWindow close];
     [mWindow release];
     mJobs->mChanged = nullptr;
-    for (NSObject *owned : {(NSObject *)mJobs, (NSObject *)mUndo, (NSObject *)mLabels, (NSObject *)mMounts, (NSObject *)mMissing,
-                            (NSObject *)mVerified, (NSObject *)mSortKey, (NSObject *)mLastSurvey})
+    for (NSObject *owned :
+         {(NSObject *)mJobs, (NSObject *)mUndo, (NSObject *)mLabels, (NSObject *)mMounts,
+          (NSObject *)mMissing, (NSObject *)mVerified, (NSObject *)mSortKey, (NSObject *)mLastSurvey})
         [owned release];
     [super dealloc];
 }
@@ -77,7 +78,11 @@ void assign(T *&place, T *object)
     [mWindow setFrameAutosaveName:@"Shelf"];
     [mWindow makeKeyAndOrderFront:nil];
     [mWindow makeFirstResponder:mWindow->mTable];
-    mTimer = [NSTimer timerWithTimeInterval:kTick target:self selector:@selector(tick:) userInfo:nil repeats:YES];
+    mTimer = [NSTimer timerWithTimeInterval:kTick
+                                     target:self
+                                   selector:@selector(tick:)
+                                   userInfo:nil
+                                    repeats:YES];
     for (NSString *mode : tarvik::each<NSString>([JobQueue modes]))
         [[NSRunLoop currentRunLoop] addTimer:mTimer forMode:mode];
     [self survey];
@@ -89,7 +94,7 @@ void assign(T *&place, T *object)
 {
     for (NSButton *button : tarvik::each<NSButton>(mWindow->mButtons))
         [button setEnabled:[button isKindOfClass:[MenuButton class]] ? [[self selectedPaths] count] > 0
-                                                                      : [self validateAction:[button action]]];
+                                                                     : [self validateAction:[button action]]];
     const NSUInteger count = [[mRows datasourceArray] count];
     [mWindow->mEmpty setHidden:count > 0];
 
@@ -103,7 +108,8 @@ void assign(T *&place, T *object)
     if (row) {
         NSString *path = shelf::text(row, shelf::kPath), *point = [mMounts objectForKey:path];
         title = shelf::text(row, shelf::kName);
-        detail = [mMissing containsObject:path] ? [@"The image is not where it was: put it back, or delete the row." localize]
+        detail = [mMissing containsObject:path]
+                     ? [@"The image is not where it was: put it back, or delete the row." localize]
                  : point ? [NSString stringWithFormat:[@"Mounted at %@" localize], point]
                          : path;
     } else if ([selected count]) {
@@ -123,7 +129,8 @@ void assign(T *&place, T *object)
         int mounted = 0;
         for (id each : tarvik::each<NSObject>([mRows datasourceArray]))
             mounted += [mMounts objectForKey:shelf::text(each, shelf::kPath)] != nil;
-        NSString *format = count == 1 ? [@"%d image, %d mounted" localize] : [@"%d images, %d mounted" localize];
+        NSString *format =
+            count == 1 ? [@"%d image, %d mounted" localize] : [@"%d images, %d mounted" localize];
         [mWindow->mStatus setStringValue:[NSString stringWithFormat:format, int(count), mounted]];
     }
 }
@@ -142,7 +149,9 @@ void assign(T *&place, T *object)
 
 - (void)rowsChanged
 {
-    [mRows storeDatasource:self];  // at once, so that they are kept if the display goes away; the file is written a little later
+    [mRows
+        storeDatasource:
+            self];  // at once, so that they are kept if the display goes away; the file is written a little later
     [NSObject cancelPreviousPerformRequestsWithTarget:self selector:@selector(store) object:nil];
     [self performSelector:@selector(store) withObject:nil afterDelay:kStoreDelay inModes:[JobQueue modes]];
     [mWindow->mTable reloadData];
@@ -163,15 +172,21 @@ void assign(T *&place, T *object)
         return;
     }
     mIsSurveying = YES;
-    [NSThread detachNewThreadSelector:@selector(surveyRows:) toTarget:self withObject:shelf::snapshot([mRows datasourceArray])];
+    [NSThread detachNewThreadSelector:@selector(surveyRows:)
+                             toTarget:self
+                           withObject:shelf::snapshot([mRows datasourceArray])];
 }
 
 - (void)surveyRows:(NSArray *)rows
 {
     tarvik::Pool pool;
     const shelf::Survey found = shelf::survey(rows);
-    NSArray *answer = [NSArray arrayWithObjects:found.mounts.get(), found.missing.get(), found.moved.get(), nil];
-    [self performSelectorOnMainThread:@selector(surveyed:) withObject:answer waitUntilDone:NO modes:[JobQueue modes]];
+    NSArray *answer =
+        [NSArray arrayWithObjects:found.mounts.get(), found.missing.get(), found.moved.get(), nil];
+    [self performSelectorOnMainThread:@selector(surveyed:)
+                           withObject:answer
+                        waitUntilDone:NO
+                                modes:[JobQueue modes]];
 }
 
 - (void)surveyed:(NSArray *)answer
@@ -184,7 +199,8 @@ void assign(T *&place, T *object)
     NSDate *const now = [NSDate date];
     assign(mLastSurvey, now);
     mIsSurveying = NO;
-    for (NSMutableDictionary *row : tarvik::each<NSMutableDictionary>([moved count] ? [mRows datasourceArray] : nil)) {
+    for (NSMutableDictionary *row :
+         tarvik::each<NSMutableDictionary>([moved count] ? [mRows datasourceArray] : nil)) {
         if (NSString *now = [moved objectForKey:shelf::text(row, shelf::kPath)])
             [row setObject:now forKey:shelf::kPath];
     }
@@ -230,11 +246,17 @@ void assign(T *&place, T *object)
         }
         return NO;
     }
-    for (SEL needsSelection : {@selector(openImages:), @selector(revealImages:), @selector(verifyImages:), @selector(setImageLabel:)}) {
+    for (SEL needsSelection : {
+             @selector(openImages:), @selector(revealImages:), @selector(verifyImages:),
+                 @selector(setImageLabel:)
+         }) {
         if (sel_isEqual(action, needsSelection))
             return [paths count] > 0;
     }
-    for (SEL needsRows : {@selector(exportCatalogue:), @selector(publishCatalogue:), @selector(printNotes:), @selector(sortByColumn:)}) {
+    for (SEL needsRows : {
+             @selector(exportCatalogue:), @selector(publishCatalogue:), @selector(printNotes:),
+                 @selector(sortByColumn:)
+         }) {
         if (sel_isEqual(action, needsRows))
             return [[mRows datasourceArray] count] > 0;
     }
@@ -282,7 +304,10 @@ void assign(T *&place, T *object)
         [self survey];
 }
 
-- (BOOL)applicationShouldTerminateAfterLastWindowClosed:(NSApplication *)application { return (void)application, YES; }
+- (BOOL)applicationShouldTerminateAfterLastWindowClosed:(NSApplication *)application
+{
+    return (void)application, YES;
+}
 
 - (void)applicationWillTerminate:(NSNotification *)notification
 {
@@ -295,6 +320,9 @@ void assign(T *&place, T *object)
     mTimer = nil;
 }
 
-- (NSUndoManager *)windowWillReturnUndoManager:(NSWindow *)window { return (void)window, mUndo; }
+- (NSUndoManager *)windowWillReturnUndoManager:(NSWindow *)window
+{
+    return (void)window, mUndo;
+}
 
 @end

@@ -4,7 +4,8 @@
 
 namespace {
 
-constexpr CGFloat kWidth = 960, kHeight = 560, kEdge = 12, kButtonHeight = 28, kTop = kButtonHeight + 2 * kEdge, kBottom = 74;
+constexpr CGFloat kWidth = 960, kHeight = 560, kEdge = 12, kButtonHeight = 28,
+                  kTop = kButtonHeight + 2 * kEdge, kBottom = 74;
 
 NSTextField *plainText(NSRect frame, CGFloat size, NSColor *color, BOOL bold)
 {
@@ -47,7 +48,8 @@ void dress(NSButton *button, NSString *title, SEL action, id target)
 // AppKit drags only what was selected before; here a row that is pressed may be dragged at once.
 - (void)mouseDown:(NSEvent *)event
 {
-    constexpr NSUInteger kModifiers = NSShiftKeyMask | NSCommandKeyMask | NSControlKeyMask | NSAlternateKeyMask;
+    constexpr NSUInteger kModifiers =
+        NSShiftKeyMask | NSCommandKeyMask | NSControlKeyMask | NSAlternateKeyMask;
     const NSInteger row = [self rowAtPoint:[self convertPoint:[event locationInWindow] fromView:nil]];
     if (row >= 0 && ![self isRowSelected:row] && !([event modifierFlags] & kModifiers))
         [self selectRowIndexes:[NSIndexSet indexSetWithIndex:NSUInteger(row)] byExtendingSelection:NO];
@@ -119,9 +121,12 @@ void dress(NSButton *button, NSString *title, SEL action, id target)
         SEL action;
         bool spaceBefore;
     } const buttons[] = {
-        {@"Add Images…", @selector(addImages:), false}, {@"New Image…", @selector(newImageFromFolder:), false},
-        {@"Mount", @selector(mountImages:), true},      {@"Unmount", @selector(unmountImages:), false},
-        {@"Reveal", @selector(revealImages:), false},   {@"Verify", @selector(verifyImages:), true},
+        {@"Add Images…", @selector(addImages:), false},
+        {@"New Image…", @selector(newImageFromFolder:), false},
+        {@"Mount", @selector(mountImages:), true},
+        {@"Unmount", @selector(unmountImages:), false},
+        {@"Reveal", @selector(revealImages:), false},
+        {@"Verify", @selector(verifyImages:), true},
         {@"Label", nullptr, false},
     };
     mButtons = [[NSMutableArray alloc] init];
@@ -129,7 +134,8 @@ void dress(NSButton *button, NSString *title, SEL action, id target)
     for (const auto &each : buttons) {
         const bool isLabel = !each.action;
         NSString *title = [each.title localize];
-        NSButton *button = [[[isLabel ? [MenuButton class] : [NSButton class] alloc] initWithFrame:NSZeroRect] autorelease];
+        NSButton *button =
+            [[[isLabel ? [MenuButton class] : [NSButton class] alloc] initWithFrame:NSZeroRect] autorelease];
         dress(button, isLabel ? [title stringByAppendingString:@" ▾"] : title, each.action, target);
         if (isLabel) {
             [button awakeFromNib];  // its own target, as out of an interface file
@@ -152,12 +158,13 @@ void dress(NSButton *button, NSString *title, SEL action, id target)
         CGFloat width;
         bool isEditable;
     } const columns[] = {
-        {shelf::kName, @"Name", 150, true},     {shelf::kPath, @"Path", 230, false},         {shelf::kMounted, @"Mounted at", 140, false},
-        {shelf::kSize, @"Size", 76, false},     {shelf::kChecksum, @"Checksum", 110, false}, {shelf::kLabel, @"Label", 82, false},
+        {shelf::kName, @"Name", 150, true},           {shelf::kPath, @"Path", 230, false},
+        {shelf::kMounted, @"Mounted at", 140, false}, {shelf::kSize, @"Size", 76, false},
+        {shelf::kChecksum, @"Checksum", 110, false},  {shelf::kLabel, @"Label", 82, false},
         {shelf::kNote, @"Note", 140, true},
     };
-    NSScrollView *scroller =
-        [[[NSScrollView alloc] initWithFrame:NSMakeRect(-1, kBottom, kWidth + 2, kHeight - kBottom - kTop)] autorelease];
+    NSScrollView *scroller = [[[NSScrollView alloc]
+        initWithFrame:NSMakeRect(-1, kBottom, kWidth + 2, kHeight - kBottom - kTop)] autorelease];
     [scroller setHasVerticalScroller:YES];
     [scroller setHasHorizontalScroller:YES];
     [scroller setAutohidesScrollers:YES];
@@ -169,7 +176,8 @@ void dress(NSButton *button, NSString *title, SEL action, id target)
         const Class kind = each.key == shelf::kLabel ? [LabelCell class] : [LineCell class];
         NSTextFieldCell *cell = [[[kind alloc] initTextCell:@""] autorelease];
         [cell setFont:[NSFont systemFontOfSize:11]];
-        [cell setLineBreakMode:each.key == shelf::kPath ? NSLineBreakByTruncatingMiddle : NSLineBreakByTruncatingTail];
+        [cell setLineBreakMode:each.key == shelf::kPath ? NSLineBreakByTruncatingMiddle
+                                                        : NSLineBreakByTruncatingTail];
         if (each.key == shelf::kSize)
             [cell setAlignment:NSRightTextAlignment];
         if (each.key == shelf::kChecksum)
@@ -177,7 +185,8 @@ void dress(NSButton *button, NSString *title, SEL action, id target)
         [column setDataCell:cell];
         [cell setEditable:each.isEditable];
         [column setHeaderCell:[[[FlatHeaderCell alloc] initTextCell:[each.title localize]] autorelease]];
-        [[column headerCell] setAlignment:each.key == shelf::kSize ? NSRightTextAlignment : NSLeftTextAlignment];
+        [[column headerCell]
+            setAlignment:each.key == shelf::kSize ? NSRightTextAlignment : NSLeftTextAlignment];
         [column setEditable:each.isEditable];
         [column setWidth:each.width];
         [column setMinWidth:40];
@@ -215,7 +224,8 @@ void dress(NSButton *button, NSString *title, SEL action, id target)
     [mIcon setFrame:NSMakeRect(kEdge, (kBottom - 48) / 2, 48, 48)];
     [mIcon setAutoresizingMask:NSViewMaxYMargin];
     NSColor *const gray = [NSColor colorWithCalibratedWhite:0.35 alpha:1];
-    mTitle = plainText(NSMakeRect(textLeft, 38, workLeft - textLeft - kEdge, 18), 12, [NSColor blackColor], YES);
+    mTitle =
+        plainText(NSMakeRect(textLeft, 38, workLeft - textLeft - kEdge, 18), 12, [NSColor blackColor], YES);
     mDetail = plainText(NSMakeRect(textLeft, 18, workLeft - textLeft - kEdge, 18), 11, gray, NO);
     mStatus = plainText(NSMakeRect(workLeft, 38, workWidth, 18), 11, gray, NO);
     [mStatus setAlignment:NSRightTextAlignment];
@@ -227,9 +237,11 @@ void dress(NSButton *button, NSString *title, SEL action, id target)
     const CGFloat width = ceil([[mCancel cell] cellSize].width) + 16;
     [mCancel setFrame:NSMakeRect(kWidth - kEdge - width, 10, width, 24)];
     [mCancel setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
-    mProgress = [[[FlatProgress alloc] initWithFrame:NSMakeRect(workLeft, 18, workWidth - width - 8, 8)] autorelease];
+    mProgress =
+        [[[FlatProgress alloc] initWithFrame:NSMakeRect(workLeft, 18, workWidth - width - 8, 8)] autorelease];
     [mProgress setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
-    for (NSView *view : {(NSView *)mIcon, (NSView *)mTitle, (NSView *)mDetail, (NSView *)mStatus, (NSView *)mProgress, (NSView *)mCancel})
+    for (NSView *view : {(NSView *)mIcon, (NSView *)mTitle, (NSView *)mDetail, (NSView *)mStatus,
+                         (NSView *)mProgress, (NSView *)mCancel})
         [content addSubview:view];
     [self showWork:nil fraction:0];
 }

@@ -11,7 +11,8 @@ namespace {
 
 NSDictionary *look(NSFont *font, NSColor *color)
 {
-    return [NSDictionary dictionaryWithObjectsAndKeys:font, NSFontAttributeName, color, NSForegroundColorAttributeName, nil];
+    return [NSDictionary
+        dictionaryWithObjectsAndKeys:font, NSFontAttributeName, color, NSForegroundColorAttributeName, nil];
 }
 
 /// Of the text in one line. Laying it out takes ten times as long as adding up its letters, and is needed only where a letter
@@ -90,7 +91,10 @@ NSImage *disc(NSColor *color)
             inside += x * x + y * y <= kRadius * kRadius;
         }
         const CGFloat alpha = [color alphaComponent] * inside / (kFine * kFine);
-        for (CGFloat part : {[color redComponent] * alpha, [color greenComponent] * alpha, [color blueComponent] * alpha, alpha})
+        for (CGFloat part : {[color redComponent] * alpha,
+                             [color greenComponent] * alpha,
+                             [color blueComponent] * alpha,
+                             alpha})
             *point++ = (unsigned char)(part * 255 + 0.5);
     }
     NSImage *image = [[[NSImage alloc] initWithSize:NSMakeSize(kSide, kSide)] autorelease];
@@ -102,8 +106,11 @@ NSImage *disc(NSColor *color)
 void drawLine(NSString *text, NSRect frame, NSDictionary *look, NSTextAlignment alignment, bool cutsTheMiddle)
 {
     NSString *shown = fitting(text, frame.size.width, look, cutsTheMiddle);
-    const CGFloat free = alignment == NSLeftTextAlignment ? 0 : std::max<CGFloat>(frame.size.width - widthOf(shown, look), 0);
-    const CGFloat left = NSMinX(frame) + (alignment == NSRightTextAlignment ? free : alignment == NSCenterTextAlignment ? free / 2 : 0);
+    const CGFloat free =
+        alignment == NSLeftTextAlignment ? 0 : std::max<CGFloat>(frame.size.width - widthOf(shown, look), 0);
+    const CGFloat left = NSMinX(frame) + (alignment == NSRightTextAlignment    ? free
+                                          : alignment == NSCenterTextAlignment ? free / 2
+                                                                               : 0);
     [shown drawAtPoint:NSMakePoint(left, floor(NSMidY(frame) - heightOf(look) / 2)) withAttributes:look];
 }
 
@@ -116,37 +123,48 @@ NSBezierPath *roundedShape(NSRect edge, CGFloat radius)
     const CGFloat left = NSMinX(edge), right = NSMaxX(edge), low = NSMinY(edge), high = NSMaxY(edge);
     NSBezierPath *shape = [NSBezierPath bezierPath];
     [shape moveToPoint:NSMakePoint(left + radius, low)];
-    [shape appendBezierPathWithArcFromPoint:NSMakePoint(right, low) toPoint:NSMakePoint(right, high) radius:radius];
-    [shape appendBezierPathWithArcFromPoint:NSMakePoint(right, high) toPoint:NSMakePoint(left, high) radius:radius];
-    [shape appendBezierPathWithArcFromPoint:NSMakePoint(left, high) toPoint:NSMakePoint(left, low) radius:radius];
-    [shape appendBezierPathWithArcFromPoint:NSMakePoint(left, low) toPoint:NSMakePoint(right, low) radius:radius];
+    [shape appendBezierPathWithArcFromPoint:NSMakePoint(right, low)
+                                    toPoint:NSMakePoint(right, high)
+                                     radius:radius];
+    [shape appendBezierPathWithArcFromPoint:NSMakePoint(right, high)
+                                    toPoint:NSMakePoint(left, high)
+                                     radius:radius];
+    [shape appendBezierPathWithArcFromPoint:NSMakePoint(left, high)
+                                    toPoint:NSMakePoint(left, low)
+                                     radius:radius];
+    [shape appendBezierPathWithArcFromPoint:NSMakePoint(left, low)
+                                    toPoint:NSMakePoint(right, low)
+                                     radius:radius];
     [shape closePath];
     return shape;
 }
 
 void registerStyle()
 {
-    NSString *const ground = @"0.95 0.95 0.95", *const line = @"0.80 0.80 0.80", *const chosen = @"0.80 0.88 0.98";
+    NSString *const ground = @"0.95 0.95 0.95", *const line = @"0.80 0.80 0.80",
+                    *const chosen = @"0.80 0.88 0.98";
     NSMutableDictionary *style = [NSMutableDictionary dictionary];
     [style setObject:@"NSWindows95InterfaceStyle" forKey:@"NSInterfaceStyleDefault"];
     [style setObject:@"YES" forKey:@"GSSuppressAppIcon"];
-    for (NSString *font : {@"NSFont", @"NSUserFont", @"NSLabelFont", @"NSMenuFont", @"NSMessageFont", @"NSToolTipsFont",
-                           @"NSControlContentFont", @"NSTitleBarFont", @"NSPaletteFont"}) {
+    for (NSString *font : {@"NSFont", @"NSUserFont", @"NSLabelFont", @"NSMenuFont", @"NSMessageFont",
+                           @"NSToolTipsFont", @"NSControlContentFont", @"NSTitleBarFont", @"NSPaletteFont"}) {
         [style setObject:@"DejaVuSans" forKey:font];
         [style setObject:@"11" forKey:[font stringByAppendingString:@"Size"]];
     }
     [style setObject:@"DejaVuSans-Bold" forKey:@"NSBoldFont"];
     [style setObject:@"11" forKey:@"NSBoldFontSize"];
     [style setObject:@"DejaVuSansMono" forKey:@"NSUserFixedPitchFont"];
-    for (NSString *color : {@"windowBackgroundColor", @"controlBackgroundColor", @"controlColor", @"knobColor",
-                            @"selectedKnobColor", @"windowFrameColor", @"controlHighlightColor"})
+    for (NSString *color :
+         {@"windowBackgroundColor", @"controlBackgroundColor", @"controlColor", @"knobColor",
+          @"selectedKnobColor", @"windowFrameColor", @"controlHighlightColor"})
         [style setObject:ground forKey:color];
     for (NSString *color : {@"controlShadowColor", @"gridColor"})
         [style setObject:line forKey:color];
     [style setObject:@"0.6 0.6 0.6" forKey:@"controlDarkShadowColor"];
     [style setObject:@"0.88 0.88 0.88" forKey:@"scrollBarColor"];
     [style setObject:@"0.2 0.2 0.2" forKey:@"windowFrameTextColor"];  // also the headings of tables
-    for (NSString *color : {@"selectedControlColor", @"selectedTextBackgroundColor", @"selectedMenuItemColor"})
+    for (NSString *color :
+         {@"selectedControlColor", @"selectedTextBackgroundColor", @"selectedMenuItemColor"})
         [style setObject:chosen forKey:color];
     // Shortcuts with the key that everybody here presses.
     [style setObject:@"Control_L" forKey:@"GSFirstCommandKey"];
@@ -161,8 +179,9 @@ void registerStyle()
 
 NSColor *labelColor(int label)
 {
-    static const float colors[kLabelCount][3] = {{0, 0, 0},          {0.90, 0.26, 0.24}, {0.95, 0.58, 0.20}, {0.93, 0.78, 0.20},
-                                                 {0.26, 0.53, 0.88}, {0.65, 0.40, 0.80}, {0.36, 0.70, 0.34}, {0.58, 0.58, 0.58}};
+    static const float colors[kLabelCount][3] = {{0, 0, 0},          {0.90, 0.26, 0.24}, {0.95, 0.58, 0.20},
+                                                 {0.93, 0.78, 0.20}, {0.26, 0.53, 0.88}, {0.65, 0.40, 0.80},
+                                                 {0.36, 0.70, 0.34}, {0.58, 0.58, 0.58}};
     if (label <= 0 || label >= kLabelCount)
         return [NSColor clearColor];
     const float *c = colors[label];
@@ -214,8 +233,10 @@ NSImage *labelSpot(int label)
         return;
     NSImage *spot = shelf::labelSpot(label);
     const CGFloat top = floor(NSMidY(frame) - 6);
-    [spot compositeToPoint:NSMakePoint(NSMinX(frame) + 2, [view isFlipped] ? top + 12 : top) operation:NSCompositeSourceOver];
-    drawLine([shelf::labelName(label) localize], NSMakeRect(NSMinX(frame) + 19, NSMinY(frame), frame.size.width - 19, frame.size.height),
+    [spot compositeToPoint:NSMakePoint(NSMinX(frame) + 2, [view isFlipped] ? top + 12 : top)
+                 operation:NSCompositeSourceOver];
+    drawLine([shelf::labelName(label) localize],
+             NSMakeRect(NSMinX(frame) + 19, NSMinY(frame), frame.size.width - 19, frame.size.height),
              look([self font], [NSColor controlTextColor]), NSLeftTextAlignment, false);
 }
 
@@ -226,8 +247,8 @@ NSImage *labelSpot(int label)
 - (void)drawInteriorWithFrame:(NSRect)frame inView:(NSView *)view
 {
     (void)view;
-    drawLine([self stringValue], NSInsetRect(frame, 2, 0), look([self font], [self textColor]), [self alignment],
-             [self lineBreakMode] == NSLineBreakByTruncatingMiddle);
+    drawLine([self stringValue], NSInsetRect(frame, 2, 0), look([self font], [self textColor]),
+             [self alignment], [self lineBreakMode] == NSLineBreakByTruncatingMiddle);
 }
 
 @end
@@ -242,7 +263,8 @@ NSImage *labelSpot(int label)
     [[NSColor colorWithCalibratedWhite:0.82 alpha:1] set];
     NSRectFill(NSMakeRect(NSMinX(frame), NSMaxY(frame) - 1, frame.size.width, 1));
     NSRectFill(NSMakeRect(NSMaxX(frame) - 1, NSMinY(frame) + 4, 1, frame.size.height - 8));
-    drawLine([self stringValue], NSInsetRect(frame, 7, 0), look([NSFont systemFontOfSize:11], [NSColor colorWithCalibratedWhite:0.3 alpha:1]),
+    drawLine([self stringValue], NSInsetRect(frame, 7, 0),
+             look([NSFont systemFontOfSize:11], [NSColor colorWithCalibratedWhite:0.3 alpha:1]),
              [self alignment], false);
 }
 

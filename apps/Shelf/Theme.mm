@@ -53,7 +53,10 @@ void frame(NSRect area, NSColor *color)
 
 @implementation FlatSlotCell
 
-- (void)drawWithFrame:(NSRect)area inView:(NSView *)view { (void)view, fill(area, gray(0.95)); }
+- (void)drawWithFrame:(NSRect)area inView:(NSView *)view
+{
+    (void)view, fill(area, gray(0.95));
+}
 
 @end
 
@@ -69,7 +72,8 @@ void frame(NSRect area, NSColor *color)
 - (void)drawWithFrame:(NSRect)area inView:(NSView *)view
 {
     fill(area, gray([self isHighlighted] ? 0.86 : 0.95));
-    const CGFloat half = 3.5, x = NSMidX(area), y = NSMidY(area), along = mIsForward == (mIsHorizontal || [view isFlipped]) ? half / 2 : -half / 2;
+    const CGFloat half = 3.5, x = NSMidX(area), y = NSMidY(area),
+                  along = mIsForward == (mIsHorizontal || [view isFlipped]) ? half / 2 : -half / 2;
     NSBezierPath *triangle = [NSBezierPath bezierPath];
     if (mIsHorizontal) {
         [triangle moveToPoint:NSMakePoint(x - along, y - half)];
@@ -124,15 +128,23 @@ void frame(NSRect area, NSColor *color)
     [super dealloc];
 }
 
-- (NSString *)name { return kName; }
+- (NSString *)name
+{
+    return kName;
+}
 
 // ---- Buttons
 
-- (void)drawButton:(NSRect)area in:(NSCell *)cell view:(NSView *)view style:(int)style state:(GSThemeControlState)state
+- (void)drawButton:(NSRect)area
+                in:(NSCell *)cell
+              view:(NSView *)view
+             style:(int)style
+             state:(GSThemeControlState)state
 {
     (void)view, (void)style;
     const bool isPressed = state == GSThemeHighlightedState || state == GSThemeSelectedState;
-    const bool isDefault = [cell isKindOfClass:[NSButtonCell class]] && [[(NSButtonCell *)cell keyEquivalent] isEqual:@"\r"];
+    const bool isDefault =
+        [cell isKindOfClass:[NSButtonCell class]] && [[(NSButtonCell *)cell keyEquivalent] isEqual:@"\r"];
     NSBezierPath *shape = shelf::roundedShape(NSInsetRect(area, 0.5, 0.5), 4);
     [gray(isPressed ? 0.86 : 0.99) set];
     [shape fill];
@@ -142,7 +154,10 @@ void frame(NSRect area, NSColor *color)
 }
 
 // The button that Return presses is known by its colour.
-- (void)setKeyEquivalent:(NSString *)key forButtonCell:(NSButtonCell *)cell { (void)key, (void)cell; }
+- (void)setKeyEquivalent:(NSString *)key forButtonCell:(NSButtonCell *)cell
+{
+    (void)key, (void)cell;
+}
 
 - (void)drawFocusFrame:(NSRect)area view:(NSView *)view
 {
@@ -163,31 +178,46 @@ void frame(NSRect area, NSColor *color)
 
 // ---- Scrollers
 
-- (NSCell *)cellForScrollerKnob:(BOOL)horizontal { return (void)horizontal, mKnob; }
-- (NSCell *)cellForScrollerKnobSlot:(BOOL)horizontal { return (void)horizontal, mSlot; }
+- (NSCell *)cellForScrollerKnob:(BOOL)horizontal
+{
+    return (void)horizontal, mKnob;
+}
+- (NSCell *)cellForScrollerKnobSlot:(BOOL)horizontal
+{
+    return (void)horizontal, mSlot;
+}
 - (NSButtonCell *)cellForScrollerArrow:(NSScrollerArrow)arrow horizontal:(BOOL)horizontal
 {
     return mArrows[horizontal ? 1 : 0][arrow == NSScrollerIncrementArrow ? 1 : 0];
 }
-- (float)defaultScrollerWidth { return 15; }
+- (float)defaultScrollerWidth
+{
+    return 15;
+}
 - (void)drawTableCornerView:(NSView *)view withClip:(NSRect)clip
 {
     (void)clip;
     const NSRect area = [view bounds];
     fill(area, gray(0.97));
-    fill(NSMakeRect(NSMinX(area), [view isFlipped] ? NSMaxY(area) - 1 : NSMinY(area), area.size.width, 1), gray(0.82));
+    fill(NSMakeRect(NSMinX(area), [view isFlipped] ? NSMaxY(area) - 1 : NSMinY(area), area.size.width, 1),
+         gray(0.82));
 }
 
 // ---- Menus
 
-- (void)drawBackgroundForMenuView:(NSMenuView *)view withFrame:(NSRect)area dirtyRect:(NSRect)dirty horizontal:(BOOL)horizontal
+- (void)drawBackgroundForMenuView:(NSMenuView *)view
+                        withFrame:(NSRect)area
+                        dirtyRect:(NSRect)dirty
+                       horizontal:(BOOL)horizontal
 {
     (void)view, (void)dirty;
     fill(area, horizontal ? gray(0.95) : gray(0.99));
     if (!horizontal)
         frame(area, gray(0.70));
 }
-- (BOOL)drawsBorderForMenuItemCell:(NSMenuItemCell *)cell state:(GSThemeControlState)state isHorizontal:(BOOL)horizontal
+- (BOOL)drawsBorderForMenuItemCell:(NSMenuItemCell *)cell
+                             state:(GSThemeControlState)state
+                      isHorizontal:(BOOL)horizontal
 {
     return (void)cell, (void)state, (void)horizontal, NO;
 }
@@ -197,14 +227,21 @@ void frame(NSRect area, NSColor *color)
                                          state:(GSThemeControlState)state
                                   isHorizontal:(BOOL)horizontal
 {
-    const bool isChosen = (state == GSThemeSelectedState || state == GSThemeHighlightedState) && [[cell menuItem] isEnabled];
+    const bool isChosen =
+        (state == GSThemeSelectedState || state == GSThemeHighlightedState) && [[cell menuItem] isEnabled];
     const NSRect inside = horizontal ? area : NSInsetRect(area, 1, 0);
     fill(inside, isChosen ? [NSColor selectedMenuItemColor] : gray(horizontal ? 0.95 : 0.99));
     if (!horizontal)  // the first and the last item cover the menu's edges
         frame([view bounds], gray(0.70));
 }
-- (NSColor *)menuSeparatorColor { return gray(0.85); }
-- (CGFloat)menuSeparatorInset { return 8; }
+- (NSColor *)menuSeparatorColor
+{
+    return gray(0.85);
+}
+- (CGFloat)menuSeparatorInset
+{
+    return 8;
+}
 
 @end
 

@@ -8,8 +8,7 @@
 #include <optional>
 #include <sstream>
 
-namespace
-{
+namespace {
 
 // One file that can't be read doesn't keep the others from being read.
 void complain(const CheckKind &kind, const std::exception &failure)

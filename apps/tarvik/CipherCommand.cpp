@@ -9,8 +9,7 @@
 #include <sstream>
 #include <sys/random.h>
 
-namespace
-{
+namespace {
 
 struct Algorithm {
     const char *name;

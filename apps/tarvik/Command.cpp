@@ -22,7 +22,10 @@ Registration::Registration(Command command)
 
 const std::map<std::string, Command> &allCommands() { return registry(); }
 
-Failure systemFailure(const std::string &what, int code) { return Failure(what + ": " + std::strerror(code)); }
+Failure systemFailure(const std::string &what, int code)
+{
+    return Failure(what + ": " + std::strerror(code));
+}
 
 std::optional<std::string> Arguments::value(const std::string &option) const
 {

@@ -59,9 +59,9 @@ private:
 
 struct Command {
     std::string name;
-    std::string summary;             // one line, no full stop
-    std::string usage = {};          // what follows the name
-    std::string details = {};        // paragraphs and examples, as they are to be printed
+    std::string summary;       // one line, no full stop
+    std::string usage = {};    // what follows the name
+    std::string details = {};  // paragraphs and examples, as they are to be printed
     std::vector<Option> options = {};
     std::function<int(const Arguments &)> run = {};  // of a command without subcommands
     std::vector<Command> subcommands = {};

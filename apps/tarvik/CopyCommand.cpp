@@ -10,8 +10,7 @@
 #include <memory>
 #include <set>
 
-namespace
-{
+namespace {
 
 namespace fs = std::filesystem;
 
@@ -197,9 +196,9 @@ private:
             throw systemFailure(path, error.value());
         const auto copyEach = [&](const std::string &name) {
             isWhole_ &= forEachFile("copy", {path + "/" + name}, [&](const std::string &item) {
-                const FSRef source = itemAt(item, kFSPathMakeRefDoNotFollowLeafSymlink);
-                this->copy(item, source, copy, Name(FSCopyNameString(&source)).get());
-            }) == kSuccess;
+                            const FSRef source = itemAt(item, kFSPathMakeRefDoNotFollowLeafSymlink);
+                            this->copy(item, source, copy, Name(FSCopyNameString(&source)).get());
+                        }) == kSuccess;
         };
         for (const std::string &name : names)
             copyEach(name);

@@ -7,13 +7,11 @@
 #include <cstdio>
 #include <vector>
 
-namespace
-{
+namespace {
 
 // A file's check, joined from the checks of its blocks: a file may be larger than what CCRC32 takes at once,
 // and need not be in memory.
-class JoinedCheck
-{
+class JoinedCheck {
 public:
     void add(const void *block, uint32_t length)
     {

@@ -7,8 +7,7 @@
 #include <cstdlib>
 #include <memory>
 
-namespace
-{
+namespace {
 
 constexpr size_t kBlock = 8;
 

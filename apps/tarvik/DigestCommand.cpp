@@ -8,8 +8,7 @@
 #include <memory>
 #include <vector>
 
-namespace
-{
+namespace {
 
 struct Algorithm {
     const char *name;

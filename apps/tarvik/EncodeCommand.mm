@@ -11,7 +11,10 @@
 
 namespace {
 
-std::string nameOf(CFStringEncoding encoding) { return utf8Of((NSString *)CFStringConvertEncodingToIANACharSetName(encoding)); }
+std::string nameOf(CFStringEncoding encoding)
+{
+    return utf8Of((NSString *)CFStringConvertEncodingToIANACharSetName(encoding));
+}
 
 CFStringEncoding encodingNamed(const std::string &name)
 {
@@ -23,7 +26,8 @@ CFStringEncoding encodingNamed(const std::string &name)
 
 int list()
 {
-    for (const CFStringEncoding *encoding = CFStringGetListOfAvailableEncodings(); *encoding != kCFStringEncodingInvalidId; ++encoding)
+    for (const CFStringEncoding *encoding = CFStringGetListOfAvailableEncodings();
+         *encoding != kCFStringEncodingInvalidId; ++encoding)
         std::printf("0x%08X  %-18s %s\n", *encoding, nameOf(*encoding).c_str(),
                     utf8Of((NSString *)CFStringGetNameOfEncoding(*encoding)).c_str());
     return kSuccess;
@@ -42,11 +46,13 @@ int encode(const Arguments &arguments)
         throw Failure(file.name() + ": is not text in " + nameOf(from) + " (name its encoding with --from)");
     [(NSString *)text autorelease];
     const auto target = arguments.value("to");
-    CFDataRef out = target ? CFStringCreateExternalRepresentation(kCFAllocatorDefault, text, encodingNamed(*target),
-                                                                 arguments.has("lossy") ? '?' : 0)
-                           : CFStringCreateConvertableExternalRepresentation(text);
+    CFDataRef out =
+        target ? CFStringCreateExternalRepresentation(kCFAllocatorDefault, text, encodingNamed(*target),
+                                                      arguments.has("lossy") ? '?' : 0)
+               : CFStringCreateConvertableExternalRepresentation(text);
     if (!out)
-        throw Failure(file.name() + ": has characters that " + *target + " lacks (--lossy writes '?' for them)");
+        throw Failure(file.name() + ": has characters that " + *target +
+                      " lacks (--lossy writes '?' for them)");
     writeOutput(tarvik::bytes([(NSData *)out autorelease]).value_or(""));
     return kSuccess;
 }
@@ -55,7 +61,8 @@ const Registration registration({
     .name = "encode",
     .summary = "convert text between encodings",
     .usage = "[OPTION]... [FILE]",
-    .details = "FILE is standard input when it is missing or '-'. Without --to the text is written in the system's encoding, or in\n"
+    .details = "FILE is standard input when it is missing or '-'. Without --to the text is written in the "
+               "system's encoding, or in\n"
                "the first available one that holds it. Encodings go by their registered names.\n\n"
                "Example:\n  tarvik encode --from=macintosh --to=utf-8 readme.txt",
     .options = {{'f', "from", "NAME", "the encoding of the text (utf-8)"},

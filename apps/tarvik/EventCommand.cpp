@@ -25,7 +25,8 @@ FourCharCode codeOf(const std::string &word, const char *what)
 {
     OwnedDesc code;
     FourCharCode value;
-    if (word.size() > kCodeLength || AECoercePtr(typeUTF8Text, (word + "    ").data(), kCodeLength, typeType, code.out()) != noErr ||
+    if (word.size() > kCodeLength ||
+        AECoercePtr(typeUTF8Text, (word + "    ").data(), kCodeLength, typeType, code.out()) != noErr ||
         AEGetDescData(code.get(), &value, sizeof value) != noErr)
         throw UsageError("'" + word + "' is no " + what + " (up to four characters)");
     return value;
@@ -66,7 +67,8 @@ OwnedDesc fileDesc(const std::string &path, DescType type)
 OwnedDesc targetNamed(const std::string &word)
 {
     if (word == "self" || word == "system") {
-        const ProcessSerialNumber number = {0, word == "self" ? UInt32(kCurrentProcess) : UInt32(kSystemProcess)};
+        const ProcessSerialNumber number = {0, word == "self" ? UInt32(kCurrentProcess)
+                                                              : UInt32(kSystemProcess)};
         return descOf(typeProcessSerialNumber, &number, sizeof number);
     }
     if (word.starts_with("sign:")) {
@@ -76,13 +78,16 @@ OwnedDesc targetNamed(const std::string &word)
     char *end;
     const long pid = std::strtol(word.c_str(), &end, 10);
     if (!word.empty() && *end == '\0') {
-        const SInt32 number = pid > 0 && pid <= INT_MAX ? SInt32(pid) : throw UsageError("'" + word + "' is no process id");
+        const SInt32 number =
+            pid > 0 && pid <= INT_MAX ? SInt32(pid) : throw UsageError("'" + word + "' is no process id");
         return descOf(typeKernelProcessID, &number, sizeof number);
     }
     if (word.find('/') != word.npos)
         return fileDesc(word, typeApplicationURL);
     if (word.find('.') == word.npos)
-        throw UsageError("'" + word + "' is no target (a process id, a bundle identifier, sign:CODE, the path of an application, self or system)");
+        throw UsageError("'" + word +
+                         "' is no target (a process id, a bundle identifier, sign:CODE, the path of an "
+                         "application, self or system)");
     return descOf(typeApplicationBundleID, word.data(), word.size());
 }
 
@@ -101,9 +106,11 @@ OwnedDesc valueOf(const std::string &text, const std::string &typeName)
 void putParam(AppleEvent *event, const std::string &word)
 {
     const size_t equals = word.find('='), keyLength = word.starts_with(':') ? 0 : kCodeLength;
-    const bool hasType = equals != word.npos && equals > keyLength && word[keyLength] == ':' && equals <= keyLength + 1 + kCodeLength;
+    const bool hasType = equals != word.npos && equals > keyLength && word[keyLength] == ':' &&
+                         equals <= keyLength + 1 + kCodeLength;
     const bool hasKey = hasType || (keyLength > 0 && equals == keyLength);
-    const AEKeyword key = hasKey && keyLength > 0 ? codeOf(word.substr(0, keyLength), "keyword") : AEKeyword(keyDirectObject);
+    const AEKeyword key =
+        hasKey && keyLength > 0 ? codeOf(word.substr(0, keyLength), "keyword") : AEKeyword(keyDirectObject);
     const std::string type = hasType ? word.substr(keyLength + 1, equals - keyLength - 1) : "";
     if (AEPutParamDesc(event, key, valueOf(hasKey ? word.substr(equals + 1) : word, type).get()) != noErr)
         throw Failure("no memory");
@@ -139,13 +146,15 @@ int send(const Arguments &arguments)
     const Name name = eventNamed(words[1]);
     const auto seconds = arguments.number("timeout", 0, INT_MAX / kTicksPerSecond);
     OwnedDesc event, reply;
-    if (AECreateAppleEvent(name.eventClass, name.eventID, target.get(), kAutoGenerateReturnID, kAnyTransactionID, event.out()) != noErr)
+    if (AECreateAppleEvent(name.eventClass, name.eventID, target.get(), kAutoGenerateReturnID,
+                           kAnyTransactionID, event.out()) != noErr)
         throw Failure("no memory");
     for (size_t i = 2; i < words.size(); ++i)
         putParam(event.get(), words[i]);
     const bool waits = !arguments.has("no-reply");
-    const OSStatus error = AESendMessage(event.get(), reply.out(), waits ? kAEWaitReply : kAENoReply,
-                                         seconds ? long(*seconds) * kTicksPerSecond : long(kAEDefaultTimeout));
+    const OSStatus error =
+        AESendMessage(event.get(), reply.out(), waits ? kAEWaitReply : kAENoReply,
+                      seconds ? long(*seconds) * kTicksPerSecond : long(kAEDefaultTimeout));
     if (error)
         throw Failure(words[0] + ": " + reasonOf(error));
     if (!waits)
@@ -177,7 +186,8 @@ OSErr print(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
     if (listening.echoes && AEGetParamDesc(event, keyDirectObject, typeWildCard, object.out()) == noErr)
         AEPutParamDesc(reply, keyDirectObject, object.get());
     if (listening.isAnswering)
-        AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, listening.answer.data(), Size(listening.answer.size()));
+        AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, listening.answer.data(),
+                      Size(listening.answer.size()));
     if ((listening.left > 0 && --listening.left == 0) || id == kAEQuitApplication)
         CFRunLoopStop(CFRunLoopGetMain());
     return noErr;
@@ -185,14 +195,15 @@ OSErr print(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
 
 int listen(const Arguments &arguments)
 {
-    Listening listening = {arguments.number("count", 1, INT64_MAX).value_or(0), arguments.has("echo"), arguments.has("answer"),
-                           arguments.value("answer").value_or("")};
+    Listening listening = {arguments.number("count", 1, INT64_MAX).value_or(0), arguments.has("echo"),
+                           arguments.has("answer"), arguments.value("answer").value_or("")};
     std::vector<std::string> names = arguments.rest();
     if (names.empty())
         names = {"****/****"};
     for (const std::string &word : names) {
         const Name name = eventNamed(word);
-        if (!AppleEventInstallHandler(name.eventClass, name.eventID, print, reinterpret_cast<SRefCon>(&listening)))
+        if (!AppleEventInstallHandler(name.eventClass, name.eventID, print,
+                                      reinterpret_cast<SRefCon>(&listening)))
             throw Failure("no memory");
     }
     if (!arguments.has("quiet"))
@@ -204,9 +215,12 @@ int listen(const Arguments &arguments)
 const Registration registration({
     .name = "event",
     .summary = "send Apple events to other programs, and receive them",
-    .details = "TARGET is a process id, a bundle identifier, sign:CODE, the path of an application's folder (with a slash in it), self or\n"
-               "system. An event is CLASS/ID, each of up to four characters. A parameter is VALUE or :TYPE=VALUE, the direct object, or KEY=VALUE or KEY:TYPE=VALUE: text, or a value\n"
-               "of a type (long, doub, bool, type, enum, furl, alis ...). Replies and received events are printed as\n"
+    .details = "TARGET is a process id, a bundle identifier, sign:CODE, the path of an application's folder "
+               "(with a slash in it), self or\n"
+               "system. An event is CLASS/ID, each of up to four characters. A parameter is VALUE or "
+               ":TYPE=VALUE, the direct object, or KEY=VALUE or KEY:TYPE=VALUE: text, or a value\n"
+               "of a type (long, doub, bool, type, enum, furl, alis ...). Replies and received events are "
+               "printed as\n"
                "'CLASS'\\'ID'{ 'KEY':VALUE, ... }.\n\n"
                "Examples:\n"
                "  tarvik event listen --echo &\n"
@@ -218,7 +232,8 @@ const Registration registration({
             {.name = "send",
              .summary = "send an event and print the reply; 1 when that tells of an error",
              .usage = "[OPTION]... TARGET CLASS/ID [PARAMETER]...",
-             .options = {{'n', "no-reply", nullptr, "do not wait for a reply"}, {'t', "timeout", "SECONDS", "wait so long at most (60)"}},
+             .options = {{'n', "no-reply", nullptr, "do not wait for a reply"},
+                         {'t', "timeout", "SECONDS", "wait so long at most (60)"}},
              .run = send},
             {.name = "listen",
              .summary = "print the events that come, until aevt/quit does",

@@ -7,8 +7,7 @@
 #include <memory>
 #include <unistd.h>
 
-namespace
-{
+namespace {
 
 constexpr size_t kTypeAt = 0, kCreatorAt = 4, kCodeLength = 4;
 
@@ -163,8 +162,7 @@ int forks(const Arguments &arguments)
 }
 
 /// An open fork; closing it tells whether all was put in place.
-class ForkStream
-{
+class ForkStream {
 public:
     ForkStream(const std::string &path, bool isResource, SInt8 permission) : path_(path)
     {

@@ -74,10 +74,12 @@ void writeManual(std::ostringstream &out, const std::string &path, const Command
         writeDetails(out, command.details);
     }
     if (command.run) {
-        out << ".SS \"" << roff(path) << " " << roff(command.usage) << "\"\n" << roff(sentence(command.summary)) << "\n";
+        out << ".SS \"" << roff(path) << " " << roff(command.usage) << "\"\n"
+            << roff(sentence(command.summary)) << "\n";
         for (const Option &option : command.options) {
             const std::string form = optionForm(option);
-            out << ".TP\n.B " << roff(form.substr(form.find_first_not_of(' '))) << "\n" << roff(option.help) << "\n";
+            out << ".TP\n.B " << roff(form.substr(form.find_first_not_of(' '))) << "\n"
+                << roff(option.help) << "\n";
         }
         if (!command.details.empty())
             writeDetails(out, command.details);
@@ -100,7 +102,8 @@ std::string helpText(const std::string &path, const Command &command)
         out << "\n'" << path << " COMMAND --help' tells more of each.\n";
         return out.str();
     }
-    out << "Usage: " << path << (command.usage.empty() ? "" : " ") << command.usage << "\n" << sentence(command.summary) << "\n\nOptions:\n";
+    out << "Usage: " << path << (command.usage.empty() ? "" : " ") << command.usage << "\n"
+        << sentence(command.summary) << "\n\nOptions:\n";
     for (const Option &option : command.options)
         out << padded("  " + optionForm(option)) << option.help << "\n";
     out << padded("  -h, --help") << "this text\n";
@@ -112,7 +115,8 @@ std::string helpText(const std::string &path, const Command &command)
 std::string programHelp()
 {
     std::ostringstream out;
-    out << "Usage: tarvik COMMAND [ARGUMENT]...\nWhat the Tarvik toolkit does, from the command line.\n\nCommands:\n";
+    out << "Usage: tarvik COMMAND [ARGUMENT]...\nWhat the Tarvik toolkit does, from the command "
+           "line.\n\nCommands:\n";
     for (const auto &[name, command] : allCommands())
         out << padded("  " + name) << command.summary << "\n";
     out << "\n'tarvik COMMAND --help' tells more of each; 'tarvik --version' tells the version.\n"
@@ -126,7 +130,8 @@ std::string manualPage()
     out << ".TH TARVIK 1 \"\" \"Tarvik " TARVIK_VERSION "\" \"User Commands\"\n"
            ".SH NAME\ntarvik \\- the Tarvik toolkit from the command line\n"
            ".SH SYNOPSIS\n.B tarvik\n.I COMMAND\n[\\fIARGUMENT\\fR]...\n"
-           ".SH DESCRIPTION\nEach command shows one of the toolkit's services at work on files, standard input or the system.\n"
+           ".SH DESCRIPTION\nEach command shows one of the toolkit's services at work on files, standard "
+           "input or the system.\n"
            ".SH COMMANDS\n";
     for (const auto &[name, command] : allCommands())
         writeManual(out, "tarvik " + name, command);

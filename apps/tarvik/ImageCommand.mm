@@ -185,7 +185,8 @@ int mountImages(const Arguments &arguments)
         DiskImage *image = [DiskImage diskImageWithFilepath:pathString(fullPath(given))];
         if (![image mount])
             throw Failure(given + ": could not be mounted (the tool's own message says why)");
-        for (NSDictionary *entity : tarvik::each<NSDictionary>([reported(fullPath(given)) objectForKey:@"system-entities"]))
+        for (NSDictionary *entity :
+             tarvik::each<NSDictionary>([reported(fullPath(given)) objectForKey:@"system-entities"]))
             if (NSString *point = [entity objectForKey:@"mount-point"])
                 std::printf("%s\n", text(point).c_str());
     }
@@ -211,14 +212,15 @@ int unmountImages(const Arguments &arguments)
 const Registration registration({
     .name = "image",
     .summary = "make, mount, list and unmount disk images",
-    .details =
-        "Images are squashfs (which create makes), ext4 and ISO 9660, or disks with partitions of those (for root); what one\n"
-        "is, is told by its content. A mounted image, each of its partitions, stands in the user's media folder, under its own name.\n\n"
-        "Examples:\n"
-        "  tarvik image create ~/Photos photos.img\n"
-        "  folder=$(tarvik image mount photos.img)\n"
-        "  tarvik image list --plist\n"
-        "  tarvik image unmount photos.img",
+    .details = "Images are squashfs (which create makes), ext4 and ISO 9660, or disks with partitions of "
+               "those (for root); what one\n"
+               "is, is told by its content. A mounted image, each of its partitions, stands in the user's "
+               "media folder, under its own name.\n\n"
+               "Examples:\n"
+               "  tarvik image create ~/Photos photos.img\n"
+               "  folder=$(tarvik image mount photos.img)\n"
+               "  tarvik image list --plist\n"
+               "  tarvik image unmount photos.img",
     .subcommands =
         {
             {.name = "info",

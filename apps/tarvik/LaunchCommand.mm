@@ -24,7 +24,8 @@ LSRolesMask roleOf(const std::string &name)
 std::string applicationNamed(const std::string &word, OSType creator, NSString *identifier, NSString *name)
 {
     FSRef found;
-    if (LSFindApplicationForInfo(creator, (CFStringRef)identifier, (CFStringRef)name, &found, nullptr) != noErr)
+    if (LSFindApplicationForInfo(creator, (CFStringRef)identifier, (CFStringRef)name, &found, nullptr) !=
+        noErr)
         throw Failure(word + ": no application of that name, creator or identifier is known");
     return pathOfItem(found);
 }
@@ -41,12 +42,14 @@ int run(const Arguments &arguments)
     if (const auto identifier = arguments.value("identifier"); identifier)
         paths.push_back(applicationNamed(*identifier, kLSUnknownCreator, textOf(*identifier), nil));
     for (const std::string &word : arguments.rest(paths.empty() ? 1 : 0)) {
-        const bool isApplicationName = word.find('/') == word.npos && (word.ends_with(".app") || word.ends_with(".desktop"));
+        const bool isApplicationName =
+            word.find('/') == word.npos && (word.ends_with(".app") || word.ends_with(".desktop"));
         paths.push_back(isApplicationName && ![[NSFileManager defaultManager] fileExistsAtPath:textOf(word)]
                             ? applicationNamed(word, kLSUnknownCreator, nil, textOf(word))
                             : pathOfItem(itemAt(word)));
     }
-    const LSLaunchFlags flags = kLSLaunchDefaults | (arguments.has("new") ? LSLaunchFlags(kLSLaunchNewInstance) : 0) |
+    const LSLaunchFlags flags = kLSLaunchDefaults |
+                                (arguments.has("new") ? LSLaunchFlags(kLSLaunchNewInstance) : 0) |
                                 (arguments.has("background") ? LSLaunchFlags(kLSLaunchDontSwitch) : 0) |
                                 (arguments.has("print") ? LSLaunchFlags(kLSLaunchAndPrint) : 0);
     const LSRolesMask role = roleOf(arguments.value("role").value_or("all"));
@@ -58,9 +61,14 @@ int run(const Arguments &arguments)
             if (application)
                 writeOutput(utf8Of(application) + "\n");
             else
-                std::fprintf(stderr, "tarvik launch: %s: no application opens it in that role\n", path.c_str()), status = kFailure;
+                std::fprintf(stderr, "tarvik launch: %s: no application opens it in that role\n",
+                             path.c_str()),
+                    status = kFailure;
         } else if (![item launchWithLaunchFlags:flags]) {
-            std::fprintf(stderr, "tarvik launch: %s: could not be launched (no application opens it, or its program can't be run)\n", path.c_str());
+            std::fprintf(stderr,
+                         "tarvik launch: %s: could not be launched (no application opens it, or its program "
+                         "can't be run)\n",
+                         path.c_str());
             status = kFailure;
         }
     }
@@ -71,7 +79,8 @@ const Registration registration({
     .name = "launch",
     .summary = "launch applications by path, name, creator or identifier",
     .usage = "[OPTION]... [APPLICATION|FILE]...",
-    .details = "An application that runs already is brought to the front; a file is opened with its default application. Nothing is waited for.\n\n"
+    .details = "An application that runs already is brought to the front; a file is opened with its default "
+               "application. Nothing is waited for.\n\n"
                "Examples:\n"
                "  tarvik launch Ink.app\n"
                "  tarvik launch --new --background /usr/lib/GNUstep/Applications/Ink.app\n"

@@ -21,7 +21,8 @@ public:
                 const size_t equals = word.find('=');
                 const Option &option = find(command, word.substr(2, equals - 2), word);
                 if (option.value)
-                    take(option, equals == std::string::npos ? next(option, words, i) : word.substr(equals + 1));
+                    take(option,
+                         equals == std::string::npos ? next(option, words, i) : word.substr(equals + 1));
                 else if (equals != std::string::npos)
                     throw UsageError("--" + std::string(option.name) + " takes no value");
                 else
@@ -67,7 +68,10 @@ private:
             throw UsageError("--" + std::string(option.name) + " takes a value (" + option.value + ")");
         return words[++i];
     }
-    void take(const Option &option, std::string value) { arguments_.options_[option.name].push_back(std::move(value)); }
+    void take(const Option &option, std::string value)
+    {
+        arguments_.options_[option.name].push_back(std::move(value));
+    }
 
     Arguments arguments_;
 };

@@ -63,8 +63,7 @@
 
 @end
 
-namespace
-{
+namespace {
 
 constexpr int64_t kUsualLimit = 70;
 

@@ -7,8 +7,7 @@
 #import <Tarvik/support/ArrayRange.h>
 #import <Tarvik/support/Retained.h>
 
-namespace
-{
+namespace {
 
 std::string server(bool isHTTPS)
 {

@@ -13,7 +13,10 @@
 
 namespace {
 
-uint64_t serialOf(const ProcessSerialNumber &number) { return uint64_t(number.highLongOfPSN) << 32 | number.lowLongOfPSN; }
+uint64_t serialOf(const ProcessSerialNumber &number)
+{
+    return uint64_t(number.highLongOfPSN) << 32 | number.lowLongOfPSN;
+}
 
 std::vector<ProcessSerialNumber> allProcesses()
 {
@@ -33,7 +36,8 @@ std::vector<ProcessSerialNumber> processesOf(const std::string &path)
     std::vector<ProcessSerialNumber> found = allProcesses();
     std::erase_if(found, [&](const ProcessSerialNumber &number) {
         FSRef location;
-        return GetProcessBundleLocation(&number, &location) != noErr || FSCompareFSRefs(&location, &wanted) != noErr;
+        return GetProcessBundleLocation(&number, &location) != noErr ||
+               FSCompareFSRefs(&location, &wanted) != noErr;
     });
     return found;
 }
@@ -54,14 +58,19 @@ std::vector<ProcessSerialNumber> processesNamed(const std::string &word)
 /// False for one that has ended meanwhile.
 bool printProcess(const ProcessSerialNumber &number, uint64_t front, bool isLong)
 {
-    const tarvik::CFOwned<CFDictionaryRef> about(ProcessInformationCopyDictionary(&number, kProcessDictionaryIncludeAllInformationMask));
+    const tarvik::CFOwned<CFDictionaryRef> about(
+        ProcessInformationCopyDictionary(&number, kProcessDictionaryIncludeAllInformationMask));
     if (!about)
         return false;
     NSDictionary *const facts = (NSDictionary *)about.get();
-    const auto text = [&](NSString *key) { return [facts objectForKey:key] ? utf8Of([[facts objectForKey:key] description]) : std::string("-"); };
-    const std::string location = [facts objectForKey:@"BundlePath"] ? text(@"BundlePath") : text(@"CFBundleExecutable");
+    const auto text = [&](NSString *key) {
+        return [facts objectForKey:key] ? utf8Of([[facts objectForKey:key] description]) : std::string("-");
+    };
+    const std::string location =
+        [facts objectForKey:@"BundlePath"] ? text(@"BundlePath") : text(@"CFBundleExecutable");
     char start[64];
-    std::snprintf(start, sizeof start, "%7s %c ", text(@"pid").c_str(), serialOf(number) == front ? '*' : ' ');
+    std::snprintf(start, sizeof start, "%7s %c ", text(@"pid").c_str(),
+                  serialOf(number) == front ? '*' : ' ');
     std::string line = start;
     if (isLong) {
         std::snprintf(start, sizeof start, "%08X:%08X  ", number.highLongOfPSN, number.lowLongOfPSN);
@@ -108,7 +117,8 @@ int run(const Arguments &arguments)
         for (const std::string &word : arguments.rest()) {
             const std::vector<ProcessSerialNumber> found = processesNamed(word);
             if (found.empty()) {
-                std::fprintf(stderr, "tarvik ps: %s: no process of that bundle or id is running\n", word.c_str());
+                std::fprintf(stderr, "tarvik ps: %s: no process of that bundle or id is running\n",
+                             word.c_str());
                 status = kFailure;
             }
             shown.insert(shown.end(), found.begin(), found.end());
@@ -130,8 +140,10 @@ const Registration registration({
     .name = "ps",
     .summary = "running processes by their bundles, and the one in front",
     .usage = "[OPTION]... [BUNDLE|PID]...",
-    .details = "Prints the processes whose executable may be read, the longest running first: process id, * for the one in front, name, and the item\n"
-               "that stands for it: the folder X.app that holds its executable, else the executable. With names, only the processes of those items;\n"
+    .details = "Prints the processes whose executable may be read, the longest running first: process id, * "
+               "for the one in front, name, and the item\n"
+               "that stands for it: the folder X.app that holds its executable, else the executable. With "
+               "names, only the processes of those items;\n"
                "the exit status is 1 when one has none.\n\n"
                "Examples:\n"
                "  tarvik ps --long /usr/lib/GNUstep/Applications/Ink.app\n"

@@ -3,8 +3,7 @@
 
 #include <Tarvik/Tarvik.h>
 
-namespace
-{
+namespace {
 
 int run(const Arguments &arguments)
 {

@@ -51,7 +51,8 @@ OSAID loaded(Scripting &scripting, const std::string &bytes, const std::string &
     if (error == errOSAScriptError)
         throw Failure(scripting.explained(bytes, name));
     if (error != noErr)
-        throw Failure(name + ": is no script (error " + std::to_string(error) + "; give source text or what 'tarvik script -o' writes)");
+        throw Failure(name + ": is no script (error " + std::to_string(error) +
+                      "; give source text or what 'tarvik script -o' writes)");
     source = scripting.sourceOf(script);
     return script;
 }
@@ -116,20 +117,24 @@ const Registration registration({
     .name = "script",
     .summary = "run, compile and try scripts",
     .usage = "[OPTION]... [FILE [ARGUMENT]...]",
-    .details = "Runs a script file (source text or compiled), the lines given with -e, or standard input, and prints the result. Arguments\n"
-               "become the list that the script's run handler is given. Without a file at a terminal: a prompt.\n"
-               "An error names the line and column where it happened; the exit status is 1 then.\n"
-               "Scripts may tell other programs, show dialogs and use the clipboard, where there is a display.\n\n"
-               "Examples:\n"
-               "  tarvik script -e 'words of \"to be or not to be\"'\n"
-               "  tarvik script --display=source report.applescript 2026\n"
-               "  tarvik script -e 'tell application \"Shelf\" to activate'\n"
-               "  tarvik script -e 'display dialog \"Your name?\" default answer \"\"'\n"
-               "  tarvik script -o report.scpt report.applescript && tarvik script report.scpt\n"
-               "  tarvik script",
+    .details =
+        "Runs a script file (source text or compiled), the lines given with -e, or standard input, and "
+        "prints the result. Arguments\n"
+        "become the list that the script's run handler is given. Without a file at a terminal: a prompt.\n"
+        "An error names the line and column where it happened; the exit status is 1 then.\n"
+        "Scripts may tell other programs, show dialogs and use the clipboard, where there is a display.\n\n"
+        "Examples:\n"
+        "  tarvik script -e 'words of \"to be or not to be\"'\n"
+        "  tarvik script --display=source report.applescript 2026\n"
+        "  tarvik script -e 'tell application \"Shelf\" to activate'\n"
+        "  tarvik script -e 'display dialog \"Your name?\" default answer \"\"'\n"
+        "  tarvik script -o report.scpt report.applescript && tarvik script report.scpt\n"
+        "  tarvik script",
     .options = {{'e', "execute", "LINE", "a line of the script (any number of times)"},
                 {'o', "output", "FILE", "write the compiled script there instead of running it"},
-                {'d', "display", "STYLE", "how the result is printed: people (as it is read; the default), source (as a script writes it), none"},
+                {'d', "display", "STYLE",
+                 "how the result is printed: people (as it is read; the default), source (as a script writes "
+                 "it), none"},
                 {'c', "check", nullptr, "compile only"}},
     .run = run,
     .optionsEndAtFirstWord = true,

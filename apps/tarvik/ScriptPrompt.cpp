@@ -45,7 +45,9 @@ Place placeIn(const std::string &source, SInt32 start, SInt32 end)
     }
     const size_t lineEnd = std::min(source.find_first_of("\r\n", lineStart), source.size());
     place.line = source.substr(lineStart, lineEnd - lineStart);
-    place.column = size_t(std::count_if(source.begin() + long(lineStart), source.begin() + long(std::max(lineStart, std::min(at, lineEnd))), startsCharacter));
+    place.column = size_t(std::count_if(source.begin() + long(lineStart),
+                                        source.begin() + long(std::max(lineStart, std::min(at, lineEnd))),
+                                        startsCharacter));
     place.length = size_t(std::max<SInt32>(1, end - start));
     return place;
 }
@@ -83,7 +85,8 @@ OSAError Scripting::run(OSAID script, const std::vector<std::string> &arguments,
         return OSAExecute(component_, script, kOSANullScript, kOSAModeNull, &value);
     AppleEvent event;
     AEDescList list;
-    AECreateAppleEvent(kCoreEventClass, kAEOpenApplication, nullptr, kAutoGenerateReturnID, kAnyTransactionID, &event);
+    AECreateAppleEvent(kCoreEventClass, kAEOpenApplication, nullptr, kAutoGenerateReturnID, kAnyTransactionID,
+                       &event);
     AECreateList(nullptr, 0, false, &list);
     for (const std::string &argument : arguments)
         AEPutPtr(&list, 0, typeUTF8Text, argument.data(), Size(argument.size()));
@@ -97,7 +100,8 @@ OSAError Scripting::run(OSAID script, const std::vector<std::string> &arguments,
 std::string Scripting::display(OSAID value, bool forPeople)
 {
     AEDesc text;
-    if (OSADisplay(component_, value, typeUTF8Text, forPeople ? kOSAModeDisplayForHumans : kOSAModeNull, &text) != noErr)
+    if (OSADisplay(component_, value, typeUTF8Text, forPeople ? kOSAModeDisplayForHumans : kOSAModeNull,
+                   &text) != noErr)
         return part(kOSAErrorMessage);
     return taken(text);
 }
@@ -127,7 +131,8 @@ std::string Scripting::explained(const std::string &source, const std::string &n
     if (end == 0)
         return name + ": " + message;
     const Place place = placeIn(source, start, end);
-    message = name + ":" + std::to_string(place.number) + ":" + std::to_string(place.column + 1) + ": " + message;
+    message =
+        name + ":" + std::to_string(place.number) + ":" + std::to_string(place.column + 1) + ": " + message;
     if (place.line.size() > 200)
         return message;
     const size_t width = size_t(std::count_if(place.line.begin(), place.line.end(), startsCharacter));
@@ -144,7 +149,8 @@ int promptForScripts(Scripting &scripting)
     action.sa_handler = [](int) { gStop = 1; };
     sigaction(SIGINT, &action, nullptr);
     OSASetActiveProc(scripting.component(), stopWhenAsked, 0);
-    std::printf("Scripts: a line runs at once, a block when its last “end” stands there. Ctrl-C stops a script, Ctrl-D ends.\n");
+    std::printf("Scripts: a line runs at once, a block when its last “end” stands there. Ctrl-C stops a "
+                "script, Ctrl-D ends.\n");
     std::string source;
     for (;;) {
         const Line line(readline(source.empty() ? "> " : ". "));
@@ -161,7 +167,8 @@ int promptForScripts(Scripting &scripting)
         OSAID script = context;
         if (scripting.compile(source, kOSAModeAugmentContext, script) != noErr) {
             // An open block goes on in the next line; an empty line gives it up.
-            const bool open = scripting.part(kOSAErrorMessage).ends_with("but found end of script.") && scripting.part(kOSAErrorMessage).starts_with("Expected “end”");
+            const bool open = scripting.part(kOSAErrorMessage).ends_with("but found end of script.") &&
+                              scripting.part(kOSAErrorMessage).starts_with("Expected “end”");
             if (open && *line)
                 continue;
             std::printf("%s\n", scripting.explained(source, "error").c_str());

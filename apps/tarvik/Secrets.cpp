@@ -13,15 +13,13 @@
 #include <termios.h>
 #include <unistd.h>
 
-namespace
-{
+namespace {
 
 volatile std::sig_atomic_t caughtSignal = 0;
 
 /// A terminal that doesn't show what is typed. A signal meanwhile ends the reading, and takes effect once the
 /// terminal is as it was.
-class QuietTerminal
-{
+class QuietTerminal {
 public:
     explicit QuietTerminal(int terminal) : terminal_(terminal)
     {

@@ -58,7 +58,8 @@ constexpr int kBarWidth = 40;
 }  // namespace
 
 Progress::Progress(std::string label, uint64_t total)
-    : label_(std::move(label)), total_(total), next_(std::chrono::steady_clock::now() + kBeforeFirst), terminal_(isatty(STDERR_FILENO))
+    : label_(std::move(label)), total_(total), next_(std::chrono::steady_clock::now() + kBeforeFirst),
+      terminal_(isatty(STDERR_FILENO))
 {
 }
 
@@ -89,6 +90,7 @@ void Progress::draw()
     }
     const double share = double(done_) / double(total_);
     const int full = int(share * kBarWidth);
-    std::fprintf(stderr, "\r%s [%.*s%.*s] %3d%%", label_.c_str(), full, "########################################",
-                 kBarWidth - full, "........................................", int(share * 100));
+    std::fprintf(stderr, "\r%s [%.*s%.*s] %3d%%", label_.c_str(), full,
+                 "########################################", kBarWidth - full,
+                 "........................................", int(share * 100));
 }

@@ -5,8 +5,7 @@
 
 #include <cstdio>
 
-namespace
-{
+namespace {
 
 struct Fact {
     const char *name;

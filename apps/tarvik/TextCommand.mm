@@ -62,7 +62,8 @@ int ostype(const Arguments &arguments)
         }
         NSString *text = [NSString stringWithOSType:code];
         if (code == 0 || !text)
-            throw Failure("'" + word + "': is no type code (four MacRoman characters, or 0x and eight digits)");
+            throw Failure("'" + word +
+                          "': is no type code (four MacRoman characters, or 0x and eight digits)");
         std::printf("0x%08X '%s'\n", code, utf8Of(text).c_str());
     }
     return kSuccess;
@@ -138,8 +139,10 @@ const Registration registration({
          {.name = "pad",
           .summary = "texts cut or filled up to a length",
           .usage = "--length=UNITS [OPTION]... TEXT...",
-          .details = "Lengths count UTF-16 units.\n\nExample:\n  tarvik text pad --length=8 --fill=.- Contents",
-          .options = {{'l', "length", "UNITS", "the length"}, {'f', "fill", "TEXT", "what to fill up with (a blank)"}},
+          .details =
+              "Lengths count UTF-16 units.\n\nExample:\n  tarvik text pad --length=8 --fill=.- Contents",
+          .options = {{'l', "length", "UNITS", "the length"},
+                      {'f', "fill", "TEXT", "what to fill up with (a blank)"}},
           .run = inPool(pad)}},
 });
 

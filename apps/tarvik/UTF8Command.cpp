@@ -55,7 +55,8 @@ public:
             writeOutput(std::to_string(count_) + "\n");
         if (!cut_)
             return kSuccess;
-        std::fputs("tarvik utf8 decode: a line holds a zero byte: what follows it there is left out\n", stderr);
+        std::fputs("tarvik utf8 decode: a line holds a zero byte: what follows it there is left out\n",
+                   stderr);
         return kFailure;
     }
 
@@ -107,7 +108,8 @@ wchar_t codePoint(std::string_view word)
 void appendCodePoints(wstring &points, std::string_view words)
 {
     constexpr std::string_view kSpace = " \t\r\n";
-    for (size_t at = words.find_first_not_of(kSpace); at != words.npos; at = words.find_first_not_of(kSpace, at)) {
+    for (size_t at = words.find_first_not_of(kSpace); at != words.npos;
+         at = words.find_first_not_of(kSpace, at)) {
         const size_t end = std::min(words.find_first_of(kSpace, at), words.size());
         points += codePoint(words.substr(at, end - at));
         at = end;
@@ -122,7 +124,8 @@ int encode(const Arguments &arguments)
     if (arguments.rest().empty())
         appendCodePoints(points, readInput("-"));
     writeOutput(Utils::wstring2utf8(points));
-    const auto dropped = std::count_if(points.begin(), points.end(), [](wchar_t point) { return point > 0xFFFF; });
+    const auto dropped =
+        std::count_if(points.begin(), points.end(), [](wchar_t point) { return point > 0xFFFF; });
     if (dropped == 0)
         return kSuccess;
     std::fprintf(stderr, "tarvik utf8 encode: %td above U+FFFF left out: the encoder ends there\n", dropped);
@@ -132,29 +135,36 @@ int encode(const Arguments &arguments)
 const Registration registration({
     .name = "utf8",
     .summary = "UTF-8 to code points and back",
-    .subcommands = {
+    .subcommands =
         {
-            .name = "decode",
-            .summary = "show the code points of UTF-8 text",
-            .usage = "[OPTION]... [FILE]...",
-            .details = "Each line is decoded by itself, its end included. Without a FILE, or for -, standard input is read.\n"
-                       "Damaged text is decoded as well as it goes: a lead byte takes as many bytes as it asks for, a stray\n"
-                       "continuation byte stands for its low seven bits. A zero byte ends its line (exit status 1).\n\n"
-                       "Examples:\n  tarvik utf8 decode --text='10 \u20AC'\n  tarvik utf8 decode --count /usr/share/dict/words",
-            .options = {{'t', "text", "TEXT", "decode TEXT"},
-                        {'c', "count", nullptr, "show only how many code points there are in all"}},
-            .run = decode,
+            {
+                .name = "decode",
+                .summary = "show the code points of UTF-8 text",
+                .usage = "[OPTION]... [FILE]...",
+                .details = "Each line is decoded by itself, its end included. Without a FILE, or for -, "
+                           "standard input is read.\n"
+                           "Damaged text is decoded as well as it goes: a lead byte takes as many bytes as "
+                           "it asks for, a stray\n"
+                           "continuation byte stands for its low seven bits. A zero byte ends its line (exit "
+                           "status 1).\n\n"
+                           "Examples:\n  tarvik utf8 decode --text='10 \u20AC'\n  tarvik utf8 decode --count "
+                           "/usr/share/dict/words",
+                .options = {{'t', "text", "TEXT", "decode TEXT"},
+                            {'c', "count", nullptr, "show only how many code points there are in all"}},
+                .run = decode,
+            },
+            {
+                .name = "encode",
+                .summary = "write code points as UTF-8",
+                .usage = "[CODE-POINT]...",
+                .details = "A CODE-POINT is hexadecimal: U+20AC, 0x20AC or 20AC. Without any, they are read "
+                           "from standard input,\n"
+                           "separated by white space. Those above U+FFFF are left out (exit status 1).\n\n"
+                           "Examples:\n  tarvik utf8 encode U+48 U+69 U+A\n  tarvik utf8 decode FILE | "
+                           "tarvik utf8 encode | cmp - FILE",
+                .run = encode,
+            },
         },
-        {
-            .name = "encode",
-            .summary = "write code points as UTF-8",
-            .usage = "[CODE-POINT]...",
-            .details = "A CODE-POINT is hexadecimal: U+20AC, 0x20AC or 20AC. Without any, they are read from standard input,\n"
-                       "separated by white space. Those above U+FFFF are left out (exit status 1).\n\n"
-                       "Examples:\n  tarvik utf8 encode U+48 U+69 U+A\n  tarvik utf8 decode FILE | tarvik utf8 encode | cmp - FILE",
-            .run = encode,
-        },
-    },
 });
 
 }  // namespace

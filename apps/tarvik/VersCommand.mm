@@ -43,7 +43,8 @@ const Registration registration({
     .summary = "the version record of a resource file",
     .usage = "[OPTION]... FILE",
     .details = "The file's data is in resource-fork format (a .rsrc file). Texts are read as MacRoman.",
-    .options = {{'i', "id", "NUMBER", "the number of the 'vers' resource (1: the file's own, 2: the product's)"}},
+    .options = {{'i', "id", "NUMBER",
+                 "the number of the 'vers' resource (1: the file's own, 2: the product's)"}},
     .run = inPool(run),
 });
 

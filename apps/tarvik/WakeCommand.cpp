@@ -9,8 +9,7 @@
 #include <memory>
 #include <vector>
 
-namespace
-{
+namespace {
 
 constexpr size_t kKeyLength = 32, kWord = 4, kMask = 256;
 
@@ -70,8 +69,9 @@ int run(const Arguments &arguments, bool encipher)
 std::vector<Option> options()
 {
     std::vector<Option> all = keyOptions(kKeyLength);
-    all.push_back({'p', "pad", nullptr,
-                   "fill the message up to a multiple of 4 bytes when enciphering, cut it back when deciphering"});
+    all.push_back(
+        {'p', "pad", nullptr,
+         "fill the message up to a multiple of 4 bytes when enciphering, cut it back when deciphering"});
     return all;
 }
 

@@ -4,8 +4,7 @@
 #include <Carbon/Folders.h>
 #include <Tarvik/Tarvik.h>
 
-namespace
-{
+namespace {
 
 struct Folder {
     const char *name;

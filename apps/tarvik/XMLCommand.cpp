@@ -86,7 +86,8 @@ int attribute(const Arguments &arguments)
     if (arguments.has("all"))
         kXML.GetAttributes(source.text, name, values);
     // Only an attribute that is there may be asked for.
-    else if (source.text.find(name + "=\"") == std::string::npos || !kXML.GetAttribute(source.text, name, values[0]))
+    else if (source.text.find(name + "=\"") == std::string::npos ||
+             !kXML.GetAttribute(source.text, name, values[0]))
         values.clear();
     if (values.empty())
         notFound(name + "=\"...\"", source, "single quotes and blanks around '=' are not recognised");
@@ -138,55 +139,60 @@ const Option kNull = {'0', "null", nullptr, "end each value with a zero byte ins
 const Registration registration({
     .name = "xml",
     .summary = "values out of XML by text search; escaping and unescaping",
-    .subcommands = {
-        {.name = "value",
-         .summary = "what stands between the first <NAME> and the last </NAME>",
-         .usage = "[OPTION]... NAME [FILE]",
-         .details = "Only elements written without attributes are found.\n\n"
-                    "Example:\n  echo '<a><a>1</a></a>' | tarvik xml value a       # <a>1</a>",
-         .options = {kNull},
-         .run = value},
-        {.name = "values",
-         .summary = "what stands between each <NAME> and the next </NAME>",
-         .usage = "[OPTION]... NAME [FILE]",
-         .details = "Only elements written without attributes are found.\n\n"
-                    "Example:\n  tarvik xml values comment /usr/share/mime/packages/freedesktop.org.xml",
-         .options = {kNull},
-         .run = values},
-        {.name = "elements",
-         .summary = "each element with attributes, whole, its tags included",
-         .usage = "[OPTION]... NAME [FILE]",
-         .details = "Example:\n  tarvik xml elements --null mime-type types.xml | xargs -0 -n 1 printf '%s\\n--\\n'",
-         .options = {kNull},
-         .run = elements},
-        {.name = "attribute",
-         .summary = "the first value written NAME=\"...\", or all",
-         .usage = "[OPTION]... NAME [FILE]",
-         .details = "Whatever the element. Single quotes and blanks around the equals sign are not recognised.\n\n"
-                    "Example:\n  tarvik xml attribute --all pattern /usr/share/mime/packages/freedesktop.org.xml",
-         .options = {{'a', "all", nullptr, "every value, not only the first"}, kNull},
-         .run = attribute},
-        {.name = "cdata",
-         .summary = "the content of the first CDATA section",
-         .usage = "[OPTION]... [FILE]",
-         .details = "Example:\n  echo '<a><![CDATA[1 < 2]]></a>' | tarvik xml cdata    # 1 < 2",
-         .options = {kNull},
-         .run = cdata},
-        {.name = "escape",
-         .summary = "text as it may stand in an element or attribute",
-         .usage = "[FILE]",
-         .details = "& \" ' < > become named entities, line ends &#13; and &#10;.\n\n"
-                    "Example:\n  printf 'a<b & c' | tarvik xml escape              # a&lt;b &amp; c",
-         .run = escape},
-        {.name = "unescape",
-         .summary = "escaped text back to plain",
-         .usage = "[OPTION]... [FILE]",
-         .details = "Named entities are resolved; numeric references, line ends among them, are dropped with their\n"
-                    "characters.\n\n"
-                    "Example:\n  echo 'a&lt;b &amp; c' | tarvik xml unescape           # a<b & c",
-         .options = {{'e', "entities", nullptr, "leave numeric references as they are"}},
-         .run = unescape},
-    },
+    .subcommands =
+        {
+            {.name = "value",
+             .summary = "what stands between the first <NAME> and the last </NAME>",
+             .usage = "[OPTION]... NAME [FILE]",
+             .details = "Only elements written without attributes are found.\n\n"
+                        "Example:\n  echo '<a><a>1</a></a>' | tarvik xml value a       # <a>1</a>",
+             .options = {kNull},
+             .run = value},
+            {.name = "values",
+             .summary = "what stands between each <NAME> and the next </NAME>",
+             .usage = "[OPTION]... NAME [FILE]",
+             .details = "Only elements written without attributes are found.\n\n"
+                        "Example:\n  tarvik xml values comment /usr/share/mime/packages/freedesktop.org.xml",
+             .options = {kNull},
+             .run = values},
+            {.name = "elements",
+             .summary = "each element with attributes, whole, its tags included",
+             .usage = "[OPTION]... NAME [FILE]",
+             .details = "Example:\n  tarvik xml elements --null mime-type types.xml | xargs -0 -n 1 printf "
+                        "'%s\\n--\\n'",
+             .options = {kNull},
+             .run = elements},
+            {.name = "attribute",
+             .summary = "the first value written NAME=\"...\", or all",
+             .usage = "[OPTION]... NAME [FILE]",
+             .details = "Whatever the element. Single quotes and blanks around the equals sign are not "
+                        "recognised.\n\n"
+                        "Example:\n  tarvik xml attribute --all pattern "
+                        "/usr/share/mime/packages/freedesktop.org.xml",
+             .options = {{'a', "all", nullptr, "every value, not only the first"}, kNull},
+             .run = attribute},
+            {.name = "cdata",
+             .summary = "the content of the first CDATA section",
+             .usage = "[OPTION]... [FILE]",
+             .details = "Example:\n  echo '<a><![CDATA[1 < 2]]></a>' | tarvik xml cdata    # 1 < 2",
+             .options = {kNull},
+             .run = cdata},
+            {.name = "escape",
+             .summary = "text as it may stand in an element or attribute",
+             .usage = "[FILE]",
+             .details = "& \" ' < > become named entities, line ends &#13; and &#10;.\n\n"
+                        "Example:\n  printf 'a<b & c' | tarvik xml escape              # a&lt;b &amp; c",
+             .run = escape},
+            {.name = "unescape",
+             .summary = "escaped text back to plain",
+             .usage = "[OPTION]... [FILE]",
+             .details = "Named entities are resolved; numeric references, line ends among them, are dropped "
+                        "with their\n"
+                        "characters.\n\n"
+                        "Example:\n  echo 'a&lt;b &amp; c' | tarvik xml unescape           # a<b & c",
+             .options = {{'e', "entities", nullptr, "leave numeric references as they are"}},
+             .run = unescape},
+        },
 });
 
 }  // namespace

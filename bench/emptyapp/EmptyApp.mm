@@ -7,10 +7,11 @@
 - (void)applicationDidFinishLaunching:(NSNotification *)notification
 {
     (void)notification;
-    NSWindow *window = [[NSWindow alloc] initWithContentRect:NSMakeRect(160, 240, 960, 560)
-                                                   styleMask:NSTitledWindowMask | NSClosableWindowMask | NSResizableWindowMask
-                                                     backing:NSBackingStoreBuffered
-                                                       defer:NO];
+    NSWindow *window = [[NSWindow alloc]
+        initWithContentRect:NSMakeRect(160, 240, 960, 560)
+                  styleMask:NSTitledWindowMask | NSClosableWindowMask | NSResizableWindowMask
+                    backing:NSBackingStoreBuffered
+                      defer:NO];
     [window setTitle:@"Empty"];
     [window makeKeyAndOrderFront:nil];
 }

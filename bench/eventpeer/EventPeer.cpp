@@ -43,7 +43,8 @@ int serveSocket()
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path + 1, name.data(), name.size());  // an abstract name
     const int listening = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (bind(listening, reinterpret_cast<sockaddr *>(&address), socklen_t(offsetof(sockaddr_un, sun_path) + 1 + name.size())) != 0 ||
+    if (bind(listening, reinterpret_cast<sockaddr *>(&address),
+             socklen_t(offsetof(sockaddr_un, sun_path) + 1 + name.size())) != 0 ||
         listen(listening, 1) != 0)
         return 1;
     say(name);
@@ -55,7 +56,8 @@ int serveSocket()
     return 0;
 }
 
-void answer(GDBusConnection *, const char *, const char *, const char *, const char *, GVariant *arguments, GDBusMethodInvocation *call, void *)
+void answer(GDBusConnection *, const char *, const char *, const char *, const char *, GVariant *arguments,
+            GDBusMethodInvocation *call, void *)
 {
     g_dbus_method_invocation_return_value(call, arguments);
 }
@@ -65,8 +67,9 @@ int serveBus()
 {
     std::string address;
     GDBusConnection *bus = startPrivateBus(address);
-    static const char *const kInterface = "<node><interface name='org.example.Echo'><method name='Echo'><arg type='ay' direction='in'/><arg "
-                                          "type='ay' direction='out'/></method></interface></node>";
+    static const char *const kInterface =
+        "<node><interface name='org.example.Echo'><method name='Echo'><arg type='ay' direction='in'/><arg "
+        "type='ay' direction='out'/></method></interface></node>";
     if (!bus || !exportObject(bus, "/", kInterface, answer))
         return 1;
     say(address + " " + g_dbus_connection_get_unique_name(bus));
@@ -79,5 +82,8 @@ int serveBus()
 int main(int, char **argv)
 {
     const std::string mode = argv[1] ? argv[1] : "";
-    return mode == "event" ? serveEvents() : mode == "socket" ? serveSocket() : mode == "dbus" ? serveBus() : 2;
+    return mode == "event"    ? serveEvents()
+           : mode == "socket" ? serveSocket()
+           : mode == "dbus"   ? serveBus()
+                              : 2;
 }

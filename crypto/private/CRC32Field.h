@@ -9,8 +9,7 @@
 /// Everything is reflected: in a word of w bits, bit i is the coefficient of x^(w-1-i). The first bit of a
 /// message is its highest coefficient and the lowest bit of the first byte, so that no bit ever has to be
 /// turned round.
-namespace tarvik::crc32
-{
+namespace tarvik::crc32 {
 
 constexpr uint32_t reflected(uint32_t value)
 {

@@ -24,10 +24,8 @@
 /// first.
 #define CRC32_INLINE __attribute__((target(CRC32_TARGET), always_inline)) inline
 
-namespace tarvik::crc32
-{
-namespace
-{
+namespace tarvik::crc32 {
+namespace {
 
 /// What the halves of a lane are multiplied with to move it on. A product of two reflected words of 64 bits
 /// is one place short of the lane's 128, hence the exponents that are smaller by one.

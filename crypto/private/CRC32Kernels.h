@@ -6,8 +6,7 @@
 #include <span>
 
 /// The ways to compute the check. All give the same results; each processor runs some of them.
-namespace tarvik::crc32
-{
+namespace tarvik::crc32 {
 
 /// No kernel is called for fewer bytes: they take the first four for granted.
 inline constexpr size_t kShortestForKernels = 4;

@@ -5,8 +5,7 @@
 
 #include <Security/cssm.h>
 
-namespace tarvik
-{
+namespace tarvik {
 
 struct AttachmentTraits {
     using Value = CSSM_CSP_HANDLE;

@@ -11,5 +11,6 @@ int main()
 {
     tarvik::Pool pool;
     const int answer = tarvik::guarded("main", __LINE__, -1, [] { return int([[NSArray array] count]); });
-    std::cout << answer << ' ' << (NSIsNull([NSNull null]) ? "null" : "") << ' ' << *tarvik::utf8(@"é") << '\n';
+    std::cout << answer << ' ' << (NSIsNull([NSNull null]) ? "null" : "") << ' ' << *tarvik::utf8(@"é")
+              << '\n';
 }

@@ -31,7 +31,8 @@
                                             backing:NSBackingStoreBuffered
                                               defer:NO];
     [mWindow setTitle:@"Little Shelf"];
-    NSScrollView *scroller = [[[NSScrollView alloc] initWithFrame:[[mWindow contentView] bounds]] autorelease];
+    NSScrollView *scroller =
+        [[[NSScrollView alloc] initWithFrame:[[mWindow contentView] bounds]] autorelease];
     [scroller setHasVerticalScroller:YES];
     [scroller setAutoresizingMask:NSViewWidthSizable | NSViewHeightSizable];
     TableView *table = [[[TableView alloc] initWithFrame:[scroller bounds]] autorelease];
@@ -63,32 +64,42 @@
 
 // ---- What the Edit menu can do is what is here
 
-- (id)tableController:(TableController *)rows convertVisibleValue:(id)value forColumnIdentifier:(id)key row:(int32_t)row
+- (id)tableController:(TableController *)rows
+    convertVisibleValue:(id)value
+    forColumnIdentifier:(id)key
+                    row:(int32_t)row
 {
     if (![key isEqual:@"mounted"])
         return value;
-    return [DiskImage mountingVolumeOfFilepath:[[[rows datasourceArray] objectAtIndex:row] objectForKey:@"path"]];
+    return [DiskImage
+        mountingVolumeOfFilepath:[[[rows datasourceArray] objectAtIndex:row] objectForKey:@"path"]];
 }
-- (void)tableController:(TableController *)rows delete:(id)sender {}
+- (void)tableController:(TableController *)rows delete:(id)sender
+{
+}
 - (void)tableController:(TableController *)rows copy:(id)sender
 {
     NSPasteboard *pasteboard = [NSPasteboard generalPasteboard];
     [pasteboard declareTypes:[NSArray arrayWithObject:NSFilenamesPboardType] owner:nil];
-    [pasteboard setPropertyList:[rows selectedDatasourceOfColumn:@"path" visibleValue:NO] forType:NSFilenamesPboardType];
+    [pasteboard setPropertyList:[rows selectedDatasourceOfColumn:@"path" visibleValue:NO]
+                        forType:NSFilenamesPboardType];
 }
 - (NSArray *)tableController:(TableController *)rows paste:(id)sender
 {
     NSArray *paths = [[NSPasteboard generalPasteboard] propertyListForType:NSFilenamesPboardType];
     return [rows addDatasourceArray:paths ofColumn:@"path" visibleValue:NO], nil;
 }
-- (NSComparisonResult)tableController:(TableController *)rows compareRows:(NSDictionary *)row with:(NSDictionary *)other
+- (NSComparisonResult)tableController:(TableController *)rows
+                          compareRows:(NSDictionary *)row
+                                 with:(NSDictionary *)other
 {
     return [[row objectForKey:@"path"] compare:[other objectForKey:@"path"]];
 }
 
 - (void)toggleMount:(id)sender
 {
-    for (NSString *path : tarvik::each<NSString>([mRows selectedDatasourceOfColumn:@"path" visibleValue:NO])) {
+    for (NSString *path : tarvik::each<NSString>([mRows selectedDatasourceOfColumn:@"path"
+                                                                      visibleValue:NO])) {
         DiskImage *image = [DiskImage diskImageWithFilepath:path];
         if ([image mountPoint] ? ![image unmount] : ![image mount])
             NSRunAlertPanel(@"Little Shelf", @"%@ could not be mounted or unmounted.", @"OK", nil, nil, path);

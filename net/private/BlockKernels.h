@@ -8,8 +8,7 @@
 #include <span>
 #include <string_view>
 
-namespace tarvik::xml
-{
+namespace tarvik::xml {
 
 /// How many bytes of a marker sift the positions of a block.
 inline constexpr std::size_t kSieve = 4;

@@ -3,8 +3,7 @@
 
 #include "BlockKernels.h"
 
-namespace tarvik::xml
-{
+namespace tarvik::xml {
 
 /// First occurrence of the marker at or after `from` (at most the text's length), or npos. An empty marker
 /// occurs everywhere up to the text's end.

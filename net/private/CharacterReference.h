@@ -4,8 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace tarvik::xml
-{
+namespace tarvik::xml {
 
 /// The number between "&#" and ";", which is not empty, cut to 16 bits. Read as the C library reads an
 /// unsigned number of any base: "x42" is hexadecimal, a leading zero makes it octal ("0101" is 65), reading

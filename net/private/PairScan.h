@@ -3,8 +3,7 @@
 
 #include "BlockKernels.h"
 
-namespace tarvik::xml
-{
+namespace tarvik::xml {
 
 /// See BlockKernels::findPairs; `find(marker, from)` answers the first occurrence at or after `from`, or
 /// npos.

@@ -3,8 +3,7 @@
 
 #include <cstddef>
 
-namespace tarvik::xml
-{
+namespace tarvik::xml {
 
 /// What `made` results from the first `read` bytes of a text come to for all its bytes, and a little more.
 inline std::size_t projected(std::size_t made, std::size_t read, std::size_t size)

@@ -177,7 +177,8 @@ private:
     {
         if (!wanted_.item.inode)
             return false;
-        if (byHandle(wanted_.itemHandle, [this](const std::string &path) { return isItem(path); }, gone_))
+        if (byHandle(
+                wanted_.itemHandle, [this](const std::string &path) { return isItem(path); }, gone_))
             return true;
         findFolders();
         if (gone_)
@@ -203,7 +204,8 @@ private:
                     inspect(folder, about_) && S_ISDIR(about_.stx_mode))
                     folders_.push_back(folder);
         bool gone = false;
-        byHandle(wanted_.parentHandle, [this](const std::string &path) { return addFolder(path); }, gone);
+        byHandle(
+            wanted_.parentHandle, [this](const std::string &path) { return addFolder(path); }, gone);
     }
 
     bool addFolder(const std::string &path)

@@ -15,7 +15,8 @@ struct Calls {
     AlertAnswer answer;
 };
 
-constexpr CGFloat kMargin = 20, kIcon = 48, kTextWidth = 340, kButtonHeight = 26, kLeastButton = 84, kGap = 10;
+constexpr CGFloat kMargin = 20, kIcon = 48, kTextWidth = 340, kButtonHeight = 26, kLeastButton = 84,
+                  kGap = 10;
 
 NSTextField *label(NSString *text, NSFont *font, CGFloat width)
 {
@@ -40,10 +41,12 @@ NSTextField *label(NSString *text, NSFont *font, CGFloat width)
 
 void draw(NSString *sign, NSPoint middle, CGFloat size)
 {
-    NSDictionary *look = [NSDictionary dictionaryWithObjectsAndKeys:[NSFont boldSystemFontOfSize:size], NSFontAttributeName,
-                                                                    [NSColor whiteColor], NSForegroundColorAttributeName, nil];
+    NSDictionary *look =
+        [NSDictionary dictionaryWithObjectsAndKeys:[NSFont boldSystemFontOfSize:size], NSFontAttributeName,
+                                                   [NSColor whiteColor], NSForegroundColorAttributeName, nil];
     const NSSize needed = [sign sizeWithAttributes:look];
-    [sign drawAtPoint:NSMakePoint(middle.x - needed.width / 2, middle.y - needed.height / 2) withAttributes:look];
+    [sign drawAtPoint:NSMakePoint(middle.x - needed.width / 2, middle.y - needed.height / 2)
+        withAttributes:look];
 }
 
 }  // namespace
@@ -73,7 +76,10 @@ void draw(NSString *sign, NSPoint middle, CGFloat size)
         return;
     }
     const bool isStop = mKind == AlertKind::Stop;
-    [[NSColor colorWithCalibratedRed:isStop ? 0.8 : 0.2 green:isStop ? 0.2 : 0.45 blue:isStop ? 0.2 : 0.8 alpha:1] set];
+    [[NSColor colorWithCalibratedRed:isStop ? 0.8 : 0.2
+                               green:isStop ? 0.2 : 0.45
+                                blue:isStop ? 0.2 : 0.8
+                               alpha:1] set];
     [[NSBezierPath bezierPathWithOvalInRect:bounds] fill];
     draw(isStop ? @"\u00D7" : @"i", middle, isStop ? 34 : 28);
 }
@@ -122,7 +128,8 @@ void draw(NSString *sign, NSPoint middle, CGFloat size)
 
     NSMutableArray *right = [NSMutableArray array], *left = [NSMutableArray array];
     const auto make = [&](const AlertButton &described, CGFloat least) {
-        NSButton *button = [[[NSButton alloc] initWithFrame:NSMakeRect(0, 0, least, kButtonHeight)] autorelease];
+        NSButton *button =
+            [[[NSButton alloc] initWithFrame:NSMakeRect(0, 0, least, kButtonHeight)] autorelease];
         [button setTitle:described.title];
         [button setFont:font];
         [button setBezelStyle:NSRoundedBezelStyle];
@@ -150,31 +157,36 @@ void draw(NSString *sign, NSPoint middle, CGFloat size)
     const CGFloat width = std::max(kMargin + kIcon + kMargin + kTextWidth, wanted + kMargin) + kMargin;
     const CGFloat space = [body frame].size.height > 0 ? kGap : 0;
     const CGFloat field = extras.field ? [extras.field frame].size.height : 0;
-    const CGFloat text = std::max(kIcon, [head frame].size.height + space + [body frame].size.height + (field > 0 ? field + kGap : 0));
+    const CGFloat text = std::max(kIcon, [head frame].size.height + space + [body frame].size.height +
+                                             (field > 0 ? field + kGap : 0));
     const CGFloat height = kMargin + text + kMargin + kButtonHeight + kMargin;
 
-    AlertPanel *panel = [[[self alloc] initWithContentRect:NSMakeRect(0, 0, width, height)
-                                                 styleMask:extras.movable ? NSTitledWindowMask : NSBorderlessWindowMask
-                                                   backing:NSBackingStoreBuffered
-                                                     defer:NO] autorelease];
+    AlertPanel *panel =
+        [[[self alloc] initWithContentRect:NSMakeRect(0, 0, width, height)
+                                 styleMask:extras.movable ? NSTitledWindowMask : NSBorderlessWindowMask
+                                   backing:NSBackingStoreBuffered
+                                     defer:NO] autorelease];
     [panel setReleasedWhenClosed:NO];
     [panel setBecomesKeyOnlyIfNeeded:NO];
     NSView *content = [panel contentView];
     if (!extras.movable)
         [content addSubview:[[[AlertEdge alloc] initWithFrame:[content bounds]] autorelease]];
     if (kind != AlertKind::Plain) {
-        AlertIcon *icon = [[[AlertIcon alloc] initWithFrame:NSMakeRect(kMargin, height - kMargin - kIcon, kIcon, kIcon)] autorelease];
+        AlertIcon *icon = [[[AlertIcon alloc]
+            initWithFrame:NSMakeRect(kMargin, height - kMargin - kIcon, kIcon, kIcon)] autorelease];
         icon->mKind = kind;
         [content addSubview:icon];
     }
     [head setFrameOrigin:NSMakePoint(2 * kMargin + kIcon, height - kMargin - [head frame].size.height)];
-    [body setFrameOrigin:NSMakePoint(2 * kMargin + kIcon, NSMinY([head frame]) - space - [body frame].size.height)];
+    [body setFrameOrigin:NSMakePoint(2 * kMargin + kIcon,
+                                     NSMinY([head frame]) - space - [body frame].size.height)];
     [content addSubview:head];
     [content addSubview:body];
     if (extras.title)
         [panel setTitle:extras.title];
     if (extras.field) {
-        [extras.field setFrame:NSMakeRect(2 * kMargin + kIcon, NSMinY([body frame]) - kGap - field, kTextWidth, field)];
+        [extras.field
+            setFrame:NSMakeRect(2 * kMargin + kIcon, NSMinY([body frame]) - kGap - field, kTextWidth, field)];
         [content addSubview:extras.field];
     }
     CGFloat edge = width - kMargin;
@@ -202,7 +214,10 @@ void draw(NSString *sign, NSPoint middle, CGFloat size)
     return panel;
 }
 
-- (id)initWithContentRect:(NSRect)content styleMask:(NSUInteger)style backing:(NSBackingStoreType)backing defer:(BOOL)defer
+- (id)initWithContentRect:(NSRect)content
+                styleMask:(NSUInteger)style
+                  backing:(NSBackingStoreType)backing
+                    defer:(BOOL)defer
 {
     if ((self = [super initWithContentRect:content styleMask:style backing:backing defer:defer]))
         mCalls = new Calls;
@@ -215,8 +230,14 @@ void draw(NSString *sign, NSPoint middle, CGFloat size)
     [super dealloc];
 }
 
-- (void *)calls { return mCalls; }
-- (BOOL)canBecomeKeyWindow { return YES; }
+- (void *)calls
+{
+    return mCalls;
+}
+- (BOOL)canBecomeKeyWindow
+{
+    return YES;
+}
 
 - (void)endWithCode:(NSInteger)code
 {
@@ -233,12 +254,14 @@ void draw(NSString *sign, NSPoint middle, CGFloat size)
                                                data1:0
                                                data2:0]
                  atStart:NO];
-    }
-    else
+    } else
         [NSApp endSheet:self returnCode:code];
 }
 
-- (void)pressed:(id)sender { [self endWithCode:[sender tag]]; }
+- (void)pressed:(id)sender
+{
+    [self endWithCode:[sender tag]];
+}
 
 - (void)sendEvent:(NSEvent *)event
 {

@@ -15,12 +15,12 @@ using Call = void (*)(id, SEL, id, NSInteger, void *);
 void call(id delegate, SEL selector, id sheet, NSInteger code, void *context)
 {
     if (selector && [delegate respondsToSelector:selector])
-        reinterpret_cast<Call>(reinterpret_cast<void (*)()>([delegate methodForSelector:selector]))(delegate, selector, sheet,
-                                                                                                     code, context);
+        reinterpret_cast<Call>(reinterpret_cast<void (*)()>([delegate methodForSelector:selector]))(
+            delegate, selector, sheet, code, context);
 }
 
-void begin(AlertKind kind, NSString *title, const std::vector<AlertButton> &buttons, NSString *text, NSWindow *parent, id delegate,
-           SEL didEnd, SEL didDismiss, void *context)
+void begin(AlertKind kind, NSString *title, const std::vector<AlertButton> &buttons, NSString *text,
+           NSWindow *parent, id delegate, SEL didEnd, SEL didDismiss, void *context)
 {
     AlertPanel *panel = [AlertPanel alertOfKind:kind
                                         message:title ? title : @"Alert"
@@ -40,13 +40,15 @@ void begin(AlertKind kind, NSString *title, const std::vector<AlertButton> &butt
     });
 }
 
-void begin(AlertKind kind, NSString *title, NSString *first, NSString *second, NSString *third, NSWindow *parent, id delegate,
-           SEL didEnd, SEL didDismiss, void *context, NSString *format, va_list arguments)
+void begin(AlertKind kind, NSString *title, NSString *first, NSString *second, NSString *third,
+           NSWindow *parent, id delegate, SEL didEnd, SEL didDismiss, void *context, NSString *format,
+           va_list arguments)
 {
     const std::vector<AlertButton> buttons = {{first ? first : @"OK", NSAlertDefaultReturn, true},
                                               {second, NSAlertAlternateReturn, false, true},
                                               {third, NSAlertOtherReturn}};
-    NSString *text = format ? [[[NSString alloc] initWithFormat:format arguments:arguments] autorelease] : @"";
+    NSString *text =
+        format ? [[[NSString alloc] initWithFormat:format arguments:arguments] autorelease] : @"";
     begin(kind, title, buttons, text, parent, delegate, didEnd, didDismiss, context);
 }
 
@@ -69,30 +71,35 @@ AlertKind kindOf(NSAlertStyle style)
 
 extern "C" {
 
-void NSBeginAlertSheet(NSString *title, NSString *first, NSString *second, NSString *third, NSWindow *parent, id delegate,
-                       SEL didEnd, SEL didDismiss, void *context, NSString *format, ...)
+void NSBeginAlertSheet(NSString *title, NSString *first, NSString *second, NSString *third, NSWindow *parent,
+                       id delegate, SEL didEnd, SEL didDismiss, void *context, NSString *format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    begin(AlertKind::Caution, title, first, second, third, parent, delegate, didEnd, didDismiss, context, format, arguments);
+    begin(AlertKind::Caution, title, first, second, third, parent, delegate, didEnd, didDismiss, context,
+          format, arguments);
     va_end(arguments);
 }
 
-void NSBeginInformationalAlertSheet(NSString *title, NSString *first, NSString *second, NSString *third, NSWindow *parent,
-                                    id delegate, SEL didEnd, SEL didDismiss, void *context, NSString *format, ...)
+void NSBeginInformationalAlertSheet(NSString *title, NSString *first, NSString *second, NSString *third,
+                                    NSWindow *parent, id delegate, SEL didEnd, SEL didDismiss, void *context,
+                                    NSString *format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    begin(AlertKind::Note, title, first, second, third, parent, delegate, didEnd, didDismiss, context, format, arguments);
+    begin(AlertKind::Note, title, first, second, third, parent, delegate, didEnd, didDismiss, context, format,
+          arguments);
     va_end(arguments);
 }
 
-void NSBeginCriticalAlertSheet(NSString *title, NSString *first, NSString *second, NSString *third, NSWindow *parent, id delegate,
-                               SEL didEnd, SEL didDismiss, void *context, NSString *format, ...)
+void NSBeginCriticalAlertSheet(NSString *title, NSString *first, NSString *second, NSString *third,
+                               NSWindow *parent, id delegate, SEL didEnd, SEL didDismiss, void *context,
+                               NSString *format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    begin(AlertKind::Stop, title, first, second, third, parent, delegate, didEnd, didDismiss, context, format, arguments);
+    begin(AlertKind::Stop, title, first, second, third, parent, delegate, didEnd, didDismiss, context, format,
+          arguments);
     va_end(arguments);
 }
 

@@ -8,7 +8,8 @@
 
 namespace {
 
-OSStatus send(EventTargetRef target, UInt32 eventClass, UInt32 kind, EventParamType type, ByteCount size, const void *subject)
+OSStatus send(EventTargetRef target, UInt32 eventClass, UInt32 kind, EventParamType type, ByteCount size,
+              const void *subject)
 {
     EventRef event = nullptr;
     OSStatus status = CreateEvent(nullptr, eventClass, kind, 0, kEventAttributeNone, &event);
@@ -25,7 +26,9 @@ OSStatus sendCommand(EventTargetRef target, UInt32 command)
 {
     HICommand subject = {};
     subject.commandID = command;
-    return command ? send(target, kEventClassCommand, kEventCommandProcess, typeHICommand, sizeof subject, &subject) : OSStatus(eventNotHandledErr);
+    return command ? send(target, kEventClassCommand, kEventCommandProcess, typeHICommand, sizeof subject,
+                          &subject)
+                   : OSStatus(eventNotHandledErr);
 }
 
 }  // namespace
@@ -39,7 +42,8 @@ OSStatus sendCommand(EventTargetRef target, UInt32 command)
 {
     const ControlRef hit = ReferenceOfView(control);
     const EventTargetRef target = GetWindowEventTarget(GetControlOwner(hit));
-    if (target && send(target, kEventClassControl, kEventControlHit, typeControlRef, sizeof hit, &hit) == eventNotHandledErr)
+    if (target && send(target, kEventClassControl, kEventControlHit, typeControlRef, sizeof hit, &hit) ==
+                      eventNotHandledErr)
         sendCommand(target, KnownControl(hit) ? hit->commandID : 0);  // a handler may have closed the window
 }
 

@@ -19,7 +19,10 @@ NSData *dataOf(const void *bytes, size_t size) { return [NSData dataWithBytes:by
 
 // Texts: a field, whose editor is there while it is being edited, or a text view.
 
-bool isText(NSView *view) { return [view isKindOfClass:[NSText class]] || [view isKindOfClass:[NSTextField class]]; }
+bool isText(NSView *view)
+{
+    return [view isKindOfClass:[NSText class]] || [view isKindOfClass:[NSTextField class]];
+}
 
 NSText *editorOf(NSView *view)
 {
@@ -62,8 +65,8 @@ NSData *textData(const OpaqueControlRef &control, ResType tag)
     NSView *view = control.view;
     switch (tag) {
     case kControlEditTextTextTag:
-        return [(NSData *)CFStringCreateExternalRepresentation(nullptr, (CFStringRef)textOf(view), CFStringGetSystemEncoding(), '?')
-            autorelease];
+        return [(NSData *)CFStringCreateExternalRepresentation(nullptr, (CFStringRef)textOf(view),
+                                                               CFStringGetSystemEncoding(), '?') autorelease];
     case kControlEditTextCFStringTag: {
         const CFStringRef text = (CFStringRef)textOf(view);
         return dataOf(&text, sizeof text);
@@ -86,8 +89,8 @@ OSStatus setTextData(OpaqueControlRef &control, ResType tag, Size size, const vo
     switch (tag) {
     case kControlEditTextTextTag: {
         const auto bytes = tarvik::retain(dataOf(data, size_t(size)));
-        NSString *text = [(NSString *)CFStringCreateFromExternalRepresentation(nullptr, (CFDataRef)bytes.get(),
-                                                                               CFStringGetSystemEncoding()) autorelease];
+        NSString *text = [(NSString *)CFStringCreateFromExternalRepresentation(
+            nullptr, (CFDataRef)bytes.get(), CFStringGetSystemEncoding()) autorelease];
         if (!text)
             return paramErr;
         setText(view, text);
@@ -199,7 +202,8 @@ OSStatus GetControlDataSize(ControlRef control, ControlPartCode part, ResType ta
     return noErr;
 }
 
-OSStatus GetControlData(ControlRef control, ControlPartCode part, ResType tag, Size bufferSize, void *buffer, Size *outActualSize)
+OSStatus GetControlData(ControlRef control, ControlPartCode part, ResType tag, Size bufferSize, void *buffer,
+                        Size *outActualSize)
 {
     if (bufferSize < 0)
         return paramErr;

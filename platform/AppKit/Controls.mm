@@ -66,7 +66,8 @@ Rect boundsOf(NSView *view)
     const NSRect whole = [origin bounds];
     const CGFloat top = [origin isFlipped] ? NSMinY(rect) - NSMinY(whole) : NSMaxY(whole) - NSMaxY(rect);
     const CGFloat left = NSMinX(rect) - NSMinX(whole);
-    return {coordinate(top), coordinate(left), coordinate(top + NSHeight(rect)), coordinate(left + NSWidth(rect))};
+    return {coordinate(top), coordinate(left), coordinate(top + NSHeight(rect)),
+            coordinate(left + NSWidth(rect))};
 }
 
 void setBounds(NSView *view, const Rect &bounds)
@@ -91,7 +92,10 @@ ControlRef ReferenceOfView(NSView *view) { return Controls::shared().of(view); }
 
 @implementation NSView (ControlReference)
 
-- (ControlRef)controlRef { return ReferenceOfView(self); }
+- (ControlRef)controlRef
+{
+    return ReferenceOfView(self);
+}
 
 + (NSView *)viewWithControlRef:(ControlRef)control
 {

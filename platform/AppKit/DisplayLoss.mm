@@ -62,7 +62,8 @@ int displayIsGone(void *display)
 {
     (void)notification;
     void *xlib = dlopen("libX11.so.6", RTLD_LAZY | RTLD_NOLOAD);
-    if (auto install = reinterpret_cast<Handler (*)(Handler)>(xlib ? dlsym(xlib, "XSetIOErrorHandler") : nullptr))
+    if (auto install =
+            reinterpret_cast<Handler (*)(Handler)>(xlib ? dlsym(xlib, "XSetIOErrorHandler") : nullptr))
         before = install(displayIsGone);
 }
 

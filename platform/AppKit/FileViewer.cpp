@@ -27,7 +27,8 @@ bool tarvik::revealInFileViewer(const std::string &path)
     const gchar *const urls[] = {url.get(), nullptr};
     constexpr int milliseconds = 3000;
     const std::unique_ptr<GVariant, Unref> answer(g_dbus_connection_call_sync(
-        bus.get(), "org.freedesktop.FileManager1", "/org/freedesktop/FileManager1", "org.freedesktop.FileManager1", "ShowItems",
-        g_variant_new("(^ass)", urls, ""), nullptr, G_DBUS_CALL_FLAGS_NONE, milliseconds, nullptr, nullptr));
+        bus.get(), "org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
+        "org.freedesktop.FileManager1", "ShowItems", g_variant_new("(^ass)", urls, ""), nullptr,
+        G_DBUS_CALL_FLAGS_NONE, milliseconds, nullptr, nullptr));
     return answer != nullptr;
 }

@@ -15,7 +15,8 @@ constexpr std::string_view kPNG("\x89PNG\r\n\x1A\n", 8), kJPEG("\xFF\xD8\xFF", 3
 /// AppKit decodes whatever the bytes are: they must begin as the format does.
 bool beginsWith(NSData *bytes, std::string_view signature)
 {
-    return [bytes length] >= signature.size() && !std::memcmp([bytes bytes], signature.data(), signature.size());
+    return
+        [bytes length] >= signature.size() && !std::memcmp([bytes bytes], signature.data(), signature.size());
 }
 
 CGImageRef decode(NSData *bytes)
@@ -49,17 +50,25 @@ CGDataProviderRef CGDataProviderCreateWithURL(CFURLRef url)
     return CGDataProviderRef([[NSData alloc] initWithContentsOfFile:[(NSURL *)url path]]);
 }
 
-CGDataProviderRef CGDataProviderCreateWithCFData(CFDataRef data) { return CGDataProviderRef([(NSData *)data copy]); }
+CGDataProviderRef CGDataProviderCreateWithCFData(CFDataRef data)
+{
+    return CGDataProviderRef([(NSData *)data copy]);
+}
 CFDataRef CGDataProviderCopyData(CGDataProviderRef provider) { return CFDataRef([(NSData *)provider copy]); }
-CGDataProviderRef CGDataProviderRetain(CGDataProviderRef provider) { return CGDataProviderRef([(NSData *)provider retain]); }
+CGDataProviderRef CGDataProviderRetain(CGDataProviderRef provider)
+{
+    return CGDataProviderRef([(NSData *)provider retain]);
+}
 void CGDataProviderRelease(CGDataProviderRef provider) { [(NSData *)provider release]; }
 
-CGImageRef CGImageCreateWithPNGDataProvider(CGDataProviderRef source, const double *decodeArray, bool, CGColorRenderingIntent)
+CGImageRef CGImageCreateWithPNGDataProvider(CGDataProviderRef source, const double *decodeArray, bool,
+                                            CGColorRenderingIntent)
 {
     return !decodeArray && beginsWith((NSData *)source, kPNG) ? decode((NSData *)source) : nullptr;
 }
 
-CGImageRef CGImageCreateWithJPEGDataProvider(CGDataProviderRef source, const double *decodeArray, bool, CGColorRenderingIntent)
+CGImageRef CGImageCreateWithJPEGDataProvider(CGDataProviderRef source, const double *decodeArray, bool,
+                                             CGColorRenderingIntent)
 {
     return !decodeArray && beginsWith((NSData *)source, kJPEG) ? decode(ended((NSData *)source)) : nullptr;
 }

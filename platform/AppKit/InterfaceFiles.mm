@@ -33,7 +33,10 @@
     [super dealloc];
 }
 
-- (NSDictionary *)outlets { return mOutlets; }
+- (NSDictionary *)outlets
+{
+    return mOutlets;
+}
 
 - (BOOL)respondsToSelector:(SEL)selector
 {
@@ -68,7 +71,9 @@ namespace {
 
 NSString *asOutlet(NSString *name)
 {
-    return [name length] ? [[[name substringToIndex:1] uppercaseString] stringByAppendingString:[name substringFromIndex:1]] : @"";
+    return [name length] ? [[[name substringToIndex:1] uppercaseString]
+                               stringByAppendingString:[name substringFromIndex:1]]
+                         : @"";
 }
 
 /// Four characters as a code; nothing for another number of them.
@@ -111,8 +116,8 @@ OSStatus takeFromNib(IBNibRef nib, CFStringRef name, Class type, Take &&take)
         [NSApplication sharedApplication];
         const auto owner = tarvik::adopt([[InterfaceOwner alloc] init]);
         NSMutableArray *objects = [NSMutableArray array];
-        NSDictionary *context =
-            [NSDictionary dictionaryWithObjectsAndKeys:owner.get(), NSNibOwner, objects, NSNibTopLevelObjects, nil];
+        NSDictionary *context = [NSDictionary
+            dictionaryWithObjectsAndKeys:owner.get(), NSNibOwner, objects, NSNibTopLevelObjects, nil];
         if (![NSBundle loadNibFile:nib->path.get() externalNameTable:context withZone:nullptr])
             return;
         NSDictionary *outlets = [owner.get() outlets];
@@ -120,7 +125,8 @@ OSStatus takeFromNib(IBNibRef nib, CFStringRef name, Class type, Take &&take)
             nameObject(outlet, [outlets objectForKey:outlet]);
         id found = [outlets objectForKey:asOutlet((NSString *)name)];
         if (found)
-            status = [found isKindOfClass:type] ? OSStatus(noErr) : OSStatus(kIBCarbonRuntimeObjectNotOfRequestedType);
+            status = [found isKindOfClass:type] ? OSStatus(noErr)
+                                                : OSStatus(kIBCarbonRuntimeObjectNotOfRequestedType);
         if (status == noErr)
             take(found, owner.get());
         for (NSObject *object : tarvik::each([[objects copy] autorelease])) {

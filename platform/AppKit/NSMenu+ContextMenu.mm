@@ -79,7 +79,8 @@ void popUp(id self, SEL command, NSMenu *menu, NSEvent *event, NSView *view)
 + (void)load
 {
     const auto replace = [](Method method, auto &kept, auto ours) {
-        kept = reinterpret_cast<std::remove_reference_t<decltype(kept)>>(reinterpret_cast<void (*)()>(method_getImplementation(method)));
+        kept = reinterpret_cast<std::remove_reference_t<decltype(kept)>>(
+            reinterpret_cast<void (*)()>(method_getImplementation(method)));
         method_setImplementation(method, reinterpret_cast<IMP>(reinterpret_cast<void (*)()>(ours)));
     };
     replace(class_getClassMethod(self, @selector(popUpContextMenu:withEvent:forView:)), original, popUp);

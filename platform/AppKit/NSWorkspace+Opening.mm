@@ -46,7 +46,10 @@ NSImage *stackedIcon(NSWorkspace *workspace, NSArray *paths)
     return url && LSOpenCFURLRef((CFURLRef)url, nullptr) == noErr;
 }
 
-- (BOOL)openURL:(NSURL *)url { return url && LSOpenCFURLRef((CFURLRef)url, nullptr) == noErr; }
+- (BOOL)openURL:(NSURL *)url
+{
+    return url && LSOpenCFURLRef((CFURLRef)url, nullptr) == noErr;
+}
 
 /// The root path is for viewers that show one folder per window; here they choose for themselves.
 - (BOOL)selectFile:(NSString *)path inFileViewerRootedAtPath:(NSString *)root
@@ -55,7 +58,8 @@ NSImage *stackedIcon(NSWorkspace *workspace, NSArray *paths)
     if (![path isAbsolutePath] || ![[NSFileManager defaultManager] fileExistsAtPath:path])
         return NO;
     const auto name = tarvik::utf8(path);
-    return (name && tarvik::revealInFileViewer(*name)) || [self openFile:[path stringByDeletingLastPathComponent]];
+    return (name && tarvik::revealInFileViewer(*name)) ||
+           [self openFile:[path stringByDeletingLastPathComponent]];
 }
 
 - (NSImage *)iconForFiles:(NSArray *)paths

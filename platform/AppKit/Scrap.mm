@@ -18,13 +18,17 @@ namespace {
 
 OpaqueScrapRef gScrap;  // there is one clipboard
 
-constexpr NSStringEncoding kNativeUTF16 =
-    std::endian::native == std::endian::little ? NSUTF16LittleEndianStringEncoding : NSUTF16BigEndianStringEncoding;
+constexpr NSStringEncoding kNativeUTF16 = std::endian::native == std::endian::little
+                                              ? NSUTF16LittleEndianStringEncoding
+                                              : NSUTF16BigEndianStringEncoding;
 
 /// Before the code of a flavor that the pasteboard has no type for.
 constexpr char kOwnType[] = "CorePasteboardFlavorType 0x";
 
-bool isText(ScrapFlavorType flavor) { return flavor == kScrapFlavorTypeText || flavor == kScrapFlavorTypeUnicode; }
+bool isText(ScrapFlavorType flavor)
+{
+    return flavor == kScrapFlavorTypeText || flavor == kScrapFlavorTypeUnicode;
+}
 
 /// The pasteboard's type for a flavor; one that has no own is passed under its code.
 NSString *typeOf(ScrapFlavorType flavor)
@@ -42,13 +46,15 @@ NSString *typeOf(ScrapFlavorType flavor)
 /// 0 for a type that is no flavor.
 ScrapFlavorType flavorOf(NSString *type)
 {
-    for (const ScrapFlavorType known : {kScrapFlavorTypeText, kScrapFlavorTypeTIFF, kScrapFlavorTypePDF, kScrapFlavorTypeRTF})
+    for (const ScrapFlavorType known :
+         {kScrapFlavorTypeText, kScrapFlavorTypeTIFF, kScrapFlavorTypePDF, kScrapFlavorTypeRTF})
         if ([type isEqualToString:typeOf(known)])
             return known;
     unsigned code = 0;
     NSString *const prefix = [NSString stringWithUTF8String:kOwnType];
     if ([type hasPrefix:prefix])
-        [[NSScanner scannerWithString:[type substringFromIndex:[prefix length]]] scanHexInt:&code];
+        [[NSScanner scannerWithString:[type substringFromIndex:[prefix length]]] scanHexInt:&code]
+        ;
     return code;
 }
 
@@ -56,14 +62,16 @@ NSData *bytesOfText(NSString *text, ScrapFlavorType flavor)
 {
     if (flavor == kScrapFlavorTypeUnicode)
         return [text dataUsingEncoding:kNativeUTF16];
-    return [(NSData *)CFStringCreateExternalRepresentation(nullptr, (CFStringRef)text, CFStringGetSystemEncoding(), '?') autorelease];
+    return [(NSData *)CFStringCreateExternalRepresentation(nullptr, (CFStringRef)text,
+                                                           CFStringGetSystemEncoding(), '?') autorelease];
 }
 
 NSString *textOfBytes(NSData *bytes, ScrapFlavorType flavor)
 {
     if (flavor == kScrapFlavorTypeUnicode)
         return [[[NSString alloc] initWithData:bytes encoding:kNativeUTF16] autorelease];
-    return [(NSString *)CFStringCreateFromExternalRepresentation(nullptr, (CFDataRef)bytes, CFStringGetSystemEncoding()) autorelease];
+    return [(NSString *)CFStringCreateFromExternalRepresentation(nullptr, (CFDataRef)bytes,
+                                                                 CFStringGetSystemEncoding()) autorelease];
 }
 
 /// What an exception of the pasteboard's server becomes.
@@ -102,7 +110,8 @@ OSStatus tarvik::scrapFlavors(std::vector<ScrapFlavorType> &flavors)
 {
     return onPasteboard([&](NSPasteboard *pasteboard) -> OSStatus {
         for (NSString *type : each<NSString>([pasteboard types]))
-            if (const ScrapFlavorType flavor = flavorOf(type); flavor && std::find(flavors.begin(), flavors.end(), flavor) == flavors.end())
+            if (const ScrapFlavorType flavor = flavorOf(type);
+                flavor && std::find(flavors.begin(), flavors.end(), flavor) == flavors.end())
                 flavors.push_back(flavor);
         return noErr;
     });
@@ -151,7 +160,8 @@ OSStatus GetScrapFlavorData(ScrapRef scrap, ScrapFlavorType flavor, Size *byteCo
     return noErr;
 }
 
-OSStatus PutScrapFlavor(ScrapRef scrap, ScrapFlavorType flavor, ScrapFlavorFlags flags, Size size, const void *data)
+OSStatus PutScrapFlavor(ScrapRef scrap, ScrapFlavorType flavor, ScrapFlavorFlags flags, Size size,
+                        const void *data)
 {
     (void)flags;
     if (scrap != &gScrap)
@@ -166,7 +176,8 @@ OSStatus PutScrapFlavor(ScrapRef scrap, ScrapFlavorType flavor, ScrapFlavorFlags
         if (isText(flavor) && !text)
             return paramErr;
         [pasteboard addTypes:[NSArray arrayWithObject:type] owner:nil];
-        const BOOL put = text ? [pasteboard setString:text forType:type] : [pasteboard setData:bytes forType:type];
+        const BOOL put =
+            text ? [pasteboard setString:text forType:type] : [pasteboard setData:bytes forType:type];
         return put ? OSStatus(noErr) : OSStatus(internalScrapErr);
     });
 }

@@ -13,9 +13,9 @@
 #include "platform/OpenScripting/private/Presenter.h"
 
 #include <algorithm>
-#include <utility>
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace tarvik::osa;
 
@@ -46,9 +46,9 @@ NSString *text(const std::string &utf8)
 /// Looks every now and then whether the dialog is still wanted.
 @interface ScriptDialogClock : NSObject {
 @public
-    AlertPanel *mPanel;         // not retained
+    AlertPanel *mPanel;  // not retained
     const Dialog *mDialog;
-    NSTimeInterval mEnd;        // 0: never
+    NSTimeInterval mEnd;  // 0: never
     BOOL mHasAskedForFocus;
 }
 - (void)tick:(NSTimer *)timer;
@@ -104,7 +104,8 @@ bool isCommand()
 void beApplication()
 {
     if (isCommand())
-        [[NSUserDefaults standardUserDefaults] registerDefaults:[NSDictionary dictionaryWithObject:@"YES" forKey:@"GSSuppressAppIcon"]];
+        [[NSUserDefaults standardUserDefaults]
+            registerDefaults:[NSDictionary dictionaryWithObject:@"YES" forKey:@"GSSuppressAppIcon"]];
     [NSApplication sharedApplication];
     // Before its launch is finished, an application lets nobody give it the keyboard. It doesn't say whether it is.
     if ([[NSApp valueForKey:@"_app_is_launched"] boolValue])
@@ -121,8 +122,10 @@ NSTextField *fieldFor(const Dialog &dialog)
 {
     if (!dialog.answer)
         return nil;
-    const size_t breaks = size_t(std::count_if(dialog.answer->begin(), dialog.answer->end(), [](char c) { return c == '\r' || c == '\n'; }));
-    const CGFloat height = kLineHeight * CGFloat(dialog.hidesAnswer ? 1 : std::min(breaks + 1, kMostLines)) + kFieldMargin;
+    const size_t breaks = size_t(std::count_if(dialog.answer->begin(), dialog.answer->end(),
+                                               [](char c) { return c == '\r' || c == '\n'; }));
+    const CGFloat height =
+        kLineHeight * CGFloat(dialog.hidesAnswer ? 1 : std::min(breaks + 1, kMostLines)) + kFieldMargin;
     Class kind = dialog.hidesAnswer ? [NSSecureTextField class] : [NSTextField class];
     NSTextField *field = [[[kind alloc] initWithFrame:NSMakeRect(0, 0, 10, height)] autorelease];
     [field setStringValue:text(*dialog.answer)];
@@ -143,12 +146,17 @@ void run(const Dialog &dialog, DialogAnswer &answer)
 {
     std::vector<AlertButton> buttons;  // from the right
     for (size_t i = dialog.buttons.size(); i-- > 0;)
-        buttons.push_back({text(dialog.buttons[i]), NSInteger(i), int(i) == dialog.byDefault, int(i) == dialog.cancels});
+        buttons.push_back(
+            {text(dialog.buttons[i]), NSInteger(i), int(i) == dialog.byDefault, int(i) == dialog.cancels});
     AlertExtras extras;
     extras.movable = extras.buttonsTogether = true;
     extras.title = dialog.title.empty() ? [[NSProcessInfo processInfo] processName] : text(dialog.title);
     extras.field = fieldFor(dialog);
-    AlertPanel *panel = [AlertPanel alertOfKind:kindOf(dialog.icon) message:text(dialog.message) explanation:text(dialog.explanation) buttons:buttons extras:extras];
+    AlertPanel *panel = [AlertPanel alertOfKind:kindOf(dialog.icon)
+                                        message:text(dialog.message)
+                                    explanation:text(dialog.explanation)
+                                        buttons:buttons
+                                         extras:extras];
     [panel center];
     [NSApp activateIgnoringOtherApps:YES];
     [panel makeKeyAndOrderFront:nil];
@@ -159,12 +167,17 @@ void run(const Dialog &dialog, DialogAnswer &answer)
     clock->mPanel = panel;
     clock->mDialog = &dialog;
     clock->mEnd = dialog.givesUpAfter > 0 ? [NSDate timeIntervalSinceReferenceDate] + dialog.givesUpAfter : 0;
-    NSTimer *timer = [NSTimer timerWithTimeInterval:kTick target:clock selector:@selector(tick:) userInfo:nil repeats:YES];
+    NSTimer *timer = [NSTimer timerWithTimeInterval:kTick
+                                             target:clock
+                                           selector:@selector(tick:)
+                                           userInfo:nil
+                                            repeats:YES];
     for (NSString *mode : {NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode})
         [[NSRunLoop currentRunLoop] addTimer:timer forMode:mode];
     const NSInteger code = RunAlert(panel, [&](NSEvent *event, NSInteger &ended) {
         // The field would keep the key to itself.
-        const bool isEscape = [event type] == NSKeyDown && [[event charactersIgnoringModifiers] isEqualToString:@"\e"];
+        const bool isEscape =
+            [event type] == NSKeyDown && [[event charactersIgnoringModifiers] isEqualToString:@"\e"];
         ended = dialog.cancels;
         return isEscape && dialog.cancels >= 0;
     });
@@ -186,7 +199,8 @@ void keepClipboardServer()
     if (!isCommand() || std::exchange(isDone, true) || !tool || serves())
         return;
     const tarvik::FileDescriptor nothing(open("/dev/null", O_RDWR | O_CLOEXEC));
-    tarvik::platform::SpawnPlan plan = {.path = tarvik::utf8(tool).value_or(""), .arguments = {"--daemon"}, .folder = "/"};
+    tarvik::platform::SpawnPlan plan = {
+        .path = tarvik::utf8(tool).value_or(""), .arguments = {"--daemon"}, .folder = "/"};
     for (int &stream : plan.streams)
         stream = nothing.get();
     tarvik::platform::ChildProcess server;
@@ -250,7 +264,9 @@ public:
         OSStatus status = ClearCurrentScrap();
         if (status == noErr)
             status = GetCurrentScrap(&scrap);
-        return status == noErr ? PutScrapFlavor(scrap, flavor, kScrapFlavorMaskNone, Size(bytes.size()), bytes.data()) : status;
+        return status == noErr
+                   ? PutScrapFlavor(scrap, flavor, kScrapFlavorMaskNone, Size(bytes.size()), bytes.data())
+                   : status;
     }
 };
 

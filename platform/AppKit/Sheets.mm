@@ -35,7 +35,8 @@ std::vector<tarvik::Retained<BegunSheet *>> gSheets;
 template <class Condition>
 BegunSheet *firstSheet(Condition &&isIt)
 {
-    const auto found = std::find_if(gSheets.begin(), gSheets.end(), [&](const auto &each) { return isIt(each.get()); });
+    const auto found =
+        std::find_if(gSheets.begin(), gSheets.end(), [&](const auto &each) { return isIt(each.get()); });
     return found == gSheets.end() ? nil : found->get();
 }
 
@@ -71,10 +72,8 @@ bool isInput(NSEventType type)
     case NSOtherMouseDragged:
     case NSScrollWheel:
     case NSKeyDown:
-    case NSKeyUp:
-        return true;
-    default:
-        return false;
+    case NSKeyUp: return true;
+    default: return false;
     }
 }
 
@@ -127,7 +126,8 @@ Function original(Class type, SEL name)
     const NSRect frame = [wanted rectValue];
     if (begun(mSheet) != self || !NSEqualSizes([mSheet frame].size, frame.size))
         return;
-    [mSheet setFrame:NSMakeRect(frame.origin.x, frame.origin.y, frame.size.width, frame.size.height - 1) display:NO];
+    [mSheet setFrame:NSMakeRect(frame.origin.x, frame.origin.y, frame.size.width, frame.size.height - 1)
+             display:NO];
     [mSheet setFrame:frame display:YES];
 }
 
@@ -188,7 +188,10 @@ Function original(Class type, SEL name)
         [record show];
 }
 
-- (void)endSheet:(NSWindow *)sheet { [self endSheet:sheet returnCode:NSRunStoppedResponse]; }
+- (void)endSheet:(NSWindow *)sheet
+{
+    [self endSheet:sheet returnCode:NSRunStoppedResponse];
+}
 
 - (void)endSheet:(NSWindow *)sheet returnCode:(NSInteger)code
 {

@@ -1,5 +1,5 @@
-#include <Carbon/Dialogs.h>
 #import <AppKit/AppKit.h>
+#include <Carbon/Dialogs.h>
 #import <Tarvik/support/Guard.h>
 #import <Tarvik/support/Retained.h>
 
@@ -30,14 +30,10 @@ OpaqueDialogPtr *known(DialogRef dialog)
 AlertKind kindOf(AlertType type)
 {
     switch (type) {
-    case kAlertStopAlert:
-        return AlertKind::Stop;
-    case kAlertNoteAlert:
-        return AlertKind::Note;
-    case kAlertCautionAlert:
-        return AlertKind::Caution;
-    default:
-        return AlertKind::Plain;
+    case kAlertStopAlert: return AlertKind::Stop;
+    case kAlertNoteAlert: return AlertKind::Note;
+    case kAlertCautionAlert: return AlertKind::Caution;
+    default: return AlertKind::Plain;
     }
 }
 
@@ -46,8 +42,9 @@ NSString *title(CFStringRef text, NSString *standard)
     return text == kAlertDefaultOKText ? standard : (NSString *)text;
 }
 
-OSStatus make(AlertType type, CFStringRef error, CFStringRef explanation, const AlertStdCFStringAlertParamRec *param, bool isSheet,
-              EventTargetRef target, DialogRef *outDialog)
+OSStatus make(AlertType type, CFStringRef error, CFStringRef explanation,
+              const AlertStdCFStringAlertParamRec *param, bool isSheet, EventTargetRef target,
+              DialogRef *outDialog)
 {
     AlertStdCFStringAlertParamRec standard;
     if (!param) {
@@ -59,20 +56,22 @@ OSStatus make(AlertType type, CFStringRef error, CFStringRef explanation, const 
     OSStatus status = unimpErr;
     tarvik::attempt([&] {
         [NSApplication sharedApplication];
-        std::vector<AlertButton> buttons = {{title(param->defaultText, @"OK"), kAlertStdAlertOKButton},
-                                            {title(param->cancelText, @"Cancel"), kAlertStdAlertCancelButton},
-                                            {title(param->otherText, @"Don't Save"), kAlertStdAlertOtherButton}};
+        std::vector<AlertButton> buttons = {
+            {title(param->defaultText, @"OK"), kAlertStdAlertOKButton},
+            {title(param->cancelText, @"Cancel"), kAlertStdAlertCancelButton},
+            {title(param->otherText, @"Don't Save"), kAlertStdAlertOtherButton}};
         for (AlertButton &button : buttons) {
             button.isDefault = button.code == param->defaultButton;
             button.isCancel = button.code == param->cancelButton;
         }
         auto dialog = std::make_unique<OpaqueDialogPtr>();
-        dialog->panel = tarvik::retain([AlertPanel alertOfKind:kindOf(type)
-                                                       message:(NSString *)error
-                                                   explanation:(NSString *)explanation
-                                                       buttons:buttons
-                                                      helpCode:param->helpButton ? kAlertStdAlertHelpButton : 0
-                                                       movable:param->movable && !isSheet]);
+        dialog->panel =
+            tarvik::retain([AlertPanel alertOfKind:kindOf(type)
+                                           message:(NSString *)error
+                                       explanation:(NSString *)explanation
+                                           buttons:buttons
+                                          helpCode:param->helpButton ? kAlertStdAlertHelpButton : 0
+                                           movable:param->movable && !isSheet]);
         dialog->target = target;
         dialog->position = param->position;
         dialog->flags = param->flags;
@@ -91,7 +90,8 @@ void tell(EventTargetRef target, NSInteger item)
                         : item == kAlertStdAlertCancelButton ? kHICommandCancel
                                                              : kHICommandOther;
     EventRef event = nullptr;
-    if (!target || CreateEvent(nullptr, kEventClassCommand, kEventCommandProcess, 0, kEventAttributeNone, &event) != noErr)
+    if (!target || CreateEvent(nullptr, kEventClassCommand, kEventCommandProcess, 0, kEventAttributeNone,
+                               &event) != noErr)
         return;
     SetEventParameter(event, kEventParamDirectObject, typeHICommand, sizeof command, &command);
     SendEventToEventTarget(event, target);
@@ -109,17 +109,20 @@ DialogRef dialogOf(NSWindow *window)
 tarvik::Retained<NSString *> textOf(ConstStringPtr pascal)
 {
     return tarvik::Retained<NSString *>::adopting(
-        pascal ? (NSString *)CFStringCreateWithPascalString(nullptr, pascal, CFStringGetSystemEncoding()) : nil);
+        pascal ? (NSString *)CFStringCreateWithPascalString(nullptr, pascal, CFStringGetSystemEncoding())
+               : nil);
 }
 
 /// StandardAlert, with Pascal strings and the older record.
-OSErr present(AlertType type, ConstStr255Param error, ConstStr255Param explanation, const AlertStdAlertParamRec *older,
-              SInt16 *itemHit)
+OSErr present(AlertType type, ConstStr255Param error, ConstStr255Param explanation,
+              const AlertStdAlertParamRec *older, SInt16 *itemHit)
 {
     AlertStdCFStringAlertParamRec look;
     GetStandardAlertDefaultParams(&look, kStdCFStringAlertVersionOne);
-    const auto first = textOf(older ? older->defaultText : nullptr), second = textOf(older ? older->cancelText : nullptr),
-               third = textOf(older ? older->otherText : nullptr), message = textOf(error), more = textOf(explanation);
+    const auto first = textOf(older ? older->defaultText : nullptr),
+               second = textOf(older ? older->cancelText : nullptr),
+               third = textOf(older ? older->otherText : nullptr), message = textOf(error),
+               more = textOf(explanation);
     if (older) {
         look.movable = older->movable;
         look.helpButton = older->helpButton;
@@ -133,8 +136,10 @@ OSErr present(AlertType type, ConstStr255Param error, ConstStr255Param explanati
         look.position = older->position;
     }
     DialogRef alert = nullptr;
-    const OSStatus status = CreateStandardAlert(type, (CFStringRef)message.get(), (CFStringRef)more.get(), &look, &alert);
-    return OSErr(status == noErr ? RunStandardAlert(alert, older ? older->filterProc : nullptr, itemHit) : status);
+    const OSStatus status =
+        CreateStandardAlert(type, (CFStringRef)message.get(), (CFStringRef)more.get(), &look, &alert);
+    return OSErr(status == noErr ? RunStandardAlert(alert, older ? older->filterProc : nullptr, itemHit)
+                                 : status);
 }
 
 const StandardAlertPresenter kInstalled = (SetStandardAlertPresenter(&present), &present);
@@ -159,7 +164,8 @@ OSStatus CreateStandardAlert(AlertType alertType, CFStringRef error, CFStringRef
 }
 
 OSStatus CreateStandardSheet(AlertType alertType, CFStringRef error, CFStringRef explanation,
-                             const AlertStdCFStringAlertParamRec *param, EventTargetRef notifyTarget, DialogRef *outSheet)
+                             const AlertStdCFStringAlertParamRec *param, EventTargetRef notifyTarget,
+                             DialogRef *outSheet)
 {
     return make(alertType, error, explanation, param, true, notifyTarget, outSheet);
 }
@@ -172,7 +178,8 @@ OSStatus RunStandardAlert(DialogRef alert, ModalFilterUPP filter, DialogItemInde
     OSStatus status = unimpErr;
     tarvik::attempt([&] {
         const UInt16 position = record->position;
-        RepositionWindow(GetDialogWindow(alert), nullptr, position ? position : UInt16(kWindowAlertPositionOnMainScreen));
+        RepositionWindow(GetDialogWindow(alert), nullptr,
+                         position ? position : UInt16(kWindowAlertPositionOnMainScreen));
         *outItemHit = DialogItemIndex(RunAlert(record->panel.get(), [&](NSEvent *event, NSInteger &item) {
             SInt16 hit = 0;
             if (!filter || !filter(alert, event, &hit))
@@ -228,7 +235,11 @@ OSStatus ShowSheetWindow(WindowRef sheet, WindowRef parentWindow)
             };
             BeginAlert((AlertPanel *)shown, parent, answered);
         } else {
-            [NSApp beginSheet:shown modalForWindow:parent modalDelegate:nil didEndSelector:nullptr contextInfo:nullptr];
+            [NSApp beginSheet:shown
+                modalForWindow:parent
+                 modalDelegate:nil
+                didEndSelector:nullptr
+                   contextInfo:nullptr];
         }
         status = noErr;
     });

@@ -1,5 +1,5 @@
-#include <Carbon/MacWindows.h>
 #import <AppKit/NSScreen.h>
+#include <Carbon/MacWindows.h>
 
 #import "platform/AppKit/private/WindowReference.h"
 
@@ -74,17 +74,14 @@ OSStatus RepositionWindow(WindowRef window, WindowRef parentWindow, WindowPositi
     const CGFloat across = NSMidX(area) - size.width / 2, spare = NSHeight(area) - size.height;
     NSPoint corner = NSZeroPoint;  // the top left one
     switch (found->way) {
-    case Way::Centre:
-        corner = NSMakePoint(across, NSMaxY(area) - spare / 2);
-        break;
-    case Way::Alert:
-        corner = NSMakePoint(across, NSMaxY(area) - spare / 5);
-        break;
+    case Way::Centre: corner = NSMakePoint(across, NSMaxY(area) - spare / 2); break;
+    case Way::Alert: corner = NSMakePoint(across, NSMaxY(area) - spare / 5); break;
     case Way::Cascade:
         if (found->place == Place::Parent)
             corner = NSMakePoint(NSMinX(area) + kCascadeStep, NSMaxY(area) - kCascadeStep);
         else
-            corner = nextOfCascade(room, size, NSMakePoint(NSMinX(room) + kCascadeStep, NSMaxY(room) - kCascadeStep));
+            corner = nextOfCascade(room, size,
+                                   NSMakePoint(NSMinX(room) + kCascadeStep, NSMaxY(room) - kCascadeStep));
         break;
     case Way::CascadeFromParent:
         corner = nextOfCascade(room, size, NSMakePoint(NSMinX([parent frame]), NSMaxY([parent frame])));

@@ -30,17 +30,20 @@ constexpr ClassTraits kClasses[] = {
     {kMovableAlertWindowClass, 0, NSTitledWindowMask, modal, true},
     {kModalWindowClass, 0, NSTitledWindowMask, modal, true},
     {kMovableModalWindowClass, kWindowStandardDocumentAttributes, NSTitledWindowMask, modal, true},
-    {kFloatingWindowClass, kWindowStandardDocumentAttributes, NSUInteger(NSTitledWindowMask) | NSUtilityWindowMask, floating, true},
+    {kFloatingWindowClass, kWindowStandardDocumentAttributes,
+     NSUInteger(NSTitledWindowMask) | NSUtilityWindowMask, floating, true},
     {kDocumentWindowClass, kWindowStandardDocumentAttributes, NSTitledWindowMask, normal, false},
-    {kUtilityWindowClass, kWindowStandardDocumentAttributes, NSUInteger(NSTitledWindowMask) | NSUtilityWindowMask, floating, true},
+    {kUtilityWindowClass, kWindowStandardDocumentAttributes,
+     NSUInteger(NSTitledWindowMask) | NSUtilityWindowMask, floating, true},
     {kSheetWindowClass, kWindowResizableAttribute, NSDocModalWindowMask, normal, true},
     {kPlainWindowClass, kWindowResizableAttribute, NSBorderlessWindowMask, normal, false},
 };
 
 const ClassTraits *traitsOf(WindowClass windowClass)
 {
-    const auto found = std::find_if(std::begin(kClasses), std::end(kClasses),
-                                    [&](const ClassTraits &traits) { return traits.windowClass == windowClass; });
+    const auto found = std::find_if(std::begin(kClasses), std::end(kClasses), [&](const ClassTraits &traits) {
+        return traits.windowClass == windowClass;
+    });
     return found == std::end(kClasses) ? nullptr : found;
 }
 
@@ -111,12 +114,15 @@ NSRect ScreenRectFromToolbox(const Rect &rect)
 Rect ToolboxRectFromScreen(NSRect rect)
 {
     const CGFloat top = screenTop();
-    return {coordinate(top - NSMaxY(rect)), coordinate(NSMinX(rect)), coordinate(top - NSMinY(rect)), coordinate(NSMaxX(rect))};
+    return {coordinate(top - NSMaxY(rect)), coordinate(NSMinX(rect)), coordinate(top - NSMinY(rect)),
+            coordinate(NSMaxX(rect))};
 }
 
-OSStatus CreateNewWindow(WindowClass windowClass, WindowAttributes attributes, const Rect *contentBounds, WindowRef *outWindow)
+OSStatus CreateNewWindow(WindowClass windowClass, WindowAttributes attributes, const Rect *contentBounds,
+                         WindowRef *outWindow)
 {
-    if (!contentBounds || !outWindow || contentBounds->right <= contentBounds->left || contentBounds->bottom <= contentBounds->top)
+    if (!contentBounds || !outWindow || contentBounds->right <= contentBounds->left ||
+        contentBounds->bottom <= contentBounds->top)
         return paramErr;
     const ClassTraits *traits = traitsOf(windowClass);
     if (!traits)
@@ -126,11 +132,12 @@ OSStatus CreateNewWindow(WindowClass windowClass, WindowAttributes attributes, c
     OSStatus status = unimpErr;
     tarvik::attempt([&] {
         [NSApplication sharedApplication];
-        NSWindow *window = [(traits->isPanel ? [NSPanel alloc] : [NSWindow alloc])
-            initWithContentRect:ScreenRectFromToolbox(*contentBounds)
-                      styleMask:styleOf(*traits, attributes)
-                        backing:NSBackingStoreBuffered
-                          defer:YES];
+        NSWindow *window =
+            [(traits->isPanel ? [NSPanel alloc]
+                              : [NSWindow alloc]) initWithContentRect:ScreenRectFromToolbox(*contentBounds)
+                                                            styleMask:styleOf(*traits, attributes)
+                                                              backing:NSBackingStoreBuffered
+                                                                defer:YES];
         if (!window)
             return;
         [window setReleasedWhenClosed:NO];
@@ -189,7 +196,8 @@ OSStatus GetWindowBounds(WindowRef window, WindowRegionCode region, Rect *bounds
     if (!bounds || (region != kWindowStructureRgn && region != kWindowContentRgn))
         return paramErr;
     const NSRect frame = [found frame];
-    *bounds = ToolboxRectFromScreen(region == kWindowStructureRgn ? frame : [found contentRectForFrameRect:frame]);
+    *bounds =
+        ToolboxRectFromScreen(region == kWindowStructureRgn ? frame : [found contentRectForFrameRect:frame]);
     return noErr;
 }
 
@@ -201,7 +209,8 @@ OSStatus SetWindowBounds(WindowRef window, WindowRegionCode region, const Rect *
     if (!bounds || (region != kWindowStructureRgn && region != kWindowContentRgn))
         return paramErr;
     const NSRect rect = ScreenRectFromToolbox(*bounds);
-    [found setFrame:region == kWindowStructureRgn ? rect : [found frameRectForContentRect:rect] display:[found isVisible]];
+    [found setFrame:region == kWindowStructureRgn ? rect : [found frameRectForContentRect:rect]
+            display:[found isVisible]];
     return noErr;
 }
 
@@ -253,7 +262,10 @@ void SetWRefCon(WindowRef window, SRefCon constant)
 // gnustep-gui's own answer a number of its backend, and crash.
 @implementation NSWindow (WindowReference)
 
-- (void *)windowRef { return ReferenceOfWindow(self); }
+- (void *)windowRef
+{
+    return ReferenceOfWindow(self);
+}
 
 /// The window behind the reference itself takes the receiver's place; nil for an unknown reference.
 - (id)initWithWindowRef:(void *)windowRef

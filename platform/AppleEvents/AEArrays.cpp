@@ -24,7 +24,8 @@ Size strideOf(AEArrayType type, Size itemSize)
     }
 }
 
-OSErr putItem(AEDescList *list, AEArrayType type, const AEArrayData *array, const char *at, long i, DescType itemType, Size itemSize)
+OSErr putItem(AEDescList *list, AEArrayType type, const AEArrayData *array, const char *at, long i,
+              DescType itemType, Size itemSize)
 {
     switch (type) {
     case kAEHandleArray: {
@@ -32,7 +33,9 @@ OSErr putItem(AEDescList *list, AEArrayType type, const AEArrayData *array, cons
         return handle ? AEPutPtr(list, 0, itemType, *handle, GetHandleSize(handle)) : OSErr(nilHandleErr);
     }
     case kAEDescArray: return AEPutDesc(list, 0, &array->kAEDescArray[i]);
-    case kAEKeyDescArray: return AEPutParamDesc(list, array->kAEKeyDescArray[i].descKey, &array->kAEKeyDescArray[i].descContent);
+    case kAEKeyDescArray:
+        return AEPutParamDesc(list, array->kAEKeyDescArray[i].descKey,
+                              &array->kAEKeyDescArray[i].descContent);
     default: return AEPutPtr(list, 0, itemType, at, itemSize);
     }
 }
@@ -70,7 +73,8 @@ void dispose(AEArrayType type, AEArrayDataPointer array, size_t count)
 
 }  // namespace
 
-OSErr AEPutArray(AEDescList *list, AEArrayType arrayType, const AEArrayData *array, DescType itemType, Size itemSize, long itemCount)
+OSErr AEPutArray(AEDescList *list, AEArrayType arrayType, const AEArrayData *array, DescType itemType,
+                 Size itemSize, long itemCount)
 {
     const Size stride = strideOf(arrayType, itemSize);
     if (!list || itemCount < 0 || itemSize < 0 || (!array && itemCount > 0) || (stride == 0 && itemSize > 0))
@@ -84,8 +88,8 @@ OSErr AEPutArray(AEDescList *list, AEArrayType arrayType, const AEArrayData *arr
     return noErr;
 }
 
-OSErr AEGetArray(const AEDescList *list, AEArrayType arrayType, AEArrayDataPointer array, Size maximumSize, DescType *itemType, Size *itemSize,
-                 long *itemCount)
+OSErr AEGetArray(const AEDescList *list, AEArrayType arrayType, AEArrayDataPointer array, Size maximumSize,
+                 DescType *itemType, Size *itemSize, long *itemCount)
 {
     if (!list || !array || !itemType || !itemSize || !itemCount)
         return paramErr;
@@ -96,7 +100,8 @@ OSErr AEGetArray(const AEDescList *list, AEArrayType arrayType, AEArrayDataPoint
     const bool descs = arrayType == kAEDescArray || arrayType == kAEKeyDescArray;
     const Size first = items.empty() ? 0 : Size(bytesOf(items[0].desc.get()).size());
     for (const Item &item : items) {
-        const bool alike = item.desc->descriptorType == items[0].desc->descriptorType && !itemsOf(item.desc.get()) &&
+        const bool alike = item.desc->descriptorType == items[0].desc->descriptorType &&
+                           !itemsOf(item.desc.get()) &&
                            (arrayType == kAEHandleArray || Size(bytesOf(item.desc.get()).size()) == first);
         if (!descs && !alike)
             return errAEWrongDataType;
@@ -108,7 +113,8 @@ OSErr AEGetArray(const AEDescList *list, AEArrayType arrayType, AEArrayDataPoint
         return errAEBufferTooSmall;
     for (size_t i = 0; i < items.size(); ++i) {
         items[i].asked = true;
-        if (const OSErr error = getItem(items[i], arrayType, array, reinterpret_cast<char *>(array) + Size(i) * stride, i)) {
+        if (const OSErr error =
+                getItem(items[i], arrayType, array, reinterpret_cast<char *>(array) + Size(i) * stride, i)) {
             dispose(arrayType, array, i);
             return error;
         }

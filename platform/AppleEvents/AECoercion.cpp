@@ -14,7 +14,8 @@ struct Coercion {
     OSErr operator()(const AEDesc *desc, DescType to, AEDesc *result) const
     {
         if (takesDesc)
-            return reinterpret_cast<AECoerceDescUPP>(reinterpret_cast<void (*)()>(function))(desc, to, refcon, result);
+            return reinterpret_cast<AECoerceDescUPP>(reinterpret_cast<void (*)()>(function))(desc, to, refcon,
+                                                                                             result);
         const std::string_view bytes = bytesOf(desc);
         return function(desc->descriptorType, bytes.data(), Size(bytes.size()), to, refcon, result);
     }
@@ -47,7 +48,8 @@ OwnedDesc copyOfItems(const Items &items, DescType type, Kind kind)
     OwnedDesc made = newItems(type, kind);
     auto &to = itemsOf(made.get())->items;
     for (const Item &item : items.items)
-        to.push_back({kind == Kind::list ? AEKeyword(typeWildCard) : item.key, copyOf(*item.desc.get()), false});
+        to.push_back(
+            {kind == Kind::list ? AEKeyword(typeWildCard) : item.key, copyOf(*item.desc.get()), false});
     return made;
 }
 
@@ -55,7 +57,8 @@ std::optional<OwnedDesc> coerceItems(const Items &items, DescType to)
 {
     if (items.kind == Kind::list) {
         OwnedDesc made;
-        const bool one = items.items.size() == 1 && AECoerceDesc(items.items[0].desc.get(), to, made.out()) == noErr;
+        const bool one =
+            items.items.size() == 1 && AECoerceDesc(items.items[0].desc.get(), to, made.out()) == noErr;
         return one ? std::optional(std::move(made)) : std::nullopt;
     }
     if (to == typeAEList)
@@ -103,8 +106,8 @@ OSErr AECoercePtr(DescType typeCode, const void *dataPtr, Size dataSize, DescTyp
     return error ? error : AECoerceDesc(desc.get(), toType, result);
 }
 
-OSErr AEInstallCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP handler, SRefCon handlerRefcon, Boolean fromTypeIsDesc,
-                               Boolean isSysHandler)
+OSErr AEInstallCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP handler,
+                               SRefCon handlerRefcon, Boolean fromTypeIsDesc, Boolean isSysHandler)
 {
     if (!handler)
         return paramErr;
@@ -114,14 +117,16 @@ OSErr AEInstallCoercionHandler(DescType fromType, DescType toType, AECoercionHan
     });
 }
 
-OSErr AERemoveCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP handler, Boolean isSysHandler)
+OSErr AERemoveCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP handler,
+                              Boolean isSysHandler)
 {
     const auto isIt = [&](const Coercion &known) { return !handler || known.function == handler; };
-    return gHandlers[isSysHandler != 0].remove(fromType, toType, isIt) ? OSErr(noErr) : OSErr(errAEHandlerNotFound);
+    return gHandlers[isSysHandler != 0].remove(fromType, toType, isIt) ? OSErr(noErr)
+                                                                       : OSErr(errAEHandlerNotFound);
 }
 
-OSErr AEGetCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP *handler, SRefCon *handlerRefcon, Boolean *fromTypeIsDesc,
-                           Boolean isSysHandler)
+OSErr AEGetCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP *handler,
+                           SRefCon *handlerRefcon, Boolean *fromTypeIsDesc, Boolean isSysHandler)
 {
     const auto known = gHandlers[isSysHandler != 0].get(fromType, toType);
     if (!known)

@@ -72,7 +72,8 @@ OwnedDesc copyOf(const AEDesc &desc)
     const Items *items = itemsOf(&desc);
     if (!items)
         return newValue(desc.descriptorType, bytesOf(&desc));
-    OwnedDesc copy = items->kind == Kind::event ? copyOfEvent(static_cast<const Event &>(*items)) : newItems(typeNull, items->kind);
+    OwnedDesc copy = items->kind == Kind::event ? copyOfEvent(static_cast<const Event &>(*items))
+                                                : newItems(typeNull, items->kind);
     copy.get()->descriptorType = desc.descriptorType;
     if (items->kind != Kind::event)
         copyItems(items->items, itemsOf(copy.get())->items);
@@ -108,8 +109,9 @@ OSErr AECreateDesc(DescType typeCode, const void *dataPtr, Size dataSize, AEDesc
         if (!isContainer(typeCode))
             return hand(newValue(typeCode, bytes), result);
         if (bytes.empty())
-            return typeCode == typeAppleEvent ? OSErr(paramErr)
-                                              : hand(newItems(typeCode, typeCode == typeAEList ? Kind::list : Kind::record), result);
+            return typeCode == typeAppleEvent
+                       ? OSErr(paramErr)
+                       : hand(newItems(typeCode, typeCode == typeAEList ? Kind::list : Kind::record), result);
         tarvik::OwnedDesc desc;
         if (unflatten(bytes, desc) != noErr || desc->descriptorType != typeCode)
             return paramErr;
@@ -151,7 +153,10 @@ OSErr AEReplaceDescData(DescType typeCode, const void *dataPtr, Size dataSize, A
     return hand(std::move(made), desc);
 }
 
-Size AEGetDescDataSize(const AEDesc *desc) { return itemsOf(desc) ? AESizeOfFlattenedDesc(desc) : Size(bytesOf(desc).size()); }
+Size AEGetDescDataSize(const AEDesc *desc)
+{
+    return itemsOf(desc) ? AESizeOfFlattenedDesc(desc) : Size(bytesOf(desc).size());
+}
 
 OSErr AEGetDescData(const AEDesc *desc, void *dataPtr, Size maximumSize)
 {

@@ -49,11 +49,14 @@ OwnedDesc attribute(const Event &event, AEKeyword keyword)
     case keyTransactionIDAttr: return numberDesc(typeSInt32, event.transactionID);
     case keyEventSourceAttr: return numberDesc(typeSInt16, event.source);
     case keyReplyRequestedAttr: return numberDesc(typeBoolean, Boolean(event.replyRequested));
-    case keySenderPIDAttr: return event.sender.pid < 0 ? OwnedDesc() : numberDesc(typeSInt32, event.sender.pid);
+    case keySenderPIDAttr:
+        return event.sender.pid < 0 ? OwnedDesc() : numberDesc(typeSInt32, event.sender.pid);
     case keySenderEUIDAttr:
-    case keySenderUIDAttr: return event.sender.pid < 0 ? OwnedDesc() : numberDesc(typeSInt32, event.sender.uid);
+    case keySenderUIDAttr:
+        return event.sender.pid < 0 ? OwnedDesc() : numberDesc(typeSInt32, event.sender.uid);
     case keySenderEGIDAttr:
-    case keySenderGIDAttr: return event.sender.pid < 0 ? OwnedDesc() : numberDesc(typeSInt32, event.sender.gid);
+    case keySenderGIDAttr:
+        return event.sender.pid < 0 ? OwnedDesc() : numberDesc(typeSInt32, event.sender.gid);
     case keyMissedKeywordAttr: {
         const Item *item = missed(event);
         return item ? numberDesc(typeKeyword, item->key) : OwnedDesc();
@@ -106,8 +109,8 @@ OSErr getAttribute(const AppleEvent *event, AEKeyword keyword, OwnedDesc &found)
 
 }  // namespace
 
-OSErr AECreateAppleEvent(AEEventClass eventClass, AEEventID eventID, const AEAddressDesc *target, AEReturnID returnID, AETransactionID transactionID,
-                         AppleEvent *result)
+OSErr AECreateAppleEvent(AEEventClass eventClass, AEEventID eventID, const AEAddressDesc *target,
+                         AEReturnID returnID, AETransactionID transactionID, AppleEvent *result)
 {
     if (!result)
         return paramErr;
@@ -125,7 +128,8 @@ OSErr AECreateAppleEvent(AEEventClass eventClass, AEEventID eventID, const AEAdd
     });
 }
 
-OSErr AEPutAttributePtr(AppleEvent *event, AEKeyword keyword, DescType typeCode, const void *dataPtr, Size dataSize)
+OSErr AEPutAttributePtr(AppleEvent *event, AEKeyword keyword, DescType typeCode, const void *dataPtr,
+                        Size dataSize)
 {
     OwnedDesc made;
     const OSErr error = event ? AECreateDesc(typeCode, dataPtr, dataSize, made.out()) : OSErr(paramErr);
@@ -148,8 +152,8 @@ OSErr AEGetAttributeDesc(const AppleEvent *event, AEKeyword keyword, DescType de
     return error ? error : AECoerceDesc(found.get(), desiredType, result);
 }
 
-OSErr AEGetAttributePtr(const AppleEvent *event, AEKeyword keyword, DescType desiredType, DescType *typeCode, void *dataPtr, Size maximumSize,
-                        Size *actualSize)
+OSErr AEGetAttributePtr(const AppleEvent *event, AEKeyword keyword, DescType desiredType, DescType *typeCode,
+                        void *dataPtr, Size maximumSize, Size *actualSize)
 {
     OwnedDesc found;
     const OSErr error = AEGetAttributeDesc(event, keyword, desiredType, found.out());

@@ -12,8 +12,7 @@ constexpr uint32_t kMagic = 0x6C664541;  // "AEfl"
 constexpr uint16_t kVersion = 1;
 constexpr size_t kHeadSize = 16, kDescHeadSize = 16, kEventHeadSize = 16, kCountSize = 8, kKeySize = 8;
 
-class Measure
-{
+class Measure {
 public:
     /// Adds a descriptor's length; false when it is too deep.
     bool desc(const AEDesc &desc, int depth = 0)
@@ -47,8 +46,7 @@ private:
     size_t size_ = 0;
 };
 
-class Writer
-{
+class Writer {
 public:
     explicit Writer(char *at) : at_(at) {}
 
@@ -102,8 +100,7 @@ private:
 };
 
 /// Reads within bounds: once it has failed, every further read does.
-class Reader
-{
+class Reader {
 public:
     explicit Reader(std::string_view form) : left_(form) {}
 

@@ -21,8 +21,7 @@ Handlers gHandlers[2];
 Handlers &handlersOf(Boolean isSystem) { return gHandlers[isSystem != 0]; }
 
 /// What a thread handles: for the time of its scope.
-class Current
-{
+class Current {
 public:
     explicit Current(const AppleEvent *event) : event_(event), outer_(innermost) { innermost = this; }
     ~Current() { innermost = outer_; }
@@ -89,7 +88,10 @@ OSErr dispatchTo(AEEventHandlerUPP handler, SRefCon refcon, const AppleEvent *ev
     return settle(withMemory([&] { return call({handler, refcon}, event, reply); }), reply);
 }
 
-bool hasHandler(AEEventClass eventClass, AEEventID eventID) { return !handlersOf(false).events.matching(eventClass, eventID).empty(); }
+bool hasHandler(AEEventClass eventClass, AEEventID eventID)
+{
+    return !handlersOf(false).events.matching(eventClass, eventID).empty();
+}
 
 OSErr newReply(const AppleEvent *event, AppleEvent *reply)
 {
@@ -106,7 +108,8 @@ OSErr newReply(const AppleEvent *event, AppleEvent *reply)
 
 }  // namespace tarvik::ae
 
-OSErr AEInstallEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandlerUPP handler, SRefCon handlerRefcon, Boolean isSysHandler)
+OSErr AEInstallEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandlerUPP handler,
+                            SRefCon handlerRefcon, Boolean isSysHandler)
 {
     if (!handler)
         return paramErr;
@@ -118,13 +121,16 @@ OSErr AEInstallEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventH
     });
 }
 
-OSErr AERemoveEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandlerUPP handler, Boolean isSysHandler)
+OSErr AERemoveEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandlerUPP handler,
+                           Boolean isSysHandler)
 {
     const auto isIt = [&](const EventHandler &known) { return !handler || known.function == handler; };
-    return handlersOf(isSysHandler).events.remove(eventClass, eventID, isIt) ? OSErr(noErr) : OSErr(errAEHandlerNotFound);
+    return handlersOf(isSysHandler).events.remove(eventClass, eventID, isIt) ? OSErr(noErr)
+                                                                             : OSErr(errAEHandlerNotFound);
 }
 
-OSErr AEGetEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandlerUPP *handler, SRefCon *handlerRefcon, Boolean isSysHandler)
+OSErr AEGetEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandlerUPP *handler,
+                        SRefCon *handlerRefcon, Boolean isSysHandler)
 {
     const auto known = handlersOf(isSysHandler).events.get(eventClass, eventID);
     if (!known)
@@ -153,7 +159,9 @@ OSErr AERemoveSpecialHandler(AEKeyword functionClass, AEEventHandlerUPP handler,
     if (functionClass != keyPreDispatch)
         return errAENotASpecialFunction;
     const auto isIt = [&](const EventHandler &known) { return !handler || known.function == handler; };
-    return handlersOf(isSysHandler).special.remove(functionClass, functionClass, isIt) ? OSErr(noErr) : OSErr(errAEHandlerNotFound);
+    return handlersOf(isSysHandler).special.remove(functionClass, functionClass, isIt)
+               ? OSErr(noErr)
+               : OSErr(errAEHandlerNotFound);
 }
 
 OSErr AEGetSpecialHandler(AEKeyword functionClass, AEEventHandlerUPP *handler, Boolean isSysHandler)

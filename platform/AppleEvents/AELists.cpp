@@ -71,7 +71,10 @@ OSErr AECreateList(const void *, Size, Boolean isRecord, AEDescList *resultList)
     if (!resultList)
         return paramErr;
     AEInitializeDesc(resultList);
-    return withMemory([&] { return hand(isRecord ? newItems(typeAERecord, Kind::record) : newItems(typeAEList, Kind::list), resultList); });
+    return withMemory([&] {
+        return hand(isRecord ? newItems(typeAERecord, Kind::record) : newItems(typeAEList, Kind::list),
+                    resultList);
+    });
 }
 
 Boolean AECheckIsRecord(const AEDesc *desc) { return recordOf(desc) != nullptr; }
@@ -99,8 +102,8 @@ OSErr AEPutDesc(AEDescList *list, long index, const AEDesc *desc)
     return withMemory([&] { return putNth(list, index, copyOf(*desc)); });
 }
 
-OSErr AEGetNthPtr(const AEDescList *list, long index, DescType desiredType, AEKeyword *keyword, DescType *typeCode, void *dataPtr, Size maximumSize,
-                  Size *actualSize)
+OSErr AEGetNthPtr(const AEDescList *list, long index, DescType desiredType, AEKeyword *keyword,
+                  DescType *typeCode, void *dataPtr, Size maximumSize, Size *actualSize)
 {
     const Item *item;
     if (const OSErr error = nth(list, index, item))
@@ -110,10 +113,13 @@ OSErr AEGetNthPtr(const AEDescList *list, long index, DescType desiredType, AEKe
     OwnedDesc coerced;
     const bool asItIs = desiredType == typeWildCard || desiredType == item->desc->descriptorType;
     const OSErr error = asItIs ? OSErr(noErr) : AECoerceDesc(item->desc.get(), desiredType, coerced.out());
-    return error ? error : handBytes(asItIs ? item->desc.get() : coerced.get(), typeCode, dataPtr, maximumSize, actualSize);
+    return error ? error
+                 : handBytes(asItIs ? item->desc.get() : coerced.get(), typeCode, dataPtr, maximumSize,
+                             actualSize);
 }
 
-OSErr AEGetNthDesc(const AEDescList *list, long index, DescType desiredType, AEKeyword *keyword, AEDesc *result)
+OSErr AEGetNthDesc(const AEDescList *list, long index, DescType desiredType, AEKeyword *keyword,
+                   AEDesc *result)
 {
     const Item *item;
     AEInitializeDesc(result);
@@ -142,14 +148,16 @@ OSErr AEDeleteItem(AEDescList *list, long index)
     return noErr;
 }
 
-OSErr AEPutParamPtr(AppleEvent *event, AEKeyword keyword, DescType typeCode, const void *dataPtr, Size dataSize)
+OSErr AEPutParamPtr(AppleEvent *event, AEKeyword keyword, DescType typeCode, const void *dataPtr,
+                    Size dataSize)
 {
     Items *items = recordOf(event);
     if (!items)
         return event ? OSErr(errAEWrongDataType) : OSErr(paramErr);
     OwnedDesc made;
     const OSErr error = AECreateDesc(typeCode, dataPtr, dataSize, made.out());
-    return error ? error : withMemory([&]() -> OSErr { return put(items->items, keyword, std::move(made)), noErr; });
+    return error ? error
+                 : withMemory([&]() -> OSErr { return put(items->items, keyword, std::move(made)), noErr; });
 }
 
 OSErr AEPutParamDesc(AppleEvent *event, AEKeyword keyword, const AEDesc *desc)
@@ -160,8 +168,8 @@ OSErr AEPutParamDesc(AppleEvent *event, AEKeyword keyword, const AEDesc *desc)
     return withMemory([&]() -> OSErr { return put(items->items, keyword, copyOf(*desc)), noErr; });
 }
 
-OSErr AEGetParamPtr(const AppleEvent *event, AEKeyword keyword, DescType desiredType, DescType *actualType, void *dataPtr, Size maximumSize,
-                    Size *actualSize)
+OSErr AEGetParamPtr(const AppleEvent *event, AEKeyword keyword, DescType desiredType, DescType *actualType,
+                    void *dataPtr, Size maximumSize, Size *actualSize)
 {
     const Item *item;
     if (const OSErr error = field(event, keyword, item))
@@ -170,7 +178,9 @@ OSErr AEGetParamPtr(const AppleEvent *event, AEKeyword keyword, DescType desired
     OwnedDesc coerced;
     const bool asItIs = desiredType == typeWildCard || desiredType == item->desc->descriptorType;
     const OSErr error = asItIs ? OSErr(noErr) : AECoerceDesc(item->desc.get(), desiredType, coerced.out());
-    return error ? error : handBytes(asItIs ? item->desc.get() : coerced.get(), actualType, dataPtr, maximumSize, actualSize);
+    return error ? error
+                 : handBytes(asItIs ? item->desc.get() : coerced.get(), actualType, dataPtr, maximumSize,
+                             actualSize);
 }
 
 OSErr AEGetParamDesc(const AppleEvent *event, AEKeyword keyword, DescType desiredType, AEDesc *result)

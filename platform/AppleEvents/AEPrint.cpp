@@ -9,8 +9,7 @@ namespace tarvik::ae {
 
 namespace {
 
-class Printer
-{
+class Printer {
 public:
     void desc(const AEDesc &desc)
     {
@@ -53,9 +52,12 @@ private:
             text_ += "null()";
             return;
         }
-        const auto known = isScalar(desc.descriptorType) ? coerceScalar(desc.descriptorType, bytes, typeUTF8Text) : std::nullopt;
-        const bool isPlain = known && (desc.descriptorType == typeSInt32 || desc.descriptorType == typeBoolean || desc.descriptorType == typeTrue ||
-                                       desc.descriptorType == typeFalse);
+        const auto known = isScalar(desc.descriptorType)
+                               ? coerceScalar(desc.descriptorType, bytes, typeUTF8Text)
+                               : std::nullopt;
+        const bool isPlain =
+            known && (desc.descriptorType == typeSInt32 || desc.descriptorType == typeBoolean ||
+                      desc.descriptorType == typeTrue || desc.descriptorType == typeFalse);
         if (isPlain) {
             text_ += bytesOf(known->get());
             return;
@@ -72,7 +74,8 @@ private:
         if (isURL || (known && textOf(type, bytes)))
             quoted(isURL ? bytes : bytesOf(known->get()), '"');
         else if (known)
-            quoted(bytesOf(known->get()), bytes.size() == sizeof(OSType) && coerceScalar(type, bytes, typeType) ? '\'' : '\0');
+            quoted(bytesOf(known->get()),
+                   bytes.size() == sizeof(OSType) && coerceScalar(type, bytes, typeType) ? '\'' : '\0');
         else
             hexadecimal(bytes);
     }

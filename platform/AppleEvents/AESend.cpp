@@ -18,7 +18,10 @@ namespace {
 constexpr AESendMode kReplyModes = 3;
 constexpr SInt32 kDefaultTicks = 60 * 60, kTicksPerSecond = 60;
 
-std::chrono::milliseconds ticks(SInt64 count) { return std::chrono::milliseconds(count * 1000 / kTicksPerSecond); }
+std::chrono::milliseconds ticks(SInt64 count)
+{
+    return std::chrono::milliseconds(count * 1000 / kTicksPerSecond);
+}
 
 /// How an event is to be sent.
 struct Order {
@@ -51,8 +54,7 @@ OSStatus sendToSelf(const AppleEvent *event, AppleEvent *reply, AESendMode reply
 }
 
 /// Calls a host's idle function as often as it asks for.
-class Idling
-{
+class Idling {
 public:
     explicit Idling(AEIdleUPP function) : function_(function) {}
     /// True when the host has enough of waiting.
@@ -67,7 +69,10 @@ public:
         next_ = Clock::now() + ticks(std::max<SInt32>(1, sleep));
         return enough;
     }
-    Deadline until(const Deadline &deadline) const { return function_ && (!deadline || next_ < *deadline) ? Deadline(next_) : deadline; }
+    Deadline until(const Deadline &deadline) const
+    {
+        return function_ && (!deadline || next_ < *deadline) ? Deadline(next_) : deadline;
+    }
 
 private:
     AEIdleUPP function_;
@@ -75,16 +80,21 @@ private:
 };
 
 /// Serves the main thread's events while it waits, when it is to.
-class Serving
-{
+class Serving {
 public:
-    explicit Serving(const Order &order) : serves_((order.mode & kAEProcessNonReplyEvents) && gettid() == getpid())
+    explicit Serving(const Order &order)
+        : serves_((order.mode & kAEProcessNonReplyEvents) && gettid() == getpid())
     {
         if (order.filter)
             filter_ = [filter = order.filter](const Event &event) {
-                EventRecord record{.what = kHighLevelEvent, .message = event.eventClass, .when = 0, .where = {}, .modifiers = 0};
+                EventRecord record{.what = kHighLevelEvent,
+                                   .message = event.eventClass,
+                                   .when = 0,
+                                   .where = {},
+                                   .modifiers = 0};
                 const Item *sender = find(event.attributes, keyAddressAttr);
-                return filter(&record, event.returnID, event.transactionID, sender ? sender->desc.get() : nullptr) != 0;
+                return filter(&record, event.returnID, event.transactionID,
+                              sender ? sender->desc.get() : nullptr) != 0;
             };
     }
     ~Serving()
@@ -100,14 +110,16 @@ private:
     Station::Filter filter_;
 };
 
-OSErr awaitAnswer(Link &link, uint64_t serial, AEReturnID returnID, const Order &order, Deadline deadline, OwnedDesc &answer)
+OSErr awaitAnswer(Link &link, uint64_t serial, AEReturnID returnID, const Order &order, Deadline deadline,
+                  OwnedDesc &answer)
 {
     Idling idling(order.idle);
     Serving serving(order);
     for (;;) {
         if (idling.isEnough())
             return errAEWaitCanceled;
-        pollfd waiting[] = {{link.socket(), POLLIN, 0}, {serving.descriptor(), POLLIN, 0}};  // poll passes over -1
+        pollfd waiting[] = {{link.socket(), POLLIN, 0},
+                            {serving.descriptor(), POLLIN, 0}};  // poll passes over -1
         const int ready = poll(waiting, 2, pollTime(idling.until(deadline)));
         if (ready > 0 && waiting[0].revents) {
             bool working;
@@ -133,7 +145,8 @@ OSErr takeLinkToOneOf(const std::vector<int32_t> &pids, const Deadline &deadline
     return error;
 }
 
-OSStatus sendToProcess(const AppleEvent *event, AppleEvent *reply, const Order &order, const std::vector<int32_t> &pids)
+OSStatus sendToProcess(const AppleEvent *event, AppleEvent *reply, const Order &order,
+                       const std::vector<int32_t> &pids)
 {
     static std::atomic<uint64_t> lastSerial{0};
     const uint64_t serial = ++lastSerial;
@@ -142,7 +155,8 @@ OSStatus sendToProcess(const AppleEvent *event, AppleEvent *reply, const Order &
     std::unique_ptr<Link> link;
     OutgoingMessage message;
     OwnedDesc answer;
-    OSErr error = compose(order.replyMode() == kAENoReply ? MessageKind::event : MessageKind::question, serial, event, message);
+    OSErr error = compose(order.replyMode() == kAENoReply ? MessageKind::event : MessageKind::question,
+                          serial, event, message);
     if (!error)
         error = takeLinkToOneOf(pids, deadline, link);
     if (!error)
@@ -173,11 +187,12 @@ OSStatus sendToSystem(const AppleEvent *event, AppleEvent *reply, AESendMode rep
 
 }  // namespace
 
-OSStatus AESend(const AppleEvent *theAppleEvent, AppleEvent *reply, AESendMode sendMode, AESendPriority, SInt32 timeOutInTicks, AEIdleUPP idleProc,
-                AEFilterUPP filterProc)
+OSStatus AESend(const AppleEvent *theAppleEvent, AppleEvent *reply, AESendMode sendMode, AESendPriority,
+                SInt32 timeOutInTicks, AEIdleUPP idleProc, AEFilterUPP filterProc)
 {
     AEInitializeDesc(reply);
-    const SInt32 limit = timeOutInTicks == kAEDefaultTimeout ? kDefaultTicks : std::max<SInt32>(0, timeOutInTicks);
+    const SInt32 limit =
+        timeOutInTicks == kAEDefaultTimeout ? kDefaultTicks : std::max<SInt32>(0, timeOutInTicks);
     const Order order = {sendMode, ticks(limit), timeOutInTicks != kNoTimeOut, idleProc, filterProc};
     if (!theAppleEvent || (!reply && order.replyMode() != kAENoReply))
         return paramErr;
@@ -191,7 +206,8 @@ OSStatus AESend(const AppleEvent *theAppleEvent, AppleEvent *reply, AESendMode s
             return error;
         if (address.isSystem)
             return sendToSystem(theAppleEvent, reply, order.replyMode());
-        return address.isSelf ? sendToSelf(theAppleEvent, reply, order.replyMode()) : sendToProcess(theAppleEvent, reply, order, address.pids);
+        return address.isSelf ? sendToSelf(theAppleEvent, reply, order.replyMode())
+                              : sendToProcess(theAppleEvent, reply, order, address.pids);
     } catch (const std::bad_alloc &) {
         return memFullErr;
     }
@@ -221,7 +237,8 @@ OSErr AESuspendTheCurrentEvent(const AppleEvent *theAppleEvent)
     return event ? Station::get().suspend(event->ticket) : OSErr(errAENotAppleEvent);
 }
 
-OSErr AEResumeTheCurrentEvent(const AppleEvent *theAppleEvent, const AppleEvent *reply, AEEventHandlerUPP dispatcher, SRefCon handlerRefcon)
+OSErr AEResumeTheCurrentEvent(const AppleEvent *theAppleEvent, const AppleEvent *reply,
+                              AEEventHandlerUPP dispatcher, SRefCon handlerRefcon)
 {
     const Event *event = eventOf(theAppleEvent);
     if (!event || !Station::get().isSuspended(event->ticket))

@@ -45,7 +45,8 @@ OSErr processNumber(const ProcessSerialNumber &number, Address &address)
 OSErr application(OSType signature, const std::string &bundleIdentifier, Address &address)
 {
     const Identity &own = ownIdentity();
-    address.isSelf = bundleIdentifier.empty() ? signature != 0 && own.signature == signature : own.bundleIdentifier == bundleIdentifier;
+    address.isSelf = bundleIdentifier.empty() ? signature != 0 && own.signature == signature
+                                              : own.bundleIdentifier == bundleIdentifier;
     if (address.isSelf)
         return noErr;
     const StationFolder folder;
@@ -64,14 +65,18 @@ OSErr applicationAt(const AEDesc &url, Address &address)
     ProcessSerialNumber number = {0, kNoProcess};
     pid_t pid = 0;
     while (GetNextProcess(&number) == noErr)
-        if (GetProcessBundleLocation(&number, &location) == noErr && FSCompareFSRefs(&location, &wanted) == noErr && GetProcessPID(&number, &pid) == noErr) {
+        if (GetProcessBundleLocation(&number, &location) == noErr &&
+            FSCompareFSRefs(&location, &wanted) == noErr && GetProcessPID(&number, &pid) == noErr) {
             address.isSelf |= pid == getpid();
             address.pids.push_back(pid);
         }
     return address.pids.empty() ? OSErr(procNotFound) : OSErr(noErr);
 }
 
-bool isLocalFileURL(std::string_view url) { return url.starts_with("file:///") || url.starts_with("file://localhost/"); }
+bool isLocalFileURL(std::string_view url)
+{
+    return url.starts_with("file:///") || url.starts_with("file://localhost/");
+}
 
 }  // namespace
 
@@ -96,9 +101,12 @@ OSErr resolve(const Event &event, Address &address)
     }
     case typeApplicationBundleID: {
         const std::string_view identifier = bytesOf(&target);
-        return identifier.empty() ? OSErr(errAECorruptData) : application(0, std::string(identifier), address);
+        return identifier.empty() ? OSErr(errAECorruptData)
+                                  : application(0, std::string(identifier), address);
     }
-    case typeApplicationURL: return isLocalFileURL(bytesOf(&target)) ? applicationAt(target, address) : OSErr(errAEUnknownAddressType);
+    case typeApplicationURL:
+        return isLocalFileURL(bytesOf(&target)) ? applicationAt(target, address)
+                                                : OSErr(errAEUnknownAddressType);
     default: return errAEUnknownAddressType;
     }
 }

@@ -55,8 +55,8 @@ std::optional<std::string> pathOfURL(std::string_view bytes)
 {
     if (bytes.substr(0, 5) != "file:")
         return std::nullopt;
-    const CFOwned<CFURLRef> url(
-        CFURLCreateWithBytes(nullptr, reinterpret_cast<const UInt8 *>(bytes.data()), CFIndex(bytes.size()), kCFStringEncodingUTF8, nullptr));
+    const CFOwned<CFURLRef> url(CFURLCreateWithBytes(nullptr, reinterpret_cast<const UInt8 *>(bytes.data()),
+                                                     CFIndex(bytes.size()), kCFStringEncodingUTF8, nullptr));
     return url ? cf::urlPath(url.get()) : std::nullopt;
 }
 
@@ -71,7 +71,9 @@ std::optional<std::string> pathIn(DescType type, std::string_view bytes)
         const auto text = textOf(type, bytes);
         if (!text)
             return std::nullopt;
-        return text->find(':') == text->npos ? std::nullopt : text->starts_with("file:") ? pathOfURL(*text) : hfs::toPosix(*text);
+        return text->find(':') == text->npos ? std::nullopt
+               : text->starts_with("file:")  ? pathOfURL(*text)
+                                             : hfs::toPosix(*text);
     }
 }
 
@@ -93,15 +95,16 @@ std::optional<OwnedDesc> aliasDesc(const FSRef &ref)
 std::optional<OwnedDesc> write(const std::string &path, DescType type)
 {
     if (type == typeFileURL || type == typeApplicationURL) {
-        const CFOwned<CFURLRef> url(
-            CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), isFolder(path)));
+        const CFOwned<CFURLRef> url(CFURLCreateFromFileSystemRepresentation(
+            nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), isFolder(path)));
         return url ? std::optional(newValue(type, cf::absoluteURLText(url.get()))) : std::nullopt;
     }
     if (type == typeAlias || type == typeFSRef) {
         FSRef ref;
         if (FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), &ref, nullptr) != noErr)
             return std::nullopt;
-        return type == typeAlias ? aliasDesc(ref) : newValue(type, {reinterpret_cast<const char *>(&ref), sizeof ref});
+        return type == typeAlias ? aliasDesc(ref)
+                                 : newValue(type, {reinterpret_cast<const char *>(&ref), sizeof ref});
     }
     std::string text = hfs::fromPosix(path);
     if (isFolder(path) && !text.ends_with(':'))
@@ -109,7 +112,10 @@ std::optional<OwnedDesc> write(const std::string &path, DescType type)
     return coerceScalar(typeUTF8Text, text, type);
 }
 
-bool isFile(DescType type) { return type == typeAlias || type == typeFSRef || type == typeFileURL || type == typeApplicationURL; }
+bool isFile(DescType type)
+{
+    return type == typeAlias || type == typeFSRef || type == typeFileURL || type == typeApplicationURL;
+}
 
 }  // namespace
 

@@ -6,7 +6,8 @@
 
 namespace tarvik::ae {
 
-OSErr guardedCall(AEEventHandlerUPP handler, SRefCon refcon, const AppleEvent *event, AppleEvent *reply, std::string &reason)
+OSErr guardedCall(AEEventHandlerUPP handler, SRefCon refcon, const AppleEvent *event, AppleEvent *reply,
+                  std::string &reason)
 {
     Pool pool;
     Retained<NSException *> raised;

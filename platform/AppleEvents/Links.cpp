@@ -37,14 +37,16 @@ std::vector<std::unique_ptr<Link>> &idleLinks()
 bool isAnswer(const OwnedDesc &desc, AEReturnID returnID)
 {
     const Event *event = eventOf(desc.get());
-    return event && event->eventClass == kCoreEventClass && event->eventID == kAEAnswer && event->returnID == returnID;
+    return event && event->eventClass == kCoreEventClass && event->eventID == kAEAnswer &&
+           event->returnID == returnID;
 }
 
 bool isPeer(int socket, int32_t pid)
 {
     ucred peer{};
     socklen_t size = sizeof peer;
-    return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == geteuid() && peer.pid == pid;
+    return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == geteuid() &&
+           peer.pid == pid;
 }
 
 OSErr connect(int32_t pid, const Deadline &deadline, FileDescriptor &socket)
@@ -71,14 +73,16 @@ OSErr connect(int32_t pid, const Deadline &deadline, FileDescriptor &socket)
 bool Link::isIdle() const
 {
     char byte;
-    return inbox_.empty() && recv(socket_.get(), &byte, 1, MSG_PEEK | MSG_DONTWAIT) < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
+    return inbox_.empty() && recv(socket_.get(), &byte, 1, MSG_PEEK | MSG_DONTWAIT) < 0 &&
+           (errno == EAGAIN || errno == EWOULDBLOCK);
 }
 
 OSErr Link::send(const OutgoingMessage &message, const Deadline &deadline)
 {
     size_t sent = 0;
     while (sent < message.size) {
-        const ssize_t done = ::send(socket_.get(), message.bytes.get() + sent, message.size - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
+        const ssize_t done = ::send(socket_.get(), message.bytes.get() + sent, message.size - sent,
+                                    MSG_NOSIGNAL | MSG_DONTWAIT);
         if (done > 0) {
             sent += size_t(done);
         } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
@@ -104,7 +108,9 @@ OSErr Link::receive(uint64_t serial, AEReturnID returnID, OwnedDesc &answer, boo
             continue;  // of an exchange that is over
         working = message.kind == MessageKind::working;
         if (!working)
-            return unflatten(message.body, answer) == noErr && isAnswer(answer, returnID) ? OSErr(noErr) : OSErr(errAECorruptData);
+            return unflatten(message.body, answer) == noErr && isAnswer(answer, returnID)
+                       ? OSErr(noErr)
+                       : OSErr(errAECorruptData);
     }
     return fill == Inbox::Fill::end ? OSErr(connectionInvalid) : OSErr(errAEReplyNotArrived);
 }
@@ -115,7 +121,8 @@ OSErr takeLink(int32_t pid, const Deadline &deadline, std::unique_ptr<Link> &lin
         const std::lock_guard lock(gMutex);
         auto &links = idleLinks();
         while (!link) {
-            const auto known = std::find_if(links.rbegin(), links.rend(), [&](const auto &one) { return one->pid() == pid; });
+            const auto known = std::find_if(links.rbegin(), links.rend(),
+                                            [&](const auto &one) { return one->pid() == pid; });
             if (known == links.rend())
                 break;
             if ((*known)->isIdle())

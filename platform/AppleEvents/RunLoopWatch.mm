@@ -28,7 +28,10 @@
 {
     NSString *const modes[] = {NSDefaultRunLoopMode, @"NSModalPanelRunLoopMode"};
     for (NSString *mode : modes)
-        [[NSRunLoop currentRunLoop] addEvent:(void *)(intptr_t)descriptor type:ET_RDESC watcher:self forMode:mode];
+        [[NSRunLoop currentRunLoop] addEvent:(void *)(intptr_t)descriptor
+                                        type:ET_RDESC
+                                     watcher:self
+                                     forMode:mode];
 }
 
 - (void)receivedEvent:(void *)data type:(RunLoopEventType)type extra:(void *)extra forMode:(NSString *)mode

@@ -25,7 +25,8 @@ using Value = std::variant<bool, int64_t, uint64_t, double, Code, Text>;
 
 std::optional<Text> decoded(std::string_view bytes, uint32_t encoding, bool external = false)
 {
-    return encodings::decode(*encodings::find(encoding), reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size(), external);
+    return encodings::decode(*encodings::find(encoding), reinterpret_cast<const uint8_t *>(bytes.data()),
+                             bytes.size(), external);
 }
 
 /// Text of the older types: UTF-8, or what it was before.
@@ -35,7 +36,10 @@ std::optional<Text> systemText(std::string_view bytes)
     return text ? text : decoded(bytes, kCFStringEncodingMacRoman);
 }
 
-bool isBigEndianMarkless(std::string_view bytes) { return bytes.substr(0, 2) != "\xFF\xFE" && bytes.substr(0, 2) != "\xFE\xFF"; }
+bool isBigEndianMarkless(std::string_view bytes)
+{
+    return bytes.substr(0, 2) != "\xFF\xFE" && bytes.substr(0, 2) != "\xFE\xFF";
+}
 
 std::optional<Text> readText(DescType type, std::string_view bytes)
 {
@@ -51,8 +55,12 @@ std::optional<Text> readText(DescType type, std::string_view bytes)
         std::memcpy(units.data(), bytes.data(), bytes.size());
         return units;
     }
-    case typeUTF16ExternalRepresentation: return decoded(bytes, isBigEndianMarkless(bytes) ? kCFStringEncodingUTF16BE : kCFStringEncodingUTF16, true);
-    case typeIntlText: return bytes.size() < kScriptAndLanguage ? std::nullopt : systemText(bytes.substr(kScriptAndLanguage));
+    case typeUTF16ExternalRepresentation:
+        return decoded(bytes, isBigEndianMarkless(bytes) ? kCFStringEncodingUTF16BE : kCFStringEncodingUTF16,
+                       true);
+    case typeIntlText:
+        return bytes.size() < kScriptAndLanguage ? std::nullopt
+                                                 : systemText(bytes.substr(kScriptAndLanguage));
     case typeCString: return systemText(bytes.substr(0, bytes.find('\0')));
     case typePString:
         if (bytes.empty() || size_t(uint8_t(bytes[0])) > bytes.size() - 1)
@@ -67,7 +75,8 @@ std::string encoded(const Text &text, uint32_t encoding, bool external = false)
     const auto &row = *encodings::find(encoding);
     const auto *units = reinterpret_cast<const uint16_t *>(text.data());
     std::string bytes(encodings::encode(row, units, text.size(), '?', external, nullptr, 0).bytes, '\0');
-    encodings::encode(row, units, text.size(), '?', external, reinterpret_cast<uint8_t *>(bytes.data()), bytes.size());
+    encodings::encode(row, units, text.size(), '?', external, reinterpret_cast<uint8_t *>(bytes.data()),
+                      bytes.size());
     return bytes;
 }
 
@@ -77,7 +86,8 @@ std::optional<OwnedDesc> writeText(const Text &text, DescType type)
     case typeText:
     case typeUTF8Text:
     case typeApplicationBundleID: return newValue(type, encoded(text, kCFStringEncodingUTF8));
-    case typeUnicodeText: return newValue(type, {reinterpret_cast<const char *>(text.data()), text.size() * sizeof(char16_t)});
+    case typeUnicodeText:
+        return newValue(type, {reinterpret_cast<const char *>(text.data()), text.size() * sizeof(char16_t)});
     case typeUTF16ExternalRepresentation: return newValue(type, encoded(text, kCFStringEncodingUTF16, true));
     case typeIntlText: return newValue(type, std::string(4, '\0') + encoded(text, kCFStringEncodingUTF8));
     case typeCString: return newValue(type, encoded(text, kCFStringEncodingUTF8) + '\0');
@@ -101,7 +111,8 @@ std::optional<std::string> word(const Text &text)
     if (last - first > long(kLongestNumber) || std::any_of(first, last, [](char16_t c) { return c > 0x7E; }))
         return std::nullopt;
     std::string ascii;
-    std::transform(first, last, std::back_inserter(ascii), [](char16_t c) { return char(c >= 'A' && c <= 'Z' ? c + 32 : c); });
+    std::transform(first, last, std::back_inserter(ascii),
+                   [](char16_t c) { return char(c >= 'A' && c <= 'Z' ? c + 32 : c); });
     return ascii;
 }
 
@@ -119,7 +130,8 @@ std::optional<Value> readNumber(std::string_view bytes)
     if constexpr (std::is_floating_point_v<Number>)
         return Value(double(number));
     else if constexpr (std::is_same_v<Number, uint64_t>)
-        return number > uint64_t(std::numeric_limits<int64_t>::max()) ? Value(number) : Value(int64_t(number));
+        return number > uint64_t(std::numeric_limits<int64_t>::max()) ? Value(number)
+                                                                      : Value(int64_t(number));
     else
         return Value(int64_t(number));
 }
@@ -138,7 +150,8 @@ std::optional<Value> numberIn(const Text &text)
         return Value(whole);
     double real;
     const bool isNumber = digits.find_first_not_of("0123456789+-.e") == digits.npos;
-    if (auto [at, error] = std::from_chars(digits.data(), end, real); isNumber && error == std::errc() && at == end)
+    if (auto [at, error] = std::from_chars(digits.data(), end, real);
+        isNumber && error == std::errc() && at == end)
         return Value(real);
     return std::nullopt;
 }
@@ -153,7 +166,8 @@ std::optional<OwnedDesc> writeAs(From value, DescType type)
             return std::nullopt;
     } else if constexpr (std::is_floating_point_v<From>) {
         // The bounds are powers of two, which a double holds exactly.
-        const double rounded = std::nearbyint(value), above = std::ldexp(1.0, std::numeric_limits<Number>::digits);
+        const double rounded = std::nearbyint(value),
+                     above = std::ldexp(1.0, std::numeric_limits<Number>::digits);
         if (!(rounded >= double(std::numeric_limits<Number>::min()) && rounded < above))
             return std::nullopt;
         number = Number(rounded);
@@ -268,7 +282,8 @@ std::optional<OwnedDesc> writeBoolean(bool value, DescType type)
 {
     if (type == typeBoolean)
         return newValue(type, {value ? "\1" : "\0", 1});
-    return type == (value ? DescType(typeTrue) : DescType(typeFalse)) ? std::optional(newValue(type, {})) : std::nullopt;
+    return type == (value ? DescType(typeTrue) : DescType(typeFalse)) ? std::optional(newValue(type, {}))
+                                                                      : std::nullopt;
 }
 
 struct Write {

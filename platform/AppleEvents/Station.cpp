@@ -157,7 +157,8 @@ void Station::accept()
             continue;
         const uint64_t name = ++lastName_;
         if (watch(socket.get(), name, EPOLLIN))
-            connections_[name] = {std::move(socket), {}, {peer.pid, int32_t(peer.uid), int32_t(peer.gid)}, {}};
+            connections_[name] = {
+                std::move(socket), {}, {peer.pid, int32_t(peer.uid), int32_t(peer.gid)}, {}};
     }
 }
 
@@ -193,7 +194,8 @@ bool Station::take(uint64_t name, Connection &connection)
     IncomingMessage message;
     for (Inbox::Next next; (next = connection.inbox.next(message)) != Inbox::Next::incomplete;) {
         OwnedDesc desc;
-        if (next == Inbox::Next::rubbish || message.kind > MessageKind::question || unflatten(message.body, desc) != noErr)
+        if (next == Inbox::Next::rubbish || message.kind > MessageKind::question ||
+            unflatten(message.body, desc) != noErr)
             return false;
         Event *event = eventOf(desc.get());
         if (!event)
@@ -213,7 +215,8 @@ bool Station::transmit(uint64_t name, Connection &connection, const OutgoingMess
         return false;
     size_t sent = 0;
     if (connection.unsent.empty()) {
-        const ssize_t done = send(connection.socket.get(), message.bytes.get(), message.size, MSG_NOSIGNAL | MSG_DONTWAIT);
+        const ssize_t done =
+            send(connection.socket.get(), message.bytes.get(), message.size, MSG_NOSIGNAL | MSG_DONTWAIT);
         if (done < 0 && errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR)
             return false;
         sent = done > 0 ? size_t(done) : 0;
@@ -226,7 +229,8 @@ bool Station::transmit(uint64_t name, Connection &connection, const OutgoingMess
 
 bool Station::flush(uint64_t name, Connection &connection)
 {
-    const ssize_t done = send(connection.socket.get(), connection.unsent.data(), connection.unsent.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    const ssize_t done = send(connection.socket.get(), connection.unsent.data(), connection.unsent.size(),
+                              MSG_NOSIGNAL | MSG_DONTWAIT);
     if (done < 0)
         return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
     connection.unsent.erase(0, size_t(done));
@@ -235,15 +239,17 @@ bool Station::flush(uint64_t name, Connection &connection)
 
 // --- answers that are awaited
 
-OSErr Station::expect(std::unique_ptr<Link> link, uint64_t serial, const Event &asked, std::chrono::milliseconds timeOut, bool isLimited)
+OSErr Station::expect(std::unique_ptr<Link> link, uint64_t serial, const Event &asked,
+                      std::chrono::milliseconds timeOut, bool isLimited)
 {
     const std::lock_guard lock(mutex_);
     if (const OSErr error = start())
         return error;
     const uint64_t name = ++lastName_;
     const int socket = link->socket();
-    awaited_[name] = {std::move(link),     serial,  asked.returnID,
-                      asked.transactionID, timeOut, isLimited ? Deadline(Clock::now() + timeOut) : Deadline()};
+    awaited_[name] = {std::move(link), serial,
+                      asked.returnID,  asked.transactionID,
+                      timeOut,         isLimited ? Deadline(Clock::now() + timeOut) : Deadline()};
     watch(socket, name, EPOLLIN);
     armTimer();
     return noErr;
@@ -255,7 +261,8 @@ void Station::receiveAnswer(uint64_t name)
     Awaited &one = awaited->second;
     OwnedDesc answer;
     bool working = false;
-    const OSErr error = withMemory([&] { return one.link->receive(one.serial, one.returnID, answer, working); });
+    const OSErr error =
+        withMemory([&] { return one.link->receive(one.serial, one.returnID, answer, working); });
     if (error != errAEReplyNotArrived)
         return settle(awaited, error, std::move(answer));
     if (working && one.deadline) {
@@ -394,21 +401,30 @@ OSErr Station::tell(uint64_t ticket, MessageKind kind, const AppleEvent *event, 
     OutgoingMessage message;
     OSErr error = withMemory([&] { return compose(kind, route.serial, event, message); });
     if (error && held)  // a result that can't be sent is a failure of its own
-        error = withMemory([&] { return compose(kind, route.serial, answerWithError(held->returnID, held->transactionID, error).get(), message); });
+        error = withMemory([&] {
+            return compose(kind, route.serial,
+                           answerWithError(held->returnID, held->transactionID, error).get(), message);
+        });
     if (error)
         return error;
     lock.lock();
     const auto connection = connections_.find(route.connection);
     if (connection == connections_.end())
         return connectionInvalid;
-    error = withMemory([&]() -> OSErr { return transmit(route.connection, connection->second, message) ? OSErr(noErr) : OSErr(connectionInvalid); });
+    error = withMemory([&]() -> OSErr {
+        return transmit(route.connection, connection->second, message) ? OSErr(noErr)
+                                                                       : OSErr(connectionInvalid);
+    });
     if (error)
         close(route.connection);
     return error;
 }
 
 OSErr Station::resetTimer(uint64_t ticket) { return tell(ticket, MessageKind::working, nullptr, false); }
-OSErr Station::answer(uint64_t ticket, const AppleEvent *reply) { return tell(ticket, MessageKind::answer, reply, true); }
+OSErr Station::answer(uint64_t ticket, const AppleEvent *reply)
+{
+    return tell(ticket, MessageKind::answer, reply, true);
+}
 
 OSErr Station::suspend(uint64_t ticket)
 {

@@ -30,12 +30,16 @@ constexpr int kBacklog = 256;
 constexpr size_t kLargestIdentity = 4096;
 constexpr const char *kIdentityEnding = ".app";
 
-FileDescriptor openFolder(int at, const char *path) { return FileDescriptor(openat(at, path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)); }
+FileDescriptor openFolder(int at, const char *path)
+{
+    return FileDescriptor(openat(at, path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+}
 
 bool isPrivate(int folder)
 {
     struct stat about;
-    return fstat(folder, &about) == 0 && S_ISDIR(about.st_mode) && about.st_uid == geteuid() && (about.st_mode & 077) == 0;
+    return fstat(folder, &about) == 0 && S_ISDIR(about.st_mode) && about.st_uid == geteuid() &&
+           (about.st_mode & 077) == 0;
 }
 
 FileDescriptor ownFolder(int at, const std::string &name)
@@ -52,7 +56,8 @@ FileDescriptor chosenFolder()
         if (const FileDescriptor parent = openFolder(AT_FDCWD, runtime); parent && isPrivate(parent.get()))
             if (FileDescriptor folder = ownFolder(parent.get(), "apple-events"))
                 return folder;
-    const FileDescriptor parent = openFolder(AT_FDCWD, "/tmp");  // the same one for all, whatever their TMPDIR is
+    const FileDescriptor parent =
+        openFolder(AT_FDCWD, "/tmp");  // the same one for all, whatever their TMPDIR is
     return parent ? ownFolder(parent.get(), "apple-events-" + std::to_string(geteuid())) : FileDescriptor();
 }
 
@@ -68,8 +73,12 @@ bool isAlive(int32_t pid) { return kill(pid, 0) == 0 || errno != ESRCH; }
 
 std::string utf8(CFStringRef text)
 {
-    std::vector<char> bytes(text ? size_t(CFStringGetMaximumSizeForEncoding(CFStringGetLength(text), kCFStringEncodingUTF8)) + 1 : 1);
-    return text && CFStringGetCString(text, bytes.data(), CFIndex(bytes.size()), kCFStringEncodingUTF8) ? bytes.data() : "";
+    std::vector<char> bytes(
+        text ? size_t(CFStringGetMaximumSizeForEncoding(CFStringGetLength(text), kCFStringEncodingUTF8)) + 1
+             : 1);
+    return text && CFStringGetCString(text, bytes.data(), CFIndex(bytes.size()), kCFStringEncodingUTF8)
+               ? bytes.data()
+               : "";
 }
 
 Identity mainBundleIdentity()
@@ -148,7 +157,8 @@ FileDescriptor StationFolder::openOwn() const
     removeOwn();
     const sockaddr_un own = address(getpid());
     const bool isOpen = writeIdentity(getpid()) && fchmod(socket.get(), 0600) == 0 &&
-                        bind(socket.get(), reinterpret_cast<const sockaddr *>(&own), sizeof own) == 0 && listen(socket.get(), kBacklog) == 0;
+                        bind(socket.get(), reinterpret_cast<const sockaddr *>(&own), sizeof own) == 0 &&
+                        listen(socket.get(), kBacklog) == 0;
     return isOpen ? std::move(socket) : FileDescriptor();
 }
 
@@ -158,12 +168,14 @@ bool StationFolder::writeIdentity(int32_t pid) const
     if (identity.signature == 0 && identity.bundleIdentifier.empty())
         return true;
     OwnedDesc record = newItems(typeAERecord, Kind::record);
-    AEPutKeyPtr(record.get(), typeApplSignature, typeApplSignature, &identity.signature, sizeof identity.signature);
-    AEPutKeyPtr(record.get(), typeApplicationBundleID, typeUTF8Text, identity.bundleIdentifier.data(), Size(identity.bundleIdentifier.size()));
+    AEPutKeyPtr(record.get(), typeApplSignature, typeApplSignature, &identity.signature,
+                sizeof identity.signature);
+    AEPutKeyPtr(record.get(), typeApplicationBundleID, typeUTF8Text, identity.bundleIdentifier.data(),
+                Size(identity.bundleIdentifier.size()));
     std::vector<char> form;
     flatten(*record.get(), form);
-    const FileDescriptor file(
-        openat(folder_.get(), (std::to_string(pid) + kIdentityEnding).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    const FileDescriptor file(openat(folder_.get(), (std::to_string(pid) + kIdentityEnding).c_str(),
+                                     O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     return file && write(file.get(), form.data(), form.size()) == ssize_t(form.size());
 }
 
@@ -171,12 +183,14 @@ Identity StationFolder::readIdentity(int32_t pid) const
 {
     Identity identity;
     char form[kLargestIdentity];
-    const FileDescriptor file(openat(folder_.get(), (std::to_string(pid) + kIdentityEnding).c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const FileDescriptor file(openat(folder_.get(), (std::to_string(pid) + kIdentityEnding).c_str(),
+                                     O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     const ssize_t length = file ? read(file.get(), form, sizeof form) : -1;
     OwnedDesc record, text;
     if (length <= 0 || unflatten({form, size_t(length)}, record) != noErr)
         return identity;
-    AEGetKeyPtr(record.get(), typeApplSignature, typeApplSignature, nullptr, &identity.signature, sizeof identity.signature, nullptr);
+    AEGetKeyPtr(record.get(), typeApplSignature, typeApplSignature, nullptr, &identity.signature,
+                sizeof identity.signature, nullptr);
     if (AEGetKeyDesc(record.get(), typeApplicationBundleID, typeUTF8Text, text.out()) == noErr)
         identity.bundleIdentifier = bytesOf(text.get());
     return identity;
@@ -187,8 +201,8 @@ std::vector<int32_t> StationFolder::find(OSType signature, const std::string &bu
     std::vector<int32_t> found;
     for (const int32_t pid : all()) {
         const Identity identity = readIdentity(pid);
-        const bool isIt =
-            bundleIdentifier.empty() ? signature != 0 && identity.signature == signature : identity.bundleIdentifier == bundleIdentifier;
+        const bool isIt = bundleIdentifier.empty() ? signature != 0 && identity.signature == signature
+                                                   : identity.bundleIdentifier == bundleIdentifier;
         if (isIt && isAlive(pid))
             found.push_back(pid);
     }

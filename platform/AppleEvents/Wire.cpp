@@ -100,7 +100,8 @@ Inbox::Next Inbox::next(IncomingMessage &message)
         return Next::incomplete;
     std::memcpy(&head, bytes_.get() + begin_, sizeof head);
     const bool hasBody = head.kind != MessageKind::working;
-    if (head.magic != kMagic || head.version != kVersion || !isKind(head.kind) || head.length > kLargestMessage || hasBody != (head.length > 0))
+    if (head.magic != kMagic || head.version != kVersion || !isKind(head.kind) ||
+        head.length > kLargestMessage || hasBody != (head.length > 0))
         return Next::rubbish;
     wanted_ = kHeadSize + size_t(head.length);
     if (held < wanted_)

@@ -7,8 +7,7 @@
 
 using namespace cssm;
 
-namespace
-{
+namespace {
 
 constexpr size_t kBlock = 8;
 

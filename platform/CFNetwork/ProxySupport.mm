@@ -17,8 +17,7 @@ KEY(kCFProxyTypeHTTP);
 KEY(kCFProxyTypeHTTPS);
 #undef KEY
 
-namespace
-{
+namespace {
 
 /// A value of the dictionary; nil when it is absent or of another class.
 template <class Kind>

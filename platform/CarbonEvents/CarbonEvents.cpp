@@ -39,7 +39,10 @@ bool takes(const OpaqueEventHandlerRef &handler, EventRef event)
 
 }  // namespace
 
-OpaqueEventTargetRef::OpaqueEventTargetRef(OpaqueEventTargetRef *aNext) : next(aNext) { targets().insert(this); }
+OpaqueEventTargetRef::OpaqueEventTargetRef(OpaqueEventTargetRef *aNext) : next(aNext)
+{
+    targets().insert(this);
+}
 
 OpaqueEventTargetRef::~OpaqueEventTargetRef()
 {
@@ -48,7 +51,8 @@ OpaqueEventTargetRef::~OpaqueEventTargetRef()
         handler->target = nullptr;
 }
 
-OSStatus CreateEvent(CFAllocatorRef, UInt32 eventClass, UInt32 eventKind, EventTime when, EventAttributes, EventRef *outEvent)
+OSStatus CreateEvent(CFAllocatorRef, UInt32 eventClass, UInt32 eventKind, EventTime when, EventAttributes,
+                     EventRef *outEvent)
 {
     if (!outEvent)
         return paramErr;
@@ -74,7 +78,8 @@ UInt32 GetEventClass(EventRef event) { return event ? event->eventClass : 0; }
 UInt32 GetEventKind(EventRef event) { return event ? event->eventKind : 0; }
 EventTime GetEventTime(EventRef event) { return event ? event->when : 0; }
 
-OSStatus SetEventParameter(EventRef event, EventParamName name, EventParamType type, ByteCount size, const void *data)
+OSStatus SetEventParameter(EventRef event, EventParamName name, EventParamType type, ByteCount size,
+                           const void *data)
 {
     if (!event || (size && !data))
         return paramErr;
@@ -97,7 +102,8 @@ OSStatus GetEventParameter(EventRef event, EventParamName name, EventParamType t
     if (outSize)
         *outSize = ByteCount(bytes.size());
     if (outData)
-        std::copy_n(bytes.data(), std::min<size_t>(bytes.size(), bufferSize), static_cast<std::byte *>(outData));
+        std::copy_n(bytes.data(), std::min<size_t>(bytes.size(), bufferSize),
+                    static_cast<std::byte *>(outData));
     return noErr;
 }
 
@@ -107,8 +113,8 @@ EventTargetRef GetApplicationEventTarget()
     return &application;
 }
 
-OSStatus InstallEventHandler(EventTargetRef target, EventHandlerUPP handler, UInt32 count, const EventTypeSpec *types,
-                             void *userData, EventHandlerRef *outHandler)
+OSStatus InstallEventHandler(EventTargetRef target, EventHandlerUPP handler, UInt32 count,
+                             const EventTypeSpec *types, void *userData, EventHandlerRef *outHandler)
 {
     if (!targets().count(target) || !handler || (count && !types))
         return paramErr;
@@ -151,7 +157,8 @@ OSStatus SendEventToEventTarget(EventRef event, EventTargetRef target)
         return paramErr;
     RetainEvent(event);
     OpaqueEventHandlerCallRef call;
-    for (const OpaqueEventTargetRef *each = target; each; each = each->next)  // asked from the end: the last installed first
+    for (const OpaqueEventTargetRef *each = target; each;
+         each = each->next)  // asked from the end: the last installed first
         call.left.insert(call.left.begin(), each->handlers.begin(), each->handlers.end());
     const OSStatus status = CallNextEventHandler(&call, event);
     ReleaseEvent(event);

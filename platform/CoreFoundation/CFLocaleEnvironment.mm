@@ -8,8 +8,7 @@
 #include <initializer_list>
 #include <string>
 
-namespace
-{
+namespace {
 
 /// "de_AT.UTF-8@euro" as "de_AT"; empty for the locale without a language.
 std::string plainLocale(std::string_view name)

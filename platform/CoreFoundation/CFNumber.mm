@@ -17,26 +17,18 @@ CFNumberType fixedWidth(CFNumberType type)
     case kCFNumberSInt32Type:
     case kCFNumberSInt64Type:
     case kCFNumberFloat32Type:
-    case kCFNumberFloat64Type:
-        return type;
-    case kCFNumberCharType:
-        return kCFNumberSInt8Type;
-    case kCFNumberShortType:
-        return kCFNumberSInt16Type;
-    case kCFNumberIntType:
-        return kCFNumberSInt32Type;
+    case kCFNumberFloat64Type: return type;
+    case kCFNumberCharType: return kCFNumberSInt8Type;
+    case kCFNumberShortType: return kCFNumberSInt16Type;
+    case kCFNumberIntType: return kCFNumberSInt32Type;
     case kCFNumberLongType:
     case kCFNumberLongLongType:
     case kCFNumberCFIndexType:
-    case kCFNumberNSIntegerType:
-        return kCFNumberSInt64Type;
-    case kCFNumberFloatType:
-        return kCFNumberFloat32Type;
+    case kCFNumberNSIntegerType: return kCFNumberSInt64Type;
+    case kCFNumberFloatType: return kCFNumberFloat32Type;
     case kCFNumberDoubleType:
-    case kCFNumberCGFloatType:
-        return kCFNumberFloat64Type;
-    default:
-        return 0;
+    case kCFNumberCGFloatType: return kCFNumberFloat64Type;
+    default: return 0;
     }
 }
 
@@ -102,18 +94,12 @@ CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType type, const void *value)
         switch (fixedWidth(type)) {
         case kCFNumberSInt8Type:  // a short object: Foundation takes a char for a boolean in places
             return [[NSNumber alloc] initWithShort:load<int8_t>(value)];
-        case kCFNumberSInt16Type:
-            return [[NSNumber alloc] initWithShort:load<int16_t>(value)];
-        case kCFNumberSInt32Type:
-            return [[NSNumber alloc] initWithInt:load<int32_t>(value)];
-        case kCFNumberSInt64Type:
-            return [[NSNumber alloc] initWithLongLong:load<int64_t>(value)];
-        case kCFNumberFloat32Type:
-            return [[NSNumber alloc] initWithFloat:load<float>(value)];
-        case kCFNumberFloat64Type:
-            return [[NSNumber alloc] initWithDouble:load<double>(value)];
-        default:
-            return nil;
+        case kCFNumberSInt16Type: return [[NSNumber alloc] initWithShort:load<int16_t>(value)];
+        case kCFNumberSInt32Type: return [[NSNumber alloc] initWithInt:load<int32_t>(value)];
+        case kCFNumberSInt64Type: return [[NSNumber alloc] initWithLongLong:load<int64_t>(value)];
+        case kCFNumberFloat32Type: return [[NSNumber alloc] initWithFloat:load<float>(value)];
+        case kCFNumberFloat64Type: return [[NSNumber alloc] initWithDouble:load<double>(value)];
+        default: return nil;
         }
     });
 }
@@ -124,37 +110,26 @@ CFNumberType CFNumberGetType(CFNumberRef number)
         return 0;
     switch (*[ns(number) objCType]) {
     case 'c':
-    case 'B':
-        return kCFNumberSInt8Type;
+    case 'B': return kCFNumberSInt8Type;
     case 'C':
-    case 's':
-        return kCFNumberSInt16Type;
+    case 's': return kCFNumberSInt16Type;
     case 'S':
-    case 'i':
-        return kCFNumberSInt32Type;
-    case 'f':
-        return kCFNumberFloat32Type;
-    case 'd':
-        return kCFNumberFloat64Type;
-    default:
-        return kCFNumberSInt64Type;
+    case 'i': return kCFNumberSInt32Type;
+    case 'f': return kCFNumberFloat32Type;
+    case 'd': return kCFNumberFloat64Type;
+    default: return kCFNumberSInt64Type;
     }
 }
 
 CFIndex CFNumberGetByteSize(CFNumberRef number)
 {
     switch (CFNumberGetType(number)) {
-    case 0:
-        return 0;
-    case kCFNumberSInt8Type:
-        return 1;
-    case kCFNumberSInt16Type:
-        return 2;
+    case 0: return 0;
+    case kCFNumberSInt8Type: return 1;
+    case kCFNumberSInt16Type: return 2;
     case kCFNumberSInt32Type:
-    case kCFNumberFloat32Type:
-        return 4;
-    default:
-        return 8;
+    case kCFNumberFloat32Type: return 4;
+    default: return 8;
     }
 }
 
@@ -170,20 +145,13 @@ Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void *value)
         return false;
     const bool isFloat = CFNumberIsFloatType(number);
     switch (fixedWidth(type)) {
-    case kCFNumberSInt8Type:
-        return storeInteger<int8_t>(ns(number), isFloat, value);
-    case kCFNumberSInt16Type:
-        return storeInteger<int16_t>(ns(number), isFloat, value);
-    case kCFNumberSInt32Type:
-        return storeInteger<int32_t>(ns(number), isFloat, value);
-    case kCFNumberSInt64Type:
-        return storeInteger<int64_t>(ns(number), isFloat, value);
-    case kCFNumberFloat32Type:
-        return storeFloat<float>(ns(number), isFloat, value);
-    case kCFNumberFloat64Type:
-        return storeFloat<double>(ns(number), isFloat, value);
-    default:
-        return false;
+    case kCFNumberSInt8Type: return storeInteger<int8_t>(ns(number), isFloat, value);
+    case kCFNumberSInt16Type: return storeInteger<int16_t>(ns(number), isFloat, value);
+    case kCFNumberSInt32Type: return storeInteger<int32_t>(ns(number), isFloat, value);
+    case kCFNumberSInt64Type: return storeInteger<int64_t>(ns(number), isFloat, value);
+    case kCFNumberFloat32Type: return storeFloat<float>(ns(number), isFloat, value);
+    case kCFNumberFloat64Type: return storeFloat<double>(ns(number), isFloat, value);
+    default: return false;
     }
 }
 

@@ -24,7 +24,10 @@ using namespace tarvik::cf;
     if (descriptor < 0)
         return;
     OneEvent *event = [[OneEvent alloc] init];  // until it is received
-    [[NSRunLoop currentRunLoop] addEvent:reinterpret_cast<void *>(intptr_t(descriptor)) type:ET_RDESC watcher:event forMode:mode];
+    [[NSRunLoop currentRunLoop] addEvent:reinterpret_cast<void *>(intptr_t(descriptor))
+                                    type:ET_RDESC
+                                 watcher:event
+                                 forMode:mode];
 }
 
 - (void)receivedEvent:(void *)data type:(RunLoopEventType)type extra:(void *)extra forMode:(NSString *)mode
@@ -116,7 +119,8 @@ void CFRunLoopRun(void)
 SInt32 CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds, Boolean returnAfterSourceHandled)
 {
     return answer<SInt32>(kCFRunLoopRunFinished, [&] {
-        return run(mode ? ns(mode) : NSDefaultRunLoopMode, [NSDate dateWithTimeIntervalSinceNow:seconds], returnAfterSourceHandled != 0);
+        return run(mode ? ns(mode) : NSDefaultRunLoopMode, [NSDate dateWithTimeIntervalSinceNow:seconds],
+                   returnAfterSourceHandled != 0);
     });
 }
 
@@ -143,6 +147,9 @@ void CFRunLoopWakeUp(CFRunLoopRef loop)
         if (thread == [NSThread currentThread])
             [OneEvent raise];
         else if (thread)
-            [[[NSObject new] autorelease] performSelector:@selector(self) onThread:thread withObject:nil waitUntilDone:NO];
+            [[[NSObject new] autorelease] performSelector:@selector(self)
+                                                 onThread:thread
+                                               withObject:nil
+                                            waitUntilDone:NO];
     });
 }

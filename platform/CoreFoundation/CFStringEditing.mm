@@ -232,18 +232,10 @@ void CFStringNormalize(CFMutableStringRef string, CFStringNormalizationForm form
     perform([&] {
         NSString *normal = ns(string);
         switch (form) {
-        case kCFStringNormalizationFormD:
-            normal = [normal decomposedStringWithCanonicalMapping];
-            break;
-        case kCFStringNormalizationFormKD:
-            normal = [normal decomposedStringWithCompatibilityMapping];
-            break;
-        case kCFStringNormalizationFormC:
-            normal = [normal precomposedStringWithCanonicalMapping];
-            break;
-        case kCFStringNormalizationFormKC:
-            normal = [normal precomposedStringWithCompatibilityMapping];
-            break;
+        case kCFStringNormalizationFormD: normal = [normal decomposedStringWithCanonicalMapping]; break;
+        case kCFStringNormalizationFormKD: normal = [normal decomposedStringWithCompatibilityMapping]; break;
+        case kCFStringNormalizationFormC: normal = [normal precomposedStringWithCanonicalMapping]; break;
+        case kCFStringNormalizationFormKC: normal = [normal precomposedStringWithCompatibilityMapping]; break;
         }
         [ns(string) setString:normal];
     });

@@ -8,8 +8,7 @@
 #include <map>
 #include <string>
 
-namespace
-{
+namespace {
 
 /// A release file's lines, NAME=value, the value quoted and escaped as in a shell (os-release(5)).
 std::map<std::string, std::string> readRelease(std::istream &file)

@@ -30,17 +30,13 @@ namespace {
 SInt32 errorOf(int why)
 {
     switch (why) {
-    case 0:
-        return 0;
+    case 0: return 0;
     case ENOENT:
-    case ENOTDIR:
-        return kCFURLResourceNotFoundError;
+    case ENOTDIR: return kCFURLResourceNotFoundError;
     case EACCES:
     case EPERM:
-    case EROFS:
-        return kCFURLResourceAccessViolationError;
-    default:
-        return kCFURLUnknownError;
+    case EROFS: return kCFURLResourceAccessViolationError;
+    default: return kCFURLUnknownError;
     }
 }
 

@@ -8,7 +8,8 @@
 Boolean CFURLGetFSRef(CFURLRef url, FSRef *ref)
 {
     UInt8 path[PATH_MAX];
-    return url && ref && CFURLGetFileSystemRepresentation(url, true, path, sizeof path) && FSPathMakeRef(path, ref, nullptr) == noErr;
+    return url && ref && CFURLGetFileSystemRepresentation(url, true, path, sizeof path) &&
+           FSPathMakeRef(path, ref, nullptr) == noErr;
 }
 
 CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef *ref)

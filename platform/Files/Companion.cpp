@@ -172,7 +172,7 @@ OSErr Companion::replace(const std::string &item, const struct statx &itemStatus
         return dskFulErr;
 
     AppleDouble made = layout_;
-    for (AppleDouble::Entry &known : made.entries) // an empty one keeps no other from its place
+    for (AppleDouble::Entry &known : made.entries)  // an empty one keeps no other from its place
         if (known.length == 0)
             known.offset = 0;
     const uint32_t infoLength = entry(made, AppleDouble::finderInfo, kFinderInfoSize).length;

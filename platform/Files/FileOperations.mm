@@ -76,16 +76,18 @@ struct Work {
         const auto left = [](uint64_t total, uint64_t done) { return total > done ? total - done : 0; };
         const uint64_t bytes = status.bytes, objects = status.objects, totalBytes = status.totalBytes,
                        totalObjects = status.totalObjects;
-        const Clock::duration time(begun == 0 ? 0 : (ended != 0 ? ended.load() : Clock::now().time_since_epoch().count()) - begun);
+        const Clock::duration time(
+            begun == 0 ? 0 : (ended != 0 ? ended.load() : Clock::now().time_since_epoch().count()) - begun);
         const double seconds = std::chrono::duration<double>(time).count();
-        return [NSDictionary dictionaryWithObjectsAndKeys:number(totalBytes), kFSOperationTotalBytesKey, number(bytes),
-                                                          kFSOperationBytesCompleteKey, number(left(totalBytes, bytes)),
-                                                          kFSOperationBytesRemainingKey, number(totalObjects),
-                                                          kFSOperationTotalObjectsKey, number(objects),
-                                                          kFSOperationObjectsCompleteKey, number(left(totalObjects, objects)),
-                                                          kFSOperationObjectsRemainingKey,
-                                                          number(seconds > 0 ? uint64_t(double(bytes) / seconds) : 0),
-                                                          kFSOperationThroughputKey, nil];
+        return [NSDictionary
+            dictionaryWithObjectsAndKeys:number(totalBytes), kFSOperationTotalBytesKey, number(bytes),
+                                         kFSOperationBytesCompleteKey, number(left(totalBytes, bytes)),
+                                         kFSOperationBytesRemainingKey, number(totalObjects),
+                                         kFSOperationTotalObjectsKey, number(objects),
+                                         kFSOperationObjectsCompleteKey, number(left(totalObjects, objects)),
+                                         kFSOperationObjectsRemainingKey,
+                                         number(seconds > 0 ? uint64_t(double(bytes) / seconds) : 0),
+                                         kFSOperationThroughputKey, nil];
     }
 
 private:
@@ -150,7 +152,8 @@ const CFStringRef kFSOperationThroughputKey = CFStringRef(@"kFSOperationThroughp
 
 - (void)addTimer:(NSMutableArray *)entry
 {
-    constexpr NSTimeInterval kShortest = 0.01, kLongest = 0.05;  // an end is told of soon, whatever the interval
+    constexpr NSTimeInterval kShortest = 0.01,
+                             kLongest = 0.05;  // an end is told of soon, whatever the interval
     NSTimer *timer = [NSTimer timerWithTimeInterval:std::clamp(mInterval, kShortest, kLongest)
                                              target:self
                                            selector:@selector(look:)
@@ -218,11 +221,15 @@ const CFStringRef kFSOperationThroughputKey = CFStringRef(@"kFSOperationThroughp
 
 namespace {
 
-TarvikFileOperation *operationOf(FSFileOperationRef ref) { return reinterpret_cast<TarvikFileOperation *>(ref); }
+TarvikFileOperation *operationOf(FSFileOperationRef ref)
+{
+    return reinterpret_cast<TarvikFileOperation *>(ref);
+}
 
 }  // namespace
 
-OSStatus FSCopyObjectSync(const FSRef *source, const FSRef *destDir, CFStringRef destName, FSRef *target, OptionBits options)
+OSStatus FSCopyObjectSync(const FSRef *source, const FSRef *destDir, CFStringRef destName, FSRef *target,
+                          OptionBits options)
 {
     if (!source || !destDir)
         return paramErr;
@@ -244,7 +251,8 @@ FSFileOperationRef FSFileOperationCreate(CFAllocatorRef)
     return reinterpret_cast<FSFileOperationRef>([[TarvikFileOperation alloc] init]);
 }
 
-OSStatus FSFileOperationScheduleWithRunLoop(FSFileOperationRef fileOp, CFRunLoopRef runLoop, CFStringRef runLoopMode)
+OSStatus FSFileOperationScheduleWithRunLoop(FSFileOperationRef fileOp, CFRunLoopRef runLoop,
+                                            CFStringRef runLoopMode)
 {
     if (!fileOp || !runLoop || !runLoopMode)
         return paramErr;
@@ -253,7 +261,8 @@ OSStatus FSFileOperationScheduleWithRunLoop(FSFileOperationRef fileOp, CFRunLoop
     return noErr;
 }
 
-OSStatus FSFileOperationUnscheduleFromRunLoop(FSFileOperationRef fileOp, CFRunLoopRef runLoop, CFStringRef runLoopMode)
+OSStatus FSFileOperationUnscheduleFromRunLoop(FSFileOperationRef fileOp, CFRunLoopRef runLoop,
+                                              CFStringRef runLoopMode)
 {
     if (!fileOp || !runLoop || !runLoopMode)
         return paramErr;
@@ -262,8 +271,9 @@ OSStatus FSFileOperationUnscheduleFromRunLoop(FSFileOperationRef fileOp, CFRunLo
     return noErr;
 }
 
-OSStatus FSCopyObjectAsync(FSFileOperationRef fileOp, const FSRef *source, const FSRef *destDir, CFStringRef destName,
-                           OptionBits flags, FSFileOperationStatusProcPtr callback, CFTimeInterval statusChangeInterval,
+OSStatus FSCopyObjectAsync(FSFileOperationRef fileOp, const FSRef *source, const FSRef *destDir,
+                           CFStringRef destName, OptionBits flags, FSFileOperationStatusProcPtr callback,
+                           CFTimeInterval statusChangeInterval,
                            const FSFileOperationClientContext *clientContext)
 {
     TarvikFileOperation *const operation = operationOf(fileOp);
@@ -295,8 +305,8 @@ OSStatus FSFileOperationCancel(FSFileOperationRef fileOp)
     return noErr;
 }
 
-OSStatus FSFileOperationCopyStatus(FSFileOperationRef fileOp, FSRef *currentItem, FSFileOperationStage *stage, OSStatus *error,
-                                   CFDictionaryRef *statusDictionary, void **info)
+OSStatus FSFileOperationCopyStatus(FSFileOperationRef fileOp, FSRef *currentItem, FSFileOperationStage *stage,
+                                   OSStatus *error, CFDictionaryRef *statusDictionary, void **info)
 {
     TarvikFileOperation *const operation = operationOf(fileOp);
     if (!operation)

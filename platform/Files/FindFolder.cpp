@@ -11,8 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace
-{
+namespace {
 
 std::string absolute(const char *variable)
 {
@@ -68,38 +67,28 @@ std::string userFolder(std::string_view name, const char *usual)
 std::string inUserDomain(OSType type)
 {
     switch (type) {
-    case kTemporaryFolderType:
-        return orElse(absolute("TMPDIR"), "/tmp");
+    case kTemporaryFolderType: return orElse(absolute("TMPDIR"), "/tmp");
     case kUserTemporaryFolderType: {
         const std::string cache = orElse(absolute("XDG_CACHE_HOME"), inHome(".cache"));
         return cache.empty() ? "" : cache + "/tmp";
     }
-    case kDocumentsFolderType:
-        return userFolder("DOCUMENTS", "Documents");
-    case kDesktopFolderType:
-        return userFolder("DESKTOP", "Desktop");
-    case kApplicationSupportFolderType:
-        return orElse(absolute("XDG_DATA_HOME"), inHome(".local/share"));
-    case kPreferencesFolderType:
-        return userConfiguration();
-    case kCurrentUserFolderType:
-        return home();
-    default:
-        return "";
+    case kDocumentsFolderType: return userFolder("DOCUMENTS", "Documents");
+    case kDesktopFolderType: return userFolder("DESKTOP", "Desktop");
+    case kApplicationSupportFolderType: return orElse(absolute("XDG_DATA_HOME"), inHome(".local/share"));
+    case kPreferencesFolderType: return userConfiguration();
+    case kCurrentUserFolderType: return home();
+    default: return "";
     }
 }
 
 std::string inLocalDomain(OSType type)
 {
     switch (type) {
-    case kTemporaryFolderType:
-        return "/tmp";
+    case kTemporaryFolderType: return "/tmp";
     case kApplicationSupportFolderType:
         return "/usr/local/share";  // not the first of XDG_DATA_DIRS, which may be a user's
-    case kPreferencesFolderType:
-        return "/etc/xdg";
-    default:
-        return "";
+    case kPreferencesFolderType: return "/etc/xdg";
+    default: return "";
     }
 }
 

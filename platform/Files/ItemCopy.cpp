@@ -157,8 +157,9 @@ private:
         fchmod(target.get(), item.stx_mode & kPermissions);
         futimens(target.get(), datesOf(item).data());
         const std::string link = "/proc/self/fd/" + std::to_string(target.get());
-        return !isNameless || linkat(AT_FDCWD, link.c_str(), AT_FDCWD, to.c_str(), AT_SYMLINK_FOLLOW) == 0 ? OSErr(noErr)
-                                                                                                           : lastError();
+        return !isNameless || linkat(AT_FDCWD, link.c_str(), AT_FDCWD, to.c_str(), AT_SYMLINK_FOLLOW) == 0
+                   ? OSErr(noErr)
+                   : lastError();
     }
 
     OSErr copyFolder(const std::string &from, const std::string &to, const struct statx &item)

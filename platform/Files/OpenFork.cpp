@@ -105,7 +105,10 @@ OSErr OpenFork::place(UInt16 mode, int64_t offset, int64_t &position) const
 {
     int64_t from = 0;
     switch (mode & 3) {
-    case fsAtMark: offset = 0; from = mark; break;
+    case fsAtMark:
+        offset = 0;
+        from = mark;
+        break;
     case fsFromMark: from = mark; break;
     case fsFromLEOF:
         if (const OSErr error = size(from); error != noErr)

@@ -30,7 +30,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr auto kFresh =
     std::chrono::milliseconds(100);  // how long a folder's path is taken to name the same folder
-constexpr auto kSearchPause = std::chrono::seconds(1);   // before a vain search is made again
+constexpr auto kSearchPause = std::chrono::seconds(1);  // before a vain search is made again
 constexpr size_t kDescriptors = 256;
 // A file that is held keeps its room on the disk when it is deleted: large ones are not held, and all are
 // looked at once in a while.

@@ -60,18 +60,14 @@ CacheUse HTTPCacheUse(NSURLRequest *request, NSCachedURLResponse *stored)
     if (!isGet)
         stored = nil;
     switch ([request cachePolicy]) {
-    case NSURLRequestReturnCacheDataElseLoad:
-        return stored ? CacheUse::serve : CacheUse::load;
-    case NSURLRequestReturnCacheDataDontLoad:
-        return stored ? CacheUse::serve : CacheUse::refuse;
-    case NSURLRequestReloadRevalidatingCacheData:
-        return stored ? CacheUse::revalidate : CacheUse::load;
+    case NSURLRequestReturnCacheDataElseLoad: return stored ? CacheUse::serve : CacheUse::load;
+    case NSURLRequestReturnCacheDataDontLoad: return stored ? CacheUse::serve : CacheUse::refuse;
+    case NSURLRequestReloadRevalidatingCacheData: return stored ? CacheUse::revalidate : CacheUse::load;
     case NSURLRequestUseProtocolCachePolicy:
         if (!stored)
             return CacheUse::load;
         return isFresh(stored) ? CacheUse::serve : CacheUse::revalidate;
-    default:
-        return CacheUse::load;
+    default: return CacheUse::load;
     }
 }
 

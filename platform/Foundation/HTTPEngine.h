@@ -16,11 +16,9 @@
 
 @class HTTPEngineWatcher;
 
-namespace http
-{
+namespace http {
 
-class Engine
-{
+class Engine {
 public:
     /// The calling thread's engine.
     static Engine &current();

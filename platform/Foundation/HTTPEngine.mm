@@ -41,11 +41,9 @@
 
 @end
 
-namespace http
-{
+namespace http {
 
-namespace
-{
+namespace {
 
 /// Sockets are asked this often for more before the run loop gets its turn again.
 constexpr int kRounds = 8;

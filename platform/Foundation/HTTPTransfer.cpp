@@ -7,11 +7,9 @@
 #include <cstring>
 #include <string_view>
 
-namespace http
-{
+namespace http {
 
-namespace
-{
+namespace {
 
 /// One read from the socket. libcurl hands it on in pieces of 16 KiB, which are gathered into one delivery.
 constexpr long kReadSize = 256 * 1024;

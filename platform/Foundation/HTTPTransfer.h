@@ -15,8 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace http
-{
+namespace http {
 
 using Clock = std::chrono::steady_clock;
 
@@ -68,8 +67,7 @@ struct Bytes {
 };
 
 /// Told of arrivals, on the engine's thread, in this order: head, body (any number of times), end.
-class Client
-{
+class Client {
 public:
     virtual void receivedHead(const Head &head) = 0;
     virtual void receivedBody(Bytes bytes) = 0;
@@ -81,8 +79,7 @@ protected:
     ~Client() = default;
 };
 
-class Transfer
-{
+class Transfer {
 public:
     Transfer(Request request, Client &client);
     ~Transfer();

@@ -29,8 +29,7 @@
 
 @class HTTPURLProtocol;
 
-namespace
-{
+namespace {
 
 /// Carries the engine's calls to the object.
 struct Listener final : http::Client {
@@ -53,7 +52,7 @@ struct Listener final : http::Client {
     LoadedHTTPResponse *_response;
     CacheUse _use;
     NSCachedURLResponse *_stored;  ///< what the cache had when loading began
-    NSMutableData *_storing;  ///< the body so far, when it goes into the cache
+    NSMutableData *_storing;       ///< the body so far, when it goes into the cache
     NSURLCredential *_credential;
     NSURLAuthenticationChallenge *_challenge;
     NSInteger _refusedCredentials;
@@ -80,8 +79,7 @@ struct Listener final : http::Client {
 - (id)delegate;
 @end
 
-namespace
-{
+namespace {
 
 const char *text(NSString *string)
 {
@@ -157,7 +155,8 @@ void Listener::abandoned() { [owner conclude]; }
     // gnustep-base's connection hands no cached response to its protocol.
     NSCachedURLResponse *given = [self cachedResponse];
     [_stored release];
-    _stored = [(given ? given : [[NSURLCache sharedURLCache] cachedResponseForRequest:[self request]]) retain];
+    _stored =
+        [(given ? given : [[NSURLCache sharedURLCache] cachedResponseForRequest:[self request]]) retain];
     _use = HTTPCacheUse([self request], _stored);
     if (_use == CacheUse::load || _use == CacheUse::revalidate) {
         [self send];

@@ -49,7 +49,8 @@ public:
         NSString *root = [bundle bundlePath];
         for (NSString *base : {root, [root stringByAppendingPathComponent:@"Resources"]}) {
             addFolder(base, folder);
-            for (NSString *name : tarvik::each<NSString>([[NSFileManager defaultManager] directoryContentsAtPath:base]))
+            for (NSString *name :
+                 tarvik::each<NSString>([[NSFileManager defaultManager] directoryContentsAtPath:base]))
                 if (isLanguage(name))
                     addFolder([base stringByAppendingPathComponent:name], folder);
         }
@@ -115,7 +116,8 @@ public:
     {
         constexpr unsigned kBundle = 1, kApplication = 2;
         const std::string wanted = tarvik::utf8(name).value_or("");
-        const bool isPlain = !wanted.empty() && std::all_of(wanted.begin(), wanted.end(), [](char c) { return c > 0 && c != '/'; });
+        const bool isPlain = !wanted.empty() && std::all_of(wanted.begin(), wanted.end(),
+                                                            [](char c) { return c > 0 && c != '/'; });
         if (!isPlain || (bundle->_bundleType != kBundle && bundle->_bundleType != kApplication))
             return true;
         const std::string place = tarvik::utf8(folder).value_or("");
@@ -180,7 +182,8 @@ std::deque<LibraryBundle> &libraryBundles()
 {
     static std::deque<LibraryBundle> *const bundles = [] {
         auto *made = new std::deque<LibraryBundle>;
-        for (NSString *path : tarvik::each<NSString>(NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSAllDomainsMask, YES)))
+        for (NSString *path : tarvik::each<NSString>(
+                 NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSAllDomainsMask, YES)))
             made->emplace_back(path);
         return made;
     }();

@@ -76,8 +76,8 @@ BOOL transfer(NSFileManager *manager, NSString *source, NSString *destination,
 - (BOOL)copyPath:(NSString *)source toPath:(NSString *)destination handler:(id)handler
 {
     struct stat item;
-    if (lstat(itemPath(self, source).c_str(), &item) == 0 && !S_ISREG(item.st_mode) && !S_ISDIR(item.st_mode) &&
-        !S_ISLNK(item.st_mode))
+    if (lstat(itemPath(self, source).c_str(), &item) == 0 && !S_ISREG(item.st_mode) &&
+        !S_ISDIR(item.st_mode) && !S_ISLNK(item.st_mode))
         return NO;
     if (lstat(itemPath(self, destination).c_str(), &item) == 0)
         return NO;

@@ -22,8 +22,7 @@
 - (id)initWithNames:(NSArray *)names addresses:(NSArray *)addresses;
 @end
 
-namespace
-{
+namespace {
 
 NSString *numericText(const sockaddr *address, socklen_t length)
 {

@@ -51,8 +51,7 @@ Form formOf(NSData *data)
 id read(NSData *data, Form form, NSUInteger options, NSPropertyListFormat *format, std::string &why)
 {
     const auto newList = form == Form::xml ? tarvik::plist::newFromXML : tarvik::plist::newFromBinary;
-    id list =
-        newList(static_cast<const uint8_t *>([data bytes]), [data length], mutabilityOf(options), why);
+    id list = newList(static_cast<const uint8_t *>([data bytes]), [data length], mutabilityOf(options), why);
     if (format)
         *format = form == Form::xml ? NSPropertyListXMLFormat_v1_0 : NSPropertyListBinaryFormat_v1_0;
     return [list autorelease];
@@ -115,7 +114,7 @@ Function original(SEL name)
             return nil;
         }
         static const auto readOther = original<id (*)(id, SEL, NSData *, NSPropertyListMutabilityOptions,
-                                                 NSPropertyListFormat *, NSString **)>(_cmd);
+                                                      NSPropertyListFormat *, NSString **)>(_cmd);
         return readOther(self, _cmd, data, options, format, text);
     }
     std::string why;
@@ -138,7 +137,7 @@ Function original(SEL name)
             return nil;
         }
         static const auto readOther = original<id (*)(id, SEL, NSData *, NSPropertyListReadOptions,
-                                                 NSPropertyListFormat *, NSError **)>(_cmd);
+                                                      NSPropertyListFormat *, NSError **)>(_cmd);
         return readOther(self, _cmd, data, options, format, error);
     }
     std::string why;

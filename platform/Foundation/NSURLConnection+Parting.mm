@@ -8,8 +8,7 @@
 
 #include <bit>
 
-namespace
-{
+namespace {
 
 using Finish = void (*)(NSURLConnection *, SEL, NSURLProtocol *);
 using Fail = void (*)(NSURLConnection *, SEL, NSURLProtocol *, NSError *);

@@ -3,8 +3,5 @@
 extern "C" const char *GSPathHandling(const char *mode);
 
 namespace {
-[[gnu::constructor]] void usePosixPaths()
-{
-    GSPathHandling("unix");
-}
+[[gnu::constructor]] void usePosixPaths() { GSPathHandling("unix"); }
 }  // namespace

@@ -9,8 +9,7 @@
 
 @class UnsupportedURLProtocol;
 
-namespace
-{
+namespace {
 
 /// An exchange that has ended before it began: the engine tells it through a descriptor, which ends a pass of
 /// the run loop. A timer would not, and leave a synchronous load waiting out its time limit.
@@ -27,7 +26,7 @@ struct Refusal final : http::Client {
 @interface UnsupportedURLProtocol : NSURLProtocol {
     Refusal _refusal;
     http::Engine *_engine;
-    NSThread *_thread;  ///< the engine's
+    NSThread *_thread;                          ///< the engine's
     std::shared_ptr<http::Transfer> _transfer;  ///< while loading: the object is retained meanwhile
 }
 - (void)fail;

@@ -16,10 +16,8 @@
 #include <unordered_map>
 #include <vector>
 
-namespace tarvik::plist
-{
-namespace
-{
+namespace tarvik::plist {
+namespace {
 
 /// The elements of a property list, by their names.
 enum class Element { plist, dict, array, key, string, integer, real, yes, no, date, data, count };
@@ -65,8 +63,7 @@ std::string_view trimmed(std::string_view text)
 
 /// Keeps libxml2's conversion of encodings, which knows no parser to tell of an error, from writing to
 /// standard error.
-class Quiet
-{
+class Quiet {
 public:
     Quiet()
     {
@@ -82,8 +79,7 @@ private:
 
 /// Builds the objects while libxml2 reads. Everything made stands, owned, on one stack, so that a failure
 /// anywhere releases it.
-class Reader
-{
+class Reader {
 public:
     explicit Reader(Mutability mutability) : mutability_(mutability) {}
     ~Reader()
@@ -310,16 +306,11 @@ void Reader::close(const Open &open)
     const bool leavesAreMutable = mutability_ == Mutability::containersAndLeaves;
     switch (element) {
     case Element::plist:
-    case Element::count:
-        return;
-    case Element::dict:
-        return pushDictionary(open);
-    case Element::array:
-        return pushArray(open.first);
-    case Element::key:
-        return pushKey();
-    case Element::string:
-        return push(newString(leavesAreMutable));
+    case Element::count: return;
+    case Element::dict: return pushDictionary(open);
+    case Element::array: return pushArray(open.first);
+    case Element::key: return pushKey();
+    case Element::string: return push(newString(leavesAreMutable));
     case Element::integer:
     case Element::real:
         if (id number = newNumber(element))

@@ -96,24 +96,15 @@ void writeText(Buffer &buffer, const unichar *units, size_t count)
                 *out++ = char(c);
             } else if (c < 0x80) {
                 switch (c) {
-                case '&':
-                    out = put(out, "&amp;");
-                    break;
-                case '<':
-                    out = put(out, "&lt;");
-                    break;
-                case '>':
-                    out = put(out, "&gt;");
-                    break;
+                case '&': out = put(out, "&amp;"); break;
+                case '<': out = put(out, "&lt;"); break;
+                case '>': out = put(out, "&gt;"); break;
                 case '\t':
-                case '\n':
-                    *out++ = char(c);
-                    break;
+                case '\n': *out++ = char(c); break;
                 case '\r':  // a reader turns a bare one into a line feed
                     out = put(out, "&#13;");
                     break;
-                default:
-                    out = putInstruction(out, c);
+                default: out = putInstruction(out, c);
                 }
             } else if (c < 0x800) {
                 *out++ = char(0xC0 | c >> 6);
@@ -285,24 +276,16 @@ bool Writer::write(id object, int level)
         return fail("nested deeper than " + std::to_string(kDeepest) + " levels");
     buffer_.indent(level);
     switch (kindOf(object)) {
-    case Kind::dictionary:
-        return writeDictionary(object, level);
-    case Kind::array:
-        return writeArray(object, level);
+    case Kind::dictionary: return writeDictionary(object, level);
+    case Kind::array: return writeArray(object, level);
     case Kind::string:
         buffer_.add("<string>");
         writeText(buffer_, object);
         buffer_.add("</string>\n");
         return true;
-    case Kind::boolean:
-        buffer_.add([object boolValue] ? "<true/>\n" : "<false/>\n");
-        return true;
-    case Kind::integer:
-        writeInteger(object);
-        return true;
-    case Kind::real:
-        writeReal([object doubleValue]);
-        return true;
+    case Kind::boolean: buffer_.add([object boolValue] ? "<true/>\n" : "<false/>\n"); return true;
+    case Kind::integer: writeInteger(object); return true;
+    case Kind::real: writeReal([object doubleValue]); return true;
     case Kind::date:
         buffer_.add("<date>");
         buffer_.add(formatDate([object timeIntervalSinceReferenceDate]));
@@ -314,8 +297,7 @@ bool Writer::write(id object, int level)
         buffer_.indent(level);
         buffer_.add("</data>\n");
         return true;
-    case Kind::none:
-        break;
+    case Kind::none: break;
     }
     return fail(object ? std::string("a property list can't hold a ") + object_getClassName(object)
                        : "no object");
@@ -359,15 +341,12 @@ id newCopy(id object, Mutability mutability, int level, std::string &why)
         return mutableContainers ? (id)copy.release() : [copy.get() copy];
     }
     case Kind::string:
-    case Kind::data:
-        return mutableLeaves ? [object mutableCopy] : [object copy];
+    case Kind::data: return mutableLeaves ? [object mutableCopy] : [object copy];
     case Kind::boolean:
     case Kind::integer:
     case Kind::real:
-    case Kind::date:
-        return [object copy];
-    case Kind::none:
-        break;
+    case Kind::date: return [object copy];
+    case Kind::none: break;
     }
     why = object ? std::string("a property list can't hold a ") + object_getClassName(object) : "no object";
     return nil;

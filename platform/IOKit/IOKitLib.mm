@@ -13,8 +13,7 @@
 
 const mach_port_t kIOMasterPortDefault = 0;
 
-namespace
-{
+namespace {
 
 /// An entry of the registry, or a walk over entries.
 struct Object {
@@ -32,8 +31,7 @@ struct Iterator : Object {
 };
 
 /// Objects by handle. A handle is never used twice.
-class Table
-{
+class Table {
 public:
     io_object_t add(std::shared_ptr<Object> object)
     {

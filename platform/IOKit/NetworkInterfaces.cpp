@@ -8,11 +8,9 @@
 #include <fstream>
 #include <sstream>
 
-namespace network
-{
+namespace network {
 
-namespace
-{
+namespace {
 
 std::string firstLine(const std::filesystem::path &path)
 {

@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace network
-{
+namespace network {
 
 struct Interface {
     std::string name;

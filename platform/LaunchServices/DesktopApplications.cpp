@@ -27,10 +27,13 @@ std::optional<std::string> entryOf(GAppInfo *application)
 
 LSRolesMask rolesOf(GAppInfo *application)
 {
-    const char *categories = G_IS_DESKTOP_APP_INFO(application) ? g_desktop_app_info_get_categories(G_DESKTOP_APP_INFO(application)) : nullptr;
+    const char *categories = G_IS_DESKTOP_APP_INFO(application)
+                                 ? g_desktop_app_info_get_categories(G_DESKTOP_APP_INFO(application))
+                                 : nullptr;
     std::string list(";");
     list.append(categories ? categories : "").append(";");
-    return list.find(";Viewer;") == list.npos ? LSRolesMask(kLSRolesViewer | kLSRolesEditor) : LSRolesMask(kLSRolesViewer);
+    return list.find(";Viewer;") == list.npos ? LSRolesMask(kLSRolesViewer | kLSRolesEditor)
+                                              : LSRolesMask(kLSRolesViewer);
 }
 
 std::optional<std::string> firstEntryOf(const char *type, LSRolesMask roles)
@@ -59,7 +62,8 @@ std::optional<std::string> desktopApplicationFor(const std::string &url, bool is
 {
     if (!isFile) {
         const Text scheme(g_uri_parse_scheme(url.c_str()));
-        return scheme ? firstEntryOf((std::string("x-scheme-handler/") + scheme.get()).c_str(), roles) : std::nullopt;
+        return scheme ? firstEntryOf((std::string("x-scheme-handler/") + scheme.get()).c_str(), roles)
+                      : std::nullopt;
     }
     const Object<GFile> file(g_file_new_for_uri(url.c_str()));
     const Object<GFileInfo> info(g_file_query_info(file.get(), G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,

@@ -41,7 +41,9 @@ std::vector<std::string> applications()
 struct DocumentTypes {
     NSString *list, *extensions, *role;
 };
-const DocumentTypes kDialects[] = {{@"NSTypes", @"NSUnixExtensions", @"NSRole"}, {@"CFBundleDocumentTypes", @"CFBundleTypeExtensions", @"CFBundleTypeRole"}};
+const DocumentTypes kDialects[] = {
+    {@"NSTypes", @"NSUnixExtensions", @"NSRole"},
+    {@"CFBundleDocumentTypes", @"CFBundleTypeExtensions", @"CFBundleTypeRole"}};
 
 LSRolesMask rolesOf(const std::string &name)
 {
@@ -59,7 +61,8 @@ bool opens(NSDictionary *information, std::string_view extension, LSRolesMask ro
         if (![types isKindOfClass:[NSArray class]])
             continue;
         for (NSDictionary *type : each<NSDictionary>(types)) {
-            id extensions = [type isKindOfClass:[NSDictionary class]] ? [type objectForKey:dialect.extensions] : nil;
+            id extensions =
+                [type isKindOfClass:[NSDictionary class]] ? [type objectForKey:dialect.extensions] : nil;
             if (![extensions isKindOfClass:[NSArray class]] || !(rolesOf(textOf(type, dialect.role)) & roles))
                 continue;
             for (NSString *known : each<NSString>(extensions))
@@ -99,7 +102,8 @@ std::optional<std::string> folderApplicationFor(std::string_view extension, LSRo
 {
     if (extension.empty())
         return std::nullopt;
-    return firstApplication([&](const std::string &folder) { return opens(information(folder), extension, roles); });
+    return firstApplication(
+        [&](const std::string &folder) { return opens(information(folder), extension, roles); });
 }
 
 std::optional<std::string> folderApplicationNamed(std::string_view name)
@@ -118,10 +122,12 @@ std::optional<std::string> folderApplicationIdentified(std::string_view bundleId
 
 std::optional<std::string> folderApplicationSigned(OSType creator)
 {
-    return firstApplication([&](const std::string &folder) { return signatureOf(folder, information(folder)) == creator; });
+    return firstApplication(
+        [&](const std::string &folder) { return signatureOf(folder, information(folder)) == creator; });
 }
 
-OSStatus launchFolderApplication(const std::string &folder, const std::vector<std::string> &paths, bool prints)
+OSStatus launchFolderApplication(const std::string &folder, const std::vector<std::string> &paths,
+                                 bool prints)
 {
     const std::string program = programOf(folder);
     if (program.empty())

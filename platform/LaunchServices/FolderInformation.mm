@@ -25,8 +25,10 @@ OSType codeOf(std::string_view text)
 
 NSDictionary *information(const std::string &folder)
 {
-    for (const char *place : {"/Resources/Info-gnustep.plist", "/Contents/Info.plist", "/Resources/Info.plist"})
-        if (NSString *path = nsstring(folder + place); NSDictionary *found = path ? [NSDictionary dictionaryWithContentsOfFile:path] : nil)
+    for (const char *place :
+         {"/Resources/Info-gnustep.plist", "/Contents/Info.plist", "/Resources/Info.plist"})
+        if (NSString *path = nsstring(folder + place);
+            NSDictionary *found = path ? [NSDictionary dictionaryWithContentsOfFile:path] : nil)
             return found;
     return nil;
 }

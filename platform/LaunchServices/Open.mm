@@ -5,9 +5,9 @@
 #include "platform/LaunchServices/private/Applications.h"
 #include "platform/LaunchServices/private/ItemFlags.h"
 
+#include <Carbon/Processes.h>
 #import <Tarvik/support/ArrayRange.h>
 #import <Tarvik/support/Bridge.h>
-#include <Carbon/Processes.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -83,7 +83,8 @@ bool switchTo(const std::string &application, LSLaunchFlags flags)
         return false;
     ProcessSerialNumber number = {0, kNoProcess};
     while (GetNextProcess(&number) == noErr)
-        if (GetProcessBundleLocation(&number, &location) == noErr && FSCompareFSRefs(&location, &wanted) == noErr) {
+        if (GetProcessBundleLocation(&number, &location) == noErr &&
+            FSCompareFSRefs(&location, &wanted) == noErr) {
             if (!(flags & kLSLaunchDontSwitch))
                 SetFrontProcess(&number);  // one without windows runs all the same
             return true;
@@ -233,7 +234,8 @@ OSStatus LSGetApplicationForURL(CFURLRef inURL, LSRolesMask inRoleMask, FSRef *o
     });
 }
 
-OSStatus LSGetApplicationForItem(const FSRef *inItemRef, LSRolesMask inRoleMask, FSRef *outAppRef, CFURLRef *outAppURL)
+OSStatus LSGetApplicationForItem(const FSRef *inItemRef, LSRolesMask inRoleMask, FSRef *outAppRef,
+                                 CFURLRef *outAppURL)
 {
     return cf::answer<OSStatus>(memFullErr, [&]() -> OSStatus {
         Item item;
@@ -259,7 +261,8 @@ OSStatus LSFindApplicationForInfo(OSType inCreator, CFStringRef inBundleID, CFSt
         }
         if (!found && inCreator != kLSUnknownCreator)
             found = folderApplicationSigned(inCreator);
-        if (const auto name = found ? std::nullopt : utf8(cf::ns(inName)); name && !name->empty() && name->find('/') == name->npos) {
+        if (const auto name = found ? std::nullopt : utf8(cf::ns(inName));
+            name && !name->empty() && name->find('/') == name->npos) {
             found = name->ends_with(".desktop") ? std::nullopt : folderApplicationNamed(*name);
             if (!found && !name->ends_with(".app"))
                 found = desktopApplicationNamed(*name);

@@ -11,7 +11,8 @@ namespace tarvik::osa {
 
 namespace {
 
-constexpr uint32_t kSubroutineClass = code("ascr"), kSubroutine = code("psbr"), kSubroutineName = code("snam"), kLaunched = code("noop");
+constexpr uint32_t kSubroutineClass = code("ascr"), kSubroutine = code("psbr"),
+                   kSubroutineName = code("snam"), kLaunched = code("noop");
 
 // The idle function knows nothing of who waits.
 thread_local ComponentHost *gWaiting = nullptr;
@@ -33,7 +34,8 @@ Boolean idle(EventRecord *, SInt32 *sleepTime, RgnHandle *)
 class Message {
 public:
     Message(Machine &machine, ComponentHost &host, std::string application)
-        : machine_(machine), host_(host), application_(std::move(application)), targets_(applications::running(application_))
+        : machine_(machine), host_(host), application_(std::move(application)),
+          targets_(applications::running(application_))
     {
     }
     const std::vector<ProcessSerialNumber> &targets() const { return targets_; }
@@ -48,19 +50,24 @@ public:
             notRunning(machine_, application_);
         const bool waits = isQuestion || machine_.considering & Considering::responses;
         OSErr error = procNotFound;
-        for (const ProcessSerialNumber &target : byIdentifier ? std::vector<ProcessSerialNumber>{{}} : targets_) {
+        for (const ProcessSerialNumber &target :
+             byIdentifier ? std::vector<ProcessSerialNumber>{{}} : targets_) {
             Descriptor address, event;
             if (byIdentifier)
-                AECreateDesc(typeApplicationBundleID, application_.data(), Size(application_.size()), &address);
+                AECreateDesc(typeApplicationBundleID, application_.data(), Size(application_.size()),
+                             &address);
             else
                 AECreateDesc(typeProcessSerialNumber, &target, sizeof target, &address);
-            error = AECreateAppleEvent(eventClass, eventID, &address, kAutoGenerateReturnID, kAnyTransactionID, &event);
+            error = AECreateAppleEvent(eventClass, eventID, &address, kAutoGenerateReturnID,
+                                       kAnyTransactionID, &event);
             if (error == noErr) {
                 fill(&event);
                 AEDisposeDesc(&reply_);
                 gWaiting = &host_;
                 gStopped = 0;
-                error = OSErr(AESend(&event, &reply_, waits ? kAEWaitReply : kAENoReply, kAENormalPriority, machine_.timeLimit ? SInt32(machine_.timeLimit) : kAEDefaultTimeout, idle, nullptr));
+                error = OSErr(AESend(&event, &reply_, waits ? kAEWaitReply : kAENoReply, kAENormalPriority,
+                                     machine_.timeLimit ? SInt32(machine_.timeLimit) : kAEDefaultTimeout,
+                                     idle, nullptr));
                 gWaiting = nullptr;
             }
             if (gStopped)
@@ -72,7 +79,8 @@ public:
         if (error == procNotFound && isRunning())
             return errAEEventNotHandled;
         SInt32 number = 0;
-        if (error == noErr && AEGetParamPtr(&reply_, keyErrorNumber, typeSInt32, nullptr, &number, sizeof number, nullptr) == noErr)
+        if (error == noErr && AEGetParamPtr(&reply_, keyErrorNumber, typeSInt32, nullptr, &number,
+                                            sizeof number, nullptr) == noErr)
             return OSErr(number);
         return error;
     }
@@ -89,12 +97,16 @@ public:
         if (error == procNotFound || error == connectionInvalid)
             notRunning(machine_, application_);
         Descriptor text;
-        const std::string said = AEGetParamDesc(&reply_, keyErrorString, typeUTF8Text, &text) == noErr ? text.bytes() : otherwise.empty() ? messageFor(error) : otherwise;
+        const std::string said = AEGetParamDesc(&reply_, keyErrorString, typeUTF8Text, &text) == noErr
+                                     ? text.bytes()
+                                 : otherwise.empty() ? messageFor(error)
+                                                     : otherwise;
         refuse(error, said);
     }
     [[noreturn]] void refuse(OSErr error, const std::string &said)
     {
-        raise(error, (application_.empty() ? "current application" : application_) + " got an error: " + said, machine_.heap.application(application_));
+        raise(error, (application_.empty() ? "current application" : application_) + " got an error: " + said,
+              machine_.heap.application(application_));
     }
 
 private:
@@ -136,7 +148,9 @@ Value knownProperty(Machine &machine, const Value &place, const std::vector<Proc
     const Reference *reference = place.reference();
     if (reference->specifier.form != Specifier::property || !reference->container.is(Kind::application))
         return {};
-    const auto text = [&](const std::optional<std::string> &said) { return said ? machine.heap.text(*said) : Value(); };
+    const auto text = [&](const std::optional<std::string> &said) {
+        return said ? machine.heap.text(*said) : Value();
+    };
     if (reference->specifier.name == Word::running)
         return Value::of(!processes.empty());
     if (processes.empty())
@@ -146,7 +160,8 @@ Value knownProperty(Machine &machine, const Value &place, const std::vector<Proc
     case Word::displayedName: return text(applications::nameOf(processes[0]));
     case Word::version: return text(applications::versionOf(processes[0]));
     case Word::id: return text(applications::identifierOf(processes[0]));
-    case Word::frontmost: return Value::of(std::any_of(processes.begin(), processes.end(), applications::isFrontmost));
+    case Word::frontmost:
+        return Value::of(std::any_of(processes.begin(), processes.end(), applications::isFrontmost));
     default: return {};
     }
 }
@@ -157,7 +172,10 @@ void bringToFront(Message &message)
     for (const ProcessSerialNumber &process : message.targets())
         if ((error = SetFrontProcess(&process)) == noErr)
             return;
-    message.refuse(error, error == appIsDaemon ? "It has no windows." : error == connectionInvalid ? "There is no window manager that could bring it to the front." : messageFor(error));
+    message.refuse(error, error == appIsDaemon ? "It has no windows."
+                          : error == connectionInvalid
+                              ? "There is no window manager that could bring it to the front."
+                              : messageFor(error));
 }
 
 /// POSIX paths of a list of files.
@@ -194,7 +212,8 @@ bool starts(Machine &machine, const std::string &application, AEEventID eventID,
 
 }  // namespace
 
-Value ComponentHost::sendEvent(Machine &machine, const std::string &application, uint32_t eventClass, uint32_t eventID, const Invocation &invocation)
+Value ComponentHost::sendEvent(Machine &machine, const std::string &application, uint32_t eventClass,
+                               uint32_t eventID, const Invocation &invocation)
 {
     if (invocation.site.command && eventID == kAEActivate)
         eventClass = kAEMiscStandards;
@@ -203,31 +222,44 @@ Value ComponentHost::sendEvent(Machine &machine, const std::string &application,
         eventID = kLaunched;
     }
     Message message(machine, *this, application);
-    if (invocation.site.command && message.targets().empty() && starts(machine, application, eventID, invocation.direct))
+    if (invocation.site.command && message.targets().empty() &&
+        starts(machine, application, eventID, invocation.direct))
         return {};
-    const OSErr error = message.send(eventClass, eventID, [&](AppleEvent *event) {
-        if (invocation.direct && !invocation.direct.is(Kind::application)) {
-            const bool documents = eventClass == kCoreEventClass && eventID == kAEOpenDocuments;
-            Value direct = invocation.direct;
-            if (documents) {  // a list of files, as an application expects it
-                Value files = machine.heap.list();
-                for (const Value &file : machine.coerced(direct, type::list).list()->items)
-                    files.list()->items.push_back(machine.coerced(file, type::file));
-                direct = files;
+    const OSErr error = message.send(
+        eventClass, eventID,
+        [&](AppleEvent *event) {
+            if (invocation.direct && !invocation.direct.is(Kind::application)) {
+                const bool documents = eventClass == kCoreEventClass && eventID == kAEOpenDocuments;
+                Value direct = invocation.direct;
+                if (documents) {  // a list of files, as an application expects it
+                    Value files = machine.heap.list();
+                    for (const Value &file : machine.coerced(direct, type::list).list()->items)
+                        files.list()->items.push_back(machine.coerced(file, type::file));
+                    direct = files;
+                }
+                putValue(machine, event, keyDirectObject, direct);
             }
-            putValue(machine, event, keyDirectObject, direct);
-        }
-        for (size_t i = 0; i < invocation.site.codes.size(); ++i)
-            putValue(machine, event, invocation.site.codes[i], invocation.values[i]);
-    }, eventID == kAEActivate || eventID == kAEOpenDocuments);  // its answer says whether there is more to do
-    if (error == errAEEventNotHandled && invocation.site.command && !message.targets().empty() && standsIn(machine, message, eventID, invocation.direct))
+            for (size_t i = 0; i < invocation.site.codes.size(); ++i)
+                putValue(machine, event, invocation.site.codes[i], invocation.values[i]);
+        },
+        eventID == kAEActivate ||
+            eventID == kAEOpenDocuments);  // its answer says whether there is more to do
+    if (error == errAEEventNotHandled && invocation.site.command && !message.targets().empty() &&
+        standsIn(machine, message, eventID, invocation.direct))
         return {};
     if (error != noErr)
-        message.fail(error, error == errAEEventNotHandled ? "It doesn’t understand the “" + (invocation.site.command ? std::string(invocation.site.command->phrase) : fourCharacters(eventClass) + fourCharacters(eventID)) + "” message." : "");
+        message.fail(error, error == errAEEventNotHandled
+                                ? "It doesn’t understand the “" +
+                                      (invocation.site.command
+                                           ? std::string(invocation.site.command->phrase)
+                                           : fourCharacters(eventClass) + fourCharacters(eventID)) +
+                                      "” message."
+                                : "");
     return message.result();
 }
 
-Value ComponentHost::callApplication(Machine &machine, const std::string &application, Name handler, const std::vector<Value> &arguments)
+Value ComponentHost::callApplication(Machine &machine, const std::string &application, Name handler,
+                                     const std::vector<Value> &arguments)
 {
     Message message(machine, *this, application);
     const std::string &name = machine.heap.names.spelling(handler);
@@ -236,7 +268,8 @@ Value ComponentHost::callApplication(Machine &machine, const std::string &applic
         putValue(machine, event, keyDirectObject, machine.heap.list(arguments));
     });
     if (error != noErr)
-        message.fail(error, error == errAEEventNotHandled ? "It doesn’t understand the “" + name + "” message." : "");
+        message.fail(
+            error, error == errAEEventNotHandled ? "It doesn’t understand the “" + name + "” message." : "");
     return message.result();
 }
 
@@ -244,16 +277,20 @@ Value ComponentHost::applicationProperty(Machine &machine, const Value &place)
 {
     Message message(machine, *this, rootOf(place).application()->name);
     // Whether it runs is no question for it.
-    if (place.reference()->specifier.form == Specifier::property && place.reference()->specifier.name == Word::running)
+    if (place.reference()->specifier.form == Specifier::property &&
+        place.reference()->specifier.name == Word::running)
         return knownProperty(machine, place, message.targets());
-    const OSErr error = message.send(kAECoreSuite, kAEGetData, [&](AppleEvent *event) { putValue(machine, event, keyDirectObject, place); }, true);
+    const OSErr error = message.send(
+        kAECoreSuite, kAEGetData,
+        [&](AppleEvent *event) { putValue(machine, event, keyDirectObject, place); }, true);
     if (error == noErr)
         return message.result();
     if (error == errAEEventNotHandled || error == errAEDescNotFound || error == error::notFound) {
         if (const Value known = knownProperty(machine, place, message.targets()))
             return known;
     }
-    message.fail(error == errAEEventNotHandled ? OSErr(error::notFound) : error, "Can’t get " + machine.display(place) + ".");
+    message.fail(error == errAEEventNotHandled ? OSErr(error::notFound) : error,
+                 "Can’t get " + machine.display(place) + ".");
 }
 
 void ComponentHost::setApplicationProperty(Machine &machine, const Value &place, const Value &value)
@@ -266,10 +303,14 @@ void ComponentHost::setApplicationProperty(Machine &machine, const Value &place,
     if (error == noErr)
         return;
     const Reference *reference = place.reference();
-    const bool unknown = error == errAEEventNotHandled || error == error::notFound || error == error::cantAssign;
-    if (unknown && reference->specifier.form == Specifier::property && reference->specifier.name == Word::frontmost && reference->container.is(Kind::application) && machine.truth(value))
+    const bool unknown =
+        error == errAEEventNotHandled || error == error::notFound || error == error::cantAssign;
+    if (unknown && reference->specifier.form == Specifier::property &&
+        reference->specifier.name == Word::frontmost && reference->container.is(Kind::application) &&
+        machine.truth(value))
         return bringToFront(message);
-    message.fail(error == errAEEventNotHandled ? OSErr(error::cantAssign) : error, "Can’t set " + machine.display(place) + " to " + machine.display(value) + ".");
+    message.fail(error == errAEEventNotHandled ? OSErr(error::cantAssign) : error,
+                 "Can’t set " + machine.display(place) + " to " + machine.display(value) + ".");
 }
 
 }  // namespace tarvik::osa

@@ -18,14 +18,19 @@ namespace {
 
 constexpr char kSuffix[] = ".app";
 
-bool same(const std::string &one, const std::string &other) { return !strcasecmp(one.c_str(), other.c_str()); }
+bool same(const std::string &one, const std::string &other)
+{
+    return !strcasecmp(one.c_str(), other.c_str());
+}
 
 /// The folder X.app, else the executable; empty when it is gone.
 std::string placeOf(const ProcessSerialNumber &number)
 {
     FSRef location;
     std::string path;
-    return GetProcessBundleLocation(&number, &location) == noErr && aliases::pathOf(&location, path) == noErr ? path : "";
+    return GetProcessBundleLocation(&number, &location) == noErr && aliases::pathOf(&location, path) == noErr
+               ? path
+               : "";
 }
 
 std::string withoutSuffix(std::string name)
@@ -49,11 +54,16 @@ std::optional<std::string> said(const ProcessSerialNumber &number, std::initiali
     return std::nullopt;
 }
 
-CFOwned<CFStringRef> string(const std::string &text) { return CFOwned<CFStringRef>(CFStringCreateWithCString(nullptr, text.c_str(), kCFStringEncodingUTF8)); }
+CFOwned<CFStringRef> string(const std::string &text)
+{
+    return CFOwned<CFStringRef>(CFStringCreateWithCString(nullptr, text.c_str(), kCFStringEncodingUTF8));
+}
 
 CFOwned<CFURLRef> fileURL(const std::string &path)
 {
-    return CFOwned<CFURLRef>(CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.data()), CFIndex(path.size()), path.ends_with(kSuffix)));
+    return CFOwned<CFURLRef>(
+        CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.data()),
+                                                CFIndex(path.size()), path.ends_with(kSuffix)));
 }
 
 OSStatus openWith(CFURLRef application, LSLaunchFlags flags, const std::vector<std::string> &documents)
@@ -87,7 +97,8 @@ std::vector<ProcessSerialNumber> running(const std::string &name)
         const std::string place = placeOf(number);
         if (!place.ends_with(kSuffix))
             return false;
-        return same(withoutSuffix(place.substr(place.rfind('/') + 1)), plain) || (mayBeIdentifier && same(identifierOf(number).value_or(""), name));
+        return same(withoutSuffix(place.substr(place.rfind('/') + 1)), plain) ||
+               (mayBeIdentifier && same(identifierOf(number).value_or(""), name));
     };
     number = {0, kNoProcess};
     while (GetNextProcess(&number) == noErr)
@@ -112,9 +123,15 @@ std::optional<std::string> nameOf(const ProcessSerialNumber &number)
     return utf8((NSString *)name.get());
 }
 
-std::optional<std::string> versionOf(const ProcessSerialNumber &number) { return said(number, {@"CFBundleShortVersionString", @"ApplicationRelease", @"CFBundleVersion"}); }
+std::optional<std::string> versionOf(const ProcessSerialNumber &number)
+{
+    return said(number, {@"CFBundleShortVersionString", @"ApplicationRelease", @"CFBundleVersion"});
+}
 
-std::optional<std::string> identifierOf(const ProcessSerialNumber &number) { return said(number, {@"CFBundleIdentifier"}); }
+std::optional<std::string> identifierOf(const ProcessSerialNumber &number)
+{
+    return said(number, {@"CFBundleIdentifier"});
+}
 
 bool isFrontmost(const ProcessSerialNumber &number)
 {
@@ -131,7 +148,9 @@ OSStatus launch(const std::string &name, bool inFront, const std::vector<std::st
         found = fileURL(name).release();
     } else {
         const auto text = string(name);
-        if (const OSStatus error = LSFindApplicationForInfo(kLSUnknownCreator, name.find('.') != name.npos ? text.get() : nullptr, text.get(), nullptr, &found))
+        if (const OSStatus error = LSFindApplicationForInfo(
+                kLSUnknownCreator, name.find('.') != name.npos ? text.get() : nullptr, text.get(), nullptr,
+                &found))
             return error;
     }
     const CFOwned<CFURLRef> application(found);

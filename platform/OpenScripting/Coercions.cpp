@@ -9,14 +9,16 @@ namespace tarvik::osa {
 
 namespace {
 
-constexpr int kDeepest = 200;           // lists within lists
+constexpr int kDeepest = 200;                 // lists within lists
 constexpr double kLargestWhole = 2147483647;  // what `as integer` gives at most
 
 std::string_view trimmed(std::string_view text)
 {
-    while (!text.empty() && (text.front() == ' ' || text.front() == '\t' || text.front() == '\n' || text.front() == '\r'))
+    while (!text.empty() &&
+           (text.front() == ' ' || text.front() == '\t' || text.front() == '\n' || text.front() == '\r'))
         text.remove_prefix(1);
-    while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\n' || text.back() == '\r'))
+    while (!text.empty() &&
+           (text.back() == ' ' || text.back() == '\t' || text.back() == '\n' || text.back() == '\r'))
         text.remove_suffix(1);
     return text;
 }
@@ -134,7 +136,10 @@ Value Machine::asText(const Value &original, int depth)
     case Kind::application: return heap.text(value.application()->name);
     case Kind::list: {
         // Items with the first delimiter between them.
-        Value delimiter = delimiters.is(Kind::list) ? (delimiters.list()->items.empty() ? heap.emptyText() : delimiters.list()->items[0]) : delimiters;
+        Value delimiter =
+            delimiters.is(Kind::list)
+                ? (delimiters.list()->items.empty() ? heap.emptyText() : delimiters.list()->items[0])
+                : delimiters;
         if (!delimiter.is(Kind::text))
             delimiter = heap.emptyText();
         const auto &items = value.list()->items;
@@ -259,7 +264,8 @@ Value Machine::coerced(const Value &original, uint32_t wanted)
     case type::alias: {
         const std::string found = path(value);
         if (!fileExists(found))
-            raise(error::noSuchFile, "File " + (value.is(Kind::text) ? utf8(value) : found) + " wasn’t found.", value);
+            raise(error::noSuchFile,
+                  "File " + (value.is(Kind::text) ? utf8(value) : found) + " wasn’t found.", value);
         return alias(found);
     }
     case type::application:
@@ -278,7 +284,8 @@ Value Machine::coerced(const Value &original, uint32_t wanted)
             return value;
         break;
     }
-    if (value.is(Kind::list) && value.list()->items.size() == 1 && wanted != type::record && !value.list()->items[0].is(Kind::list))
+    if (value.is(Kind::list) && value.list()->items.size() == 1 && wanted != type::record &&
+        !value.list()->items[0].is(Kind::list))
         return coerced(value.list()->items[0], wanted);
     cantMake(value, wanted == type::type_ ? "class" : typeName(wanted));
 }

@@ -19,8 +19,8 @@ struct ScriptScope {
     ScriptScope *outer;
     FunctionScope *function;  // the handler it stands in
     std::map<Name, int> slots;
-    std::map<Name, int> captured;            // variables of that handler
-    std::set<Name> globals;                  // declared in the script's body
+    std::map<Name, int> captured;  // variables of that handler
+    std::set<Name> globals;        // declared in the script's body
     std::map<Name, Function *> handlers;
 };
 
@@ -39,7 +39,7 @@ struct FunctionScope {
     bool usesResult = false;
     int result = -1;
     int next = 0;
-    int told = -1;       // the register of what is told; -1: me
+    int told = -1;  // the register of what is told; -1: me
     bool tellsApplication = false;
     std::vector<Loop> loops;
     std::vector<std::pair<ScriptScope *, int>> pending;  // scripts being made here, and their registers
@@ -60,7 +60,10 @@ void forVariables(const Node *pattern, const std::function<void(Name)> &visit)
 
 class Compiler {
 public:
-    Compiler(Heap &heap, std::string_view source) : heap_(heap), program_(new Program) { program_->source = source; }
+    Compiler(Heap &heap, std::string_view source) : heap_(heap), program_(new Program)
+    {
+        program_->source = source;
+    }
     ~Compiler()
     {
         if (program_)
@@ -108,7 +111,8 @@ private:
                 continue;
             if (one->kind == Node::globals)
                 shared_.insert(one->names.begin(), one->names.end());
-            if (one->kind == Node::specifier && one->spec.form == Specifier::property && one->a && (one->a->kind == Node::me || one->a->kind == Node::it))
+            if (one->kind == Node::specifier && one->spec.form == Specifier::property && one->a &&
+                (one->a->kind == Node::me || one->a->kind == Node::it))
                 shared_.insert(one->spec.name);
             if (one->kind == Node::referenceTo && one->a->kind == Node::variable)
                 shared_.insert(one->a->name);
@@ -119,7 +123,8 @@ private:
     }
 
     /// The names that a handler's body gives values to, not looking into handlers and scripts within.
-    static void collectAssigned(const Node *node, const std::function<void(Name)> &visit, FunctionScope &function)
+    static void collectAssigned(const Node *node, const std::function<void(Name)> &visit,
+                                FunctionScope &function)
     {
         std::vector<const Node *> all{node};
         while (!all.empty()) {
@@ -258,7 +263,8 @@ private:
                 block.kids.push_back(const_cast<Node *>(node));
             functionBody(&block, scope, *function, {}, true);
         } else if (!statements.empty()) {
-            ScriptError failure{error::syntax, "The “run” handler is already there: no statements may stand outside it."};
+            ScriptError failure{error::syntax,
+                                "The “run” handler is already there: no statements may stand outside it."};
             failure.range = statements[0]->range;
             failure.located = true;
             throw failure;
@@ -304,7 +310,8 @@ private:
         functionBody(node->a, scope, function, patterns, false);
     }
 
-    void functionBody(const Node *body, ScriptScope &scope, Function &function, const std::vector<const Node *> &patterns, bool topLevel)
+    void functionBody(const Node *body, ScriptScope &scope, Function &function,
+                      const std::vector<const Node *> &patterns, bool topLevel)
     {
         FunctionScope *before = current_;
         FunctionScope here{};
@@ -482,7 +489,8 @@ private:
                 scope->captured[name] = hidden;
                 return {Place::slot, level, hidden};
             }
-            if (const auto handler = scope->handlers.find(name); handler != scope->handlers.end() && level == 0)
+            if (const auto handler = scope->handlers.find(name);
+                handler != scope->handlers.end() && level == 0)
                 return {Place::handler, 0, 0, handler->second};
         }
         return {Place::nowhere};
@@ -506,7 +514,9 @@ private:
             emit(Op::move, wanted, place.a, 0);
             return wanted;
         case Place::slot: emit(Op::getSlot, wanted = target(wanted), place.a, place.b); return wanted;
-        case Place::scriptSlot: emit(Op::getScriptSlot, wanted = target(wanted), place.a, place.b); return wanted;
+        case Place::scriptSlot:
+            emit(Op::getScriptSlot, wanted = target(wanted), place.a, place.b);
+            return wanted;
         case Place::handler: {
             for (size_t i = 0; i < program_->functions.size(); ++i) {
                 if (program_->functions[i].get() == place.function)
@@ -571,7 +581,8 @@ private:
         }
         case Node::specifier: {
             // Contents of the variable of an iteration: the item of the list itself.
-            if (pattern->spec.form == Specifier::property && pattern->spec.name == Word::contents && pattern->a && pattern->a->kind == Node::variable) {
+            if (pattern->spec.form == Specifier::property && pattern->spec.name == Word::contents &&
+                pattern->a && pattern->a->kind == Node::variable) {
                 for (auto loop = current_->loops.rbegin(); loop != current_->loops.rend(); ++loop) {
                     if (loop->registers >= 0 && loop->variable == pattern->a->name) {
                         Site item;
@@ -686,7 +697,8 @@ private:
             wanted = target(wanted);
             const int after = current_->next;
             // The commonest place has an instruction of its own.
-            if (node->spec.form == Specifier::index && node->spec.code == type::item && node->a && node->b->kind != Node::specifier) {
+            if (node->spec.form == Specifier::index && node->spec.code == type::item && node->a &&
+                node->b->kind != Node::specifier) {
                 const int container = expression(node->a), index = expression(node->b);
                 at(node);
                 emit(Op::getItem, wanted, container, index);
@@ -736,7 +748,10 @@ private:
                 return wanted;
             }
             [[fallthrough]];
-        case Node::me: at(node); emit(Op::me, wanted = target(wanted), 0, 0); return wanted;
+        case Node::me:
+            at(node);
+            emit(Op::me, wanted = target(wanted), 0, 0);
+            return wanted;
         case Node::result:
             if (wanted < 0)
                 return current_->result;
@@ -779,8 +794,11 @@ private:
 
     static Op operation(uint8_t op)
     {
-        static constexpr Op kOps[] = {Op::add,  Op::subtract,  Op::multiply, Op::divide,       Op::quotient, Op::modulo,      Op::power, Op::join,    Op::equal,      Op::unequal,
-                                      Op::less, Op::lessEqual, Op::greater,  Op::greaterEqual, Op::contains, Op::containsNot, Op::isIn,  Op::isNotIn, Op::startsWith, Op::endsWith};
+        static constexpr Op kOps[] = {Op::add,      Op::subtract,     Op::multiply,   Op::divide,
+                                      Op::quotient, Op::modulo,       Op::power,      Op::join,
+                                      Op::equal,    Op::unequal,      Op::less,       Op::lessEqual,
+                                      Op::greater,  Op::greaterEqual, Op::contains,   Op::containsNot,
+                                      Op::isIn,     Op::isNotIn,      Op::startsWith, Op::endsWith};
         return kOps[op];
     }
 
@@ -788,7 +806,8 @@ private:
     std::pair<int, int> specifier(const Node *node)
     {
         int container;
-        const bool delimiters = node->spec.form == Specifier::property && node->spec.name == Word::textItemDelimiters;
+        const bool delimiters =
+            node->spec.form == Specifier::property && node->spec.name == Word::textItemDelimiters;
         if (delimiters && (!node->a || node->a->kind == Node::it || node->a->kind == Node::me))
             container = constant(Value::type(code("ascr")));
         else if (node->a)
@@ -838,7 +857,8 @@ private:
         Op op = Op::call;
         const Place place = node->a ? Place{Place::nowhere} : placeOf(node->name);
         here.continues = node->flag;
-        const bool held = !here.continues && (place.kind == Place::local || place.kind == Place::slot || place.kind == Place::scriptSlot);
+        const bool held = !here.continues && (place.kind == Place::local || place.kind == Place::slot ||
+                                              place.kind == Place::scriptSlot);
         if (held)
             op = Op::callValue;
         else if (!here.continues && (node->a ? node->a->kind != Node::me : current_->told >= 0))
@@ -930,9 +950,11 @@ private:
             current_->next = mark;
             return over;
         }
-        if (condition->kind == Node::binary && condition->op >= Node::equal && condition->op <= Node::greaterEqual && wanted) {
+        if (condition->kind == Node::binary && condition->op >= Node::equal &&
+            condition->op <= Node::greaterEqual && wanted) {
             const int left = expression(condition->a), right = expression(condition->b);
-            static constexpr Op kTests[] = {Op::testEqual, Op::testUnequal, Op::testLess, Op::testLessEqual, Op::testGreater, Op::testGreaterEqual};
+            static constexpr Op kTests[] = {Op::testEqual,     Op::testUnequal, Op::testLess,
+                                            Op::testLessEqual, Op::testGreater, Op::testGreaterEqual};
             at(condition);
             emit(kTests[condition->op - Node::equal], left, right, 0);
         } else {
@@ -1105,7 +1127,9 @@ private:
             const int told = temporary();
             into(node->a, told);
             const int before = std::exchange(scope.told, told);
-            const bool application = std::exchange(scope.tellsApplication, node->a->kind == Node::specify && node->a->code == kSpecifyApplication);
+            const bool application =
+                std::exchange(scope.tellsApplication,
+                              node->a->kind == Node::specify && node->a->code == kSpecifyApplication);
             branch(node->b, last);
             scope.told = before;
             scope.tellsApplication = application;
@@ -1141,7 +1165,9 @@ private:
         case Node::block: statements(node, last); break;
         case Node::handler:
         case Node::property: {
-            ScriptError failure{error::syntax, node->kind == Node::handler ? "A handler can’t go inside another statement." : "A property declaration can’t go inside a handler."};
+            ScriptError failure{error::syntax, node->kind == Node::handler
+                                                   ? "A handler can’t go inside another statement."
+                                                   : "A property declaration can’t go inside a handler."};
             failure.range = node->range;
             failure.located = true;
             throw failure;
@@ -1185,7 +1211,8 @@ private:
                 const Node *first = node->b;
                 for (; first->kind == Node::binary && first->op == Node::join; first = first->a)
                     parts.push_back(first->b);
-                if (first->kind == Node::variable && first->name == node->a->name && (place.kind == Place::local || place.kind == Place::slot)) {
+                if (first->kind == Node::variable && first->name == node->a->name &&
+                    (place.kind == Place::local || place.kind == Place::slot)) {
                     std::vector<int> operands;
                     for (auto part = parts.rbegin(); part != parts.rend(); ++part)
                         operands.push_back(operandApart(*part, place));
@@ -1204,7 +1231,8 @@ private:
             }
             if (place.kind == Place::local) {
                 // What a call gives may be nothing, and nothing can't be assigned.
-                const bool calls = node->b->kind == Node::call || node->b->kind == Node::labelledCall || node->b->kind == Node::command;
+                const bool calls = node->b->kind == Node::call || node->b->kind == Node::labelledCall ||
+                                   node->b->kind == Node::command;
                 const int operand = expression(node->b, calls ? -1 : place.a);
                 if (operand != place.a) {
                     at(node->b);

@@ -10,7 +10,10 @@
 
 using namespace tarvik::osa;
 
-ComponentInstanceRecord::ComponentInstanceRecord() : vocabulary(heap.names), host(*this), machine(heap, host, vocabulary) {}
+ComponentInstanceRecord::ComponentInstanceRecord()
+    : vocabulary(heap.names), host(*this), machine(heap, host, vocabulary)
+{
+}
 
 ComponentInstanceRecord::~ComponentInstanceRecord()
 {
@@ -54,7 +57,8 @@ OSAID ComponentInstanceRecord::compile(const std::string &source, SInt32 modeFla
     Entry *continued = modeFlags & kOSAModeAugmentContext ? find(context) : nullptr;
     const Tree tree = parse(source, heap, vocabulary);
     const bool keeps = modeFlags & (kOSAModeCompileIntoContext | kOSAModeAugmentContext);
-    Program *program = tarvik::osa::compile(tree, source, heap, continued ? continued->program : nullptr, keeps);
+    Program *program =
+        tarvik::osa::compile(tree, source, heap, continued ? continued->program : nullptr, keeps);
     if (continued) {
         continued->program->release();
         continued->program = program;
@@ -148,13 +152,17 @@ OSAError executeEvent(ComponentInstance component, const AppleEvent *event, OSAI
     return noErr;
 }
 
-OSAError text(std::string_view utf8, DescType type, AEDesc *out) { return makeText(utf8, type ? type : DescType(typeChar), out); }
+OSAError text(std::string_view utf8, DescType type, AEDesc *out)
+{
+    return makeText(utf8, type ? type : DescType(typeChar), out);
+}
 
 }  // namespace
 
 ComponentInstance OpenDefaultComponent(OSType componentType, OSType componentSubType)
 {
-    if (componentType != kOSAComponentType || (componentSubType != kAppleScriptSubtype && componentSubType != kOSAGenericScriptingComponentSubtype))
+    if (componentType != kOSAComponentType ||
+        (componentSubType != kAppleScriptSubtype && componentSubType != kOSAGenericScriptingComponentSubtype))
         return nullptr;
     try {
         return new ComponentInstanceRecord;
@@ -181,7 +189,8 @@ OSAError OSACompile(ComponentInstance component, const AEDesc *sourceData, SInt3
         if (!text)
             return errOSABadStorageType;
         source = *text;
-        if (modeFlags & kOSAModeAugmentContext && !(component->find(*scriptID) && component->find(*scriptID)->program))
+        if (modeFlags & kOSAModeAugmentContext &&
+            !(component->find(*scriptID) && component->find(*scriptID)->program))
             return errOSAInvalidID;
         const OSAID made = component->compile(source, modeFlags, *scriptID);
         if (made != *scriptID && *scriptID != kOSANullScript)
@@ -200,7 +209,8 @@ OSAError OSALoad(ComponentInstance component, const AEDesc *scriptData, SInt32 m
         *scriptID = kOSANullScript;
         const Stored script = loaded(bytesOf(scriptData));
         source = script.source;
-        const OSAID made = component->compile(script.source, modeFlags & ~kOSAModeAugmentContext, kOSANullScript);
+        const OSAID made =
+            component->compile(script.source, modeFlags & ~kOSAModeAugmentContext, kOSANullScript);
         auto *entry = component->find(made);
         entry->hidesSource = entry->hidesSource || script.hidesSource;
         try {
@@ -214,7 +224,8 @@ OSAError OSALoad(ComponentInstance component, const AEDesc *scriptData, SInt32 m
     });
 }
 
-OSAError OSAStore(ComponentInstance component, OSAID scriptID, DescType desiredType, SInt32 modeFlags, AEDesc *result)
+OSAError OSAStore(ComponentInstance component, OSAID scriptID, DescType desiredType, SInt32 modeFlags,
+                  AEDesc *result)
 {
     return guarded(component, nullptr, [&]() -> OSAError {
         if (!result)
@@ -223,11 +234,13 @@ OSAError OSAStore(ComponentInstance component, OSAID scriptID, DescType desiredT
         auto *entry = component->find(scriptID);
         if (!entry)
             return errOSAInvalidID;
-        if (desiredType != typeOSAGenericStorage && desiredType != typeAppleScript && desiredType != typeWildCard)
+        if (desiredType != typeOSAGenericStorage && desiredType != typeAppleScript &&
+            desiredType != typeWildCard)
             return errOSABadStorageType;
         if (!entry->program)
             return errOSABadStorageType;
-        const std::string bytes = stored(component->machine, entry->program->source, &entry->value, entry->hidesSource || modeFlags & kOSAModePreventGetSource);
+        const std::string bytes = stored(component->machine, entry->program->source, &entry->value,
+                                         entry->hidesSource || modeFlags & kOSAModePreventGetSource);
         return AECreateDesc(typeOSAGenericStorage, bytes.data(), Size(bytes.size()), result);
     });
 }
@@ -248,7 +261,8 @@ OSAError OSAExecute(ComponentInstance component, OSAID scriptID, OSAID, SInt32, 
     });
 }
 
-OSAError OSACompileExecute(ComponentInstance component, const AEDesc *source, OSAID contextID, SInt32 modeFlags, OSAID *result)
+OSAError OSACompileExecute(ComponentInstance component, const AEDesc *source, OSAID contextID,
+                           SInt32 modeFlags, OSAID *result)
 {
     OSAID script = modeFlags & kOSAModeAugmentContext ? contextID : OSAID(kOSANullScript);
     OSAError error = OSACompile(component, source, modeFlags, &script);
@@ -260,7 +274,8 @@ OSAError OSACompileExecute(ComponentInstance component, const AEDesc *source, OS
     return error;
 }
 
-OSAError OSALoadExecute(ComponentInstance component, const AEDesc *scriptData, OSAID contextID, SInt32 modeFlags, OSAID *result)
+OSAError OSALoadExecute(ComponentInstance component, const AEDesc *scriptData, OSAID contextID,
+                        SInt32 modeFlags, OSAID *result)
 {
     OSAID script = kOSANullScript;
     OSAError error = OSALoad(component, scriptData, modeFlags, &script);
@@ -271,13 +286,15 @@ OSAError OSALoadExecute(ComponentInstance component, const AEDesc *scriptData, O
     return error;
 }
 
-OSAError OSADoScript(ComponentInstance component, const AEDesc *source, OSAID contextID, DescType desiredType, SInt32 modeFlags, AEDesc *resultingText)
+OSAError OSADoScript(ComponentInstance component, const AEDesc *source, OSAID contextID, DescType desiredType,
+                     SInt32 modeFlags, AEDesc *resultingText)
 {
     if (!resultingText)
         return paramErr;
     AEInitializeDesc(resultingText);
     OSAID result = kOSANullScript;
-    OSAError error = OSACompileExecute(component, source, contextID, modeFlags & ~kOSAModeDisplayForHumans, &result);
+    OSAError error =
+        OSACompileExecute(component, source, contextID, modeFlags & ~kOSAModeDisplayForHumans, &result);
     if (error == errOSAScriptError)
         OSAScriptError(component, kOSAErrorMessage, desiredType, resultingText);
     if (error == noErr && result != kOSANullScript) {
@@ -287,7 +304,8 @@ OSAError OSADoScript(ComponentInstance component, const AEDesc *source, OSAID co
     return error;
 }
 
-OSAError OSAExecuteEvent(ComponentInstance component, const AppleEvent *event, OSAID contextID, SInt32, OSAID *result)
+OSAError OSAExecuteEvent(ComponentInstance component, const AppleEvent *event, OSAID contextID, SInt32,
+                         OSAID *result)
 {
     return guarded(component, sourceOf(component, contextID), [&]() -> OSAError {
         if (!result)
@@ -297,7 +315,8 @@ OSAError OSAExecuteEvent(ComponentInstance component, const AppleEvent *event, O
     });
 }
 
-OSAError OSADoEvent(ComponentInstance component, const AppleEvent *event, OSAID contextID, SInt32 modeFlags, AppleEvent *reply)
+OSAError OSADoEvent(ComponentInstance component, const AppleEvent *event, OSAID contextID, SInt32 modeFlags,
+                    AppleEvent *reply)
 {
     OSAID result = kOSANullScript;
     const OSAError error = OSAExecuteEvent(component, event, contextID, modeFlags, &result);
@@ -334,7 +353,8 @@ OSAError OSAMakeContext(ComponentInstance component, const AEDesc *, OSAID, OSAI
     });
 }
 
-OSAError OSADisplay(ComponentInstance component, OSAID id, DescType desiredType, SInt32 modeFlags, AEDesc *result)
+OSAError OSADisplay(ComponentInstance component, OSAID id, DescType desiredType, SInt32 modeFlags,
+                    AEDesc *result)
 {
     return guarded(component, nullptr, [&]() -> OSAError {
         if (!result)
@@ -344,7 +364,9 @@ OSAError OSADisplay(ComponentInstance component, OSAID id, DescType desiredType,
         if (!entry)
             return errOSAInvalidID;
         Machine &machine = component->machine;
-        return text(modeFlags & kOSAModeDisplayForHumans ? displayForPeople(machine, entry->value) : machine.display(entry->value), desiredType, result);
+        return text(modeFlags & kOSAModeDisplayForHumans ? displayForPeople(machine, entry->value)
+                                                         : machine.display(entry->value),
+                    desiredType, result);
     });
 }
 
@@ -359,7 +381,8 @@ OSAError OSAGetSource(ComponentInstance component, OSAID id, DescType desiredTyp
             return errOSAInvalidID;
         if (entry->hidesSource)
             return errOSASourceNotAvailable;
-        return text(entry->program ? entry->program->source : component->machine.display(entry->value), desiredType, result);
+        return text(entry->program ? entry->program->source : component->machine.display(entry->value),
+                    desiredType, result);
     });
 }
 
@@ -375,7 +398,8 @@ OSAError OSAScriptError(ComponentInstance component, OSType selector, DescType d
         try {
             Descriptor desc;
             toDescriptor(component->machine, held, &desc);
-            return desiredType == typeWildCard ? (*result = desc.release(), OSAError(noErr)) : OSAError(AECoerceDesc(&desc, desiredType, result));
+            return desiredType == typeWildCard ? (*result = desc.release(), OSAError(noErr))
+                                               : OSAError(AECoerceDesc(&desc, desiredType, result));
         } catch (const ScriptError &) {
             return errAECoercionFail;
         }
@@ -386,7 +410,8 @@ OSAError OSAScriptError(ComponentInstance component, OSType selector, DescType d
     case kOSAErrorBriefMessage: return text(error.message, desiredType, result);
     case kOSAErrorApp: return text(component->host.programName(), desiredType, result);
     case kOSAErrorPartialResult: return error.partial ? value(error.partial) : OSAError(errAEDescNotFound);
-    case kOSAErrorOffendingObject: return error.offending ? value(error.offending) : OSAError(errAEDescNotFound);
+    case kOSAErrorOffendingObject:
+        return error.offending ? value(error.offending) : OSAError(errAEDescNotFound);
     case kOSAErrorRange: {
         OSErr failure = AECreateList(nullptr, 0, true, result);
         const SInt32 start = component->errorStart, end = component->errorEnd;

@@ -83,7 +83,8 @@ Value ComponentHost::runScript(Machine &machine, const Value &source)
         return rootOf(machine, source.data()->bytes);
     Value script = source;
     if (!script.is(Kind::script))
-        script = source.is(Kind::file) ? loadScript(machine, source.file()->path) : rootOf(machine, machine.textOf(source), "");
+        script = source.is(Kind::file) ? loadScript(machine, source.file()->path)
+                                       : rootOf(machine, machine.textOf(source), "");
     return machine.call(script, Word::run, {});
 }
 
@@ -109,11 +110,13 @@ std::string displayForPeople(Machine &machine, const Value &value, int depth)
     case Kind::record: {
         std::string out;
         for (size_t i = 0; i < value.record()->fields.size(); ++i)
-            out += (i ? ", " : "") + machine.displayName(value.record()->fields[i].first) + ":" + displayForPeople(machine, value.record()->fields[i].second, depth + 1);
+            out += (i ? ", " : "") + machine.displayName(value.record()->fields[i].first) + ":" +
+                   displayForPeople(machine, value.record()->fields[i].second, depth + 1);
         return out;
     }
     case Kind::date: return "date " + dateText(value.date()->seconds);
-    case Kind::file: return (value.file()->isAlias ? "alias " : "file ") + machine.host.hfsPath(value.file()->path);
+    case Kind::file:
+        return (value.file()->isAlias ? "alias " : "file ") + machine.host.hfsPath(value.file()->path);
     default: return machine.display(value);
     }
 }

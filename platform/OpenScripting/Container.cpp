@@ -119,7 +119,8 @@ Stored loaded(std::string_view bytes)
         Descriptor text;
         // UTF-16 says so with its byte order mark.
         if (bytes.size() >= 2 && (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"))) {
-            if (AECreateDesc(typeUTF16ExternalRepresentation, bytes.data(), Size(bytes.size()), &text) != noErr)
+            if (AECreateDesc(typeUTF16ExternalRepresentation, bytes.data(), Size(bytes.size()), &text) !=
+                noErr)
                 throw OSAError(memFullErr);
             const auto source = textOfDescriptor(&text);
             if (!source)
@@ -137,7 +138,8 @@ Stored loaded(std::string_view bytes)
     if (take(bytes, 8, 4) > kVersion)
         throw OSAError(errOSADataFormatTooNew);
     const uint64_t source = take(bytes, 16, 4), properties = take(bytes, 20, 4);
-    if (bytes.size() - kHeaderSize != source + properties || take(bytes, 24, 8) != checkOf(bytes.substr(kHeaderSize)))
+    if (bytes.size() - kHeaderSize != source + properties ||
+        take(bytes, 24, 8) != checkOf(bytes.substr(kHeaderSize)))
         throw OSAError(errOSACorruptData);
     script.hidesSource = take(bytes, 12, 4) & kHidesSource;
     script.source = bytes.substr(kHeaderSize, source);
@@ -150,7 +152,8 @@ void restoreState(Machine &machine, const Value &root, const std::string &state)
     if (state.empty())
         return;
     Descriptor desc;
-    if (AEUnflattenDescFromBytes(state.data(), state.size(), &desc) != noErr || (&desc)->descriptorType != typeAEList)
+    if (AEUnflattenDescFromBytes(state.data(), state.size(), &desc) != noErr ||
+        (&desc)->descriptorType != typeAEList)
         throw OSAError(errOSACorruptData);
     const Value pairs = fromDescriptor(machine, &desc);
     ScriptObject *script = root.script();

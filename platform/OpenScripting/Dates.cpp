@@ -9,8 +9,10 @@ namespace tarvik::osa {
 
 namespace {
 
-constexpr const char *kMonths[] = {"January", "February", "March", "April", "May", "June", "July", "August", "September", "October", "November", "December"};
-constexpr const char *kDays[] = {"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
+constexpr const char *kMonths[] = {"January", "February", "March",     "April",   "May",      "June",
+                                   "July",    "August",   "September", "October", "November", "December"};
+constexpr const char *kDays[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
+                                 "Thursday", "Friday", "Saturday"};
 
 // Days since 1970-01-01, after Howard Hinnant's "chrono-Compatible Low-Level Date Algorithms".
 int64_t daysFromCivil(int64_t year, int month, int day)
@@ -76,20 +78,23 @@ int64_t secondsOf(const DateParts &parts)
     // Months beyond the year's carry over; days do so by themselves.
     const int64_t months = parts.year * 12 + parts.month - 1;
     const int64_t year = floorDiv(months, 12);
-    return (daysFromCivil(year, int(months - year * 12) + 1, 1) + parts.day - 1) * 86400 + parts.hour * 3600LL + parts.minute * 60LL + parts.second;
+    return (daysFromCivil(year, int(months - year * 12) + 1, 1) + parts.day - 1) * 86400 +
+           parts.hour * 3600LL + parts.minute * 60LL + parts.second;
 }
 
 std::string dateOnly(int64_t seconds)
 {
     const DateParts parts = partsOf(seconds);
-    return std::string(kDays[parts.weekday]) + ", " + kMonths[parts.month - 1] + " " + std::to_string(parts.day) + ", " + std::to_string(parts.year);
+    return std::string(kDays[parts.weekday]) + ", " + kMonths[parts.month - 1] + " " +
+           std::to_string(parts.day) + ", " + std::to_string(parts.year);
 }
 
 std::string shortDate(int64_t seconds)
 {
     const DateParts parts = partsOf(seconds);
     char text[64];
-    std::snprintf(text, sizeof text, "%d/%d/%02d", parts.month, parts.day, int(((parts.year % 100) + 100) % 100));
+    std::snprintf(text, sizeof text, "%d/%d/%02d", parts.month, parts.day,
+                  int(((parts.year % 100) + 100) % 100));
     return text;
 }
 
@@ -97,7 +102,8 @@ std::string timeText(int64_t seconds)
 {
     const DateParts parts = partsOf(seconds);
     char text[32];
-    std::snprintf(text, sizeof text, "%d:%02d:%02d %s", parts.hour % 12 ? parts.hour % 12 : 12, parts.minute, parts.second, parts.hour < 12 ? "AM" : "PM");
+    std::snprintf(text, sizeof text, "%d:%02d:%02d %s", parts.hour % 12 ? parts.hour % 12 : 12, parts.minute,
+                  parts.second, parts.hour < 12 ? "AM" : "PM");
     return text;
 }
 
@@ -131,7 +137,8 @@ std::optional<int64_t> parseDate(std::string_view text)
                 if (!digits || count == 3)
                     return std::nullopt;
                 numbers[count++] = number;
-                if (i + 1 < text.size() && (text[i] == ':' || text[i] == '/' || text[i] == '-') && (!between || text[i] == between) && text[i + 1] >= '0' && text[i + 1] <= '9')
+                if (i + 1 < text.size() && (text[i] == ':' || text[i] == '/' || text[i] == '-') &&
+                    (!between || text[i] == between) && text[i + 1] >= '0' && text[i + 1] <= '9')
                     between = text[i++];
                 else
                     break;
@@ -158,13 +165,15 @@ std::optional<int64_t> parseDate(std::string_view text)
                     return std::nullopt;
                 loose[looseCount++] = numbers[0];
                 // 5th, 2nd
-                if (i + 1 < text.size() && (text.substr(i, 2) == "st" || text.substr(i, 2) == "nd" || text.substr(i, 2) == "rd" || text.substr(i, 2) == "th"))
+                if (i + 1 < text.size() && (text.substr(i, 2) == "st" || text.substr(i, 2) == "nd" ||
+                                            text.substr(i, 2) == "rd" || text.substr(i, 2) == "th"))
                     i += 2;
             }
             continue;
         }
         size_t end = i;
-        while (end < text.size() && (((text[end] | 32) >= 'a' && (text[end] | 32) <= 'z') || text[end] == '.'))
+        while (end < text.size() &&
+               (((text[end] | 32) >= 'a' && (text[end] | 32) <= 'z') || text[end] == '.'))
             ++end;
         std::string_view word = text.substr(i, end - i);
         if (word.empty())

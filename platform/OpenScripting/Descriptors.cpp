@@ -23,7 +23,10 @@ void check(OSErr error)
         raise(error, messageFor(error));
 }
 
-void make(DescType type, const void *data, size_t size, AEDesc *out) { check(AECreateDesc(type, data, Size(size), out)); }
+void make(DescType type, const void *data, size_t size, AEDesc *out)
+{
+    check(AECreateDesc(type, data, Size(size), out));
+}
 
 std::string fileURL(const std::string &path)
 {
@@ -50,7 +53,8 @@ std::optional<std::string> pathOfURL(std::string_view url)
     std::string path;
     for (size_t i = 0; i < url.size(); ++i) {
         unsigned byte = 0;
-        if (url[i] == '%' && i + 2 < url.size() && std::isxdigit(uint8_t(url[i + 1])) && std::isxdigit(uint8_t(url[i + 2]))) {
+        if (url[i] == '%' && i + 2 < url.size() && std::isxdigit(uint8_t(url[i + 1])) &&
+            std::isxdigit(uint8_t(url[i + 2]))) {
             std::sscanf(std::string(url.substr(i + 1, 2)).c_str(), "%2x", &byte);
             path += char(byte);
             i += 2;
@@ -110,10 +114,15 @@ void specifierDescriptor(Machine &machine, const Reference *reference, AEDesc *o
             make(typeChar, name.data(), name.size(), &key);
         }
     } else if (spec.form == Specifier::named || spec.form == Specifier::id || spec.form == Specifier::index) {
-        form = spec.form == Specifier::named ? DescType(formName) : spec.form == Specifier::id ? DescType(formUniqueID) : DescType(formAbsolutePosition);
+        form = spec.form == Specifier::named ? DescType(formName)
+               : spec.form == Specifier::id  ? DescType(formUniqueID)
+                                             : DescType(formAbsolutePosition);
         toDescriptor(machine, reference->from, &key, depth + 1);
     } else {
-        const DescType ordinal = spec.form == Specifier::every ? code("all ") : spec.form == Specifier::some ? code("any ") : spec.form == Specifier::middle ? code("midd") : code("all ");
+        const DescType ordinal = spec.form == Specifier::every    ? code("all ")
+                                 : spec.form == Specifier::some   ? code("any ")
+                                 : spec.form == Specifier::middle ? code("midd")
+                                                                  : code("all ");
         make(code("abso"), &ordinal, 4, &key);
     }
     if (reference->container.is(Kind::reference))
@@ -221,8 +230,10 @@ void toDescriptor(Machine &machine, const Value &value, AEDesc *out, int depth)
         }
         return;
     }
-    case Kind::data: return make(value.data()->type, value.data()->bytes.data(), value.data()->bytes.size(), out);
-    case Kind::application: return make(code("apnm"), value.application()->name.data(), value.application()->name.size(), out);
+    case Kind::data:
+        return make(value.data()->type, value.data()->bytes.data(), value.data()->bytes.size(), out);
+    case Kind::application:
+        return make(code("apnm"), value.application()->name.data(), value.application()->name.size(), out);
     case Kind::script: {
         const ScriptObject *script = value.script();
         const std::string bytes = stored(machine, script->prototype->program->source, &value, false);

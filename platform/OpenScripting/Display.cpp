@@ -54,7 +54,8 @@ std::string Machine::displayName(Name name) const
     bool plain = !spelling.empty();
     for (size_t i = 0; i < spelling.size(); ++i) {
         const char c = spelling[i];
-        const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || uint8_t(c) >= 0x80;
+        const bool letter =
+            (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || uint8_t(c) >= 0x80;
         plain = plain && (letter || (i && c >= '0' && c <= '9'));
     }
     // Terms of several words stand without bars.
@@ -93,13 +94,18 @@ std::string Machine::display(const Value &value, int depth) const
         return out + "}";
     }
     case Kind::date: return "date " + quoted(dateText(value.date()->seconds));
-    case Kind::script: return value.script()->prototype->name ? "«script " + heap.names.spelling(value.script()->prototype->name) + "»" : "«script»";
+    case Kind::script:
+        return value.script()->prototype->name
+                   ? "«script " + heap.names.spelling(value.script()->prototype->name) + "»"
+                   : "«script»";
     case Kind::handler: return "«handler " + heap.names.spelling(value.handler()->function->name) + "»";
     case Kind::file:
         if (value.file()->isAlias)
             return "alias " + quoted(host.hfsPath(value.file()->path));
         return "POSIX file " + quoted(value.file()->path);
-    case Kind::application: return value.application()->name.empty() ? "current application" : "application " + quoted(value.application()->name);
+    case Kind::application:
+        return value.application()->name.empty() ? "current application"
+                                                 : "application " + quoted(value.application()->name);
     case Kind::data: {
         std::string out = "«data " + fourCharacters(value.data()->type);
         char hex[3];
@@ -132,7 +138,8 @@ std::string Machine::describe(const Specifier &spec, const Value &from, const Va
     case Specifier::named: return name + " " + display(from, 1);
     case Specifier::id: return name + " id " + display(from, 1);
     case Specifier::every: return "every " + name;
-    case Specifier::range: return name + (spec.code == type::text ? " " : "s ") + display(from, 1) + " thru " + display(to, 1);
+    case Specifier::range:
+        return name + (spec.code == type::text ? " " : "s ") + display(from, 1) + " thru " + display(to, 1);
     case Specifier::middle: return "middle " + name;
     case Specifier::some: return "some " + name;
     case Specifier::beginning: return "beginning";

@@ -38,7 +38,11 @@ bool isA(const Value &value, uint32_t wanted)
     }
 }
 
-bool isOfText(uint32_t code) { return code == type::character || code == type::word || code == type::paragraph || code == type::textItem || isText(code); }
+bool isOfText(uint32_t code)
+{
+    return code == type::character || code == type::word || code == type::paragraph ||
+           code == type::textItem || isText(code);
+}
 
 /// The application that a place is in; null: no application.
 const Application *applicationOf(const Value &place)
@@ -53,7 +57,8 @@ const Application *applicationOf(const Value &place)
 
 void Machine::cantGet(const Specifier &spec, const Value &container, const Value &from, const Value &to) const
 {
-    raise(error::notFound, "Can’t get " + describe(spec, from, to) + " of " + display(container) + ".", container);
+    raise(error::notFound, "Can’t get " + describe(spec, from, to) + " of " + display(container) + ".",
+          container);
 }
 
 Value Machine::contentsOf(const Value &value, int depth)
@@ -68,7 +73,8 @@ Value Machine::contentsOf(const Value &value, int depth)
     if (applicationOf(value))
         return host.applicationProperty(*this, value);
     const Value keep = value;
-    return contentsOf(get(reference->specifier, reference->container, reference->from, reference->to), depth + 1);
+    return contentsOf(get(reference->specifier, reference->container, reference->from, reference->to),
+                      depth + 1);
 }
 
 size_t Machine::countOf(const Value &original)
@@ -87,11 +93,13 @@ Value Machine::item(const Value &container, const Value &index)
     return get({Specifier::index, Word::item, type::item}, container, index, {});
 }
 
-Value Machine::get(const Specifier &spec, const Value &containerValue, const Value &fromValue, const Value &toValue)
+Value Machine::get(const Specifier &spec, const Value &containerValue, const Value &fromValue,
+                   const Value &toValue)
 {
     if (spec.form == Specifier::property)
         return property(containerValue, spec.name);
-    if (spec.form == Specifier::id && (isText(spec.code) || spec.code == type::character)) {  // character id 65
+    if (spec.form == Specifier::id &&
+        (isText(spec.code) || spec.code == type::character)) {  // character id 65
         const Value ids = coerced(fromValue, type::list);
         std::string text;
         for (const Value &id : ids.list()->items) {
@@ -102,8 +110,12 @@ Value Machine::get(const Specifier &spec, const Value &containerValue, const Val
         }
         return heap.text(text);
     }
-    const Value from = fromValue.is(Kind::reference) && !fromValue.reference()->container.is(Kind::missing) ? contentsOf(fromValue) : fromValue;
-    const Value to = toValue.is(Kind::reference) && !toValue.reference()->container.is(Kind::missing) ? contentsOf(toValue) : toValue;
+    const Value from = fromValue.is(Kind::reference) && !fromValue.reference()->container.is(Kind::missing)
+                           ? contentsOf(fromValue)
+                           : fromValue;
+    const Value to = toValue.is(Kind::reference) && !toValue.reference()->container.is(Kind::missing)
+                         ? contentsOf(toValue)
+                         : toValue;
     if (applicationOf(containerValue)) {
         Value place = heap.reference(spec, containerValue);
         place.reference()->from = from;
@@ -186,7 +198,8 @@ Value Machine::textElement(const Specifier &spec, const Value &container, const 
     if (isText(spec.code) && spec.form != Specifier::range) {
         if (spec.form == Specifier::every)
             return container;
-        if (spec.form == Specifier::index && !from.is(Kind::reference) && (whole(from) == 1 || whole(from) == -1))
+        if (spec.form == Specifier::index && !from.is(Kind::reference) &&
+            (whole(from) == 1 || whole(from) == -1))
             return container;
         cantGet(spec, container, from, to);
     }
@@ -257,7 +270,9 @@ Value Machine::textElement(const Specifier &spec, const Value &container, const 
     case type::textItem: all = textItemsOf(text, delimiters, considering); break;
     default: cantGet(spec, container, from, to);
     }
-    const auto cut = [&](const Stretch &stretch) { return part(container, stretch.from, stretch.to - stretch.from); };
+    const auto cut = [&](const Stretch &stretch) {
+        return part(container, stretch.from, stretch.to - stretch.from);
+    };
     switch (spec.form) {
     case Specifier::index:
         if (const auto place = placeOf(whole(from), all.size()))
@@ -292,7 +307,8 @@ Value Machine::textElement(const Specifier &spec, const Value &container, const 
     cantGet(spec, container, from, to);
 }
 
-void Machine::set(const Specifier &spec, const Value &containerValue, const Value &fromValue, const Value &toValue, const Value &value)
+void Machine::set(const Specifier &spec, const Value &containerValue, const Value &fromValue,
+                  const Value &toValue, const Value &value)
 {
     if (spec.form == Specifier::property)
         return setProperty(containerValue, spec.name, value);
@@ -322,16 +338,24 @@ void Machine::set(const Specifier &spec, const Value &containerValue, const Valu
                 if (spec.code == type::item || isA(items[i], spec.code))
                     places.push_back(i);
             }
-            const auto place = spec.form == Specifier::middle ? placeOf(int64_t(places.size() + 1) / 2, places.size()) : placeOf(whole(from), places.size());
+            const auto place = spec.form == Specifier::middle
+                                   ? placeOf(int64_t(places.size() + 1) / 2, places.size())
+                                   : placeOf(whole(from), places.size());
             if (!place)
-                raise(error::notFound, "Can’t set " + describe(spec, from, to) + " of " + display(container) + " to " + display(value) + ".", container);
+                raise(error::notFound,
+                      "Can’t set " + describe(spec, from, to) + " of " + display(container) + " to " +
+                          display(value) + ".",
+                      container);
             items[places[*place]] = value;
             return;
         }
         default: break;
         }
     }
-    raise(error::cantAssign, "Can’t set " + describe(spec, from, to) + " of " + display(container) + " to " + display(value) + ".", container);
+    raise(error::cantAssign,
+          "Can’t set " + describe(spec, from, to) + " of " + display(container) + " to " + display(value) +
+              ".",
+          container);
 }
 
 }  // namespace tarvik::osa

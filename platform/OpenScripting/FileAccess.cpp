@@ -97,7 +97,8 @@ std::string FileAccess::read(OpenFile &file, int64_t count)
     std::string bytes;
     while (count > 0) {
         char buffer[1 << 16];
-        const ssize_t got = pread(file.descriptor.get(), buffer, size_t(std::min<int64_t>(count, sizeof buffer)), off_t(file.position));
+        const ssize_t got = pread(file.descriptor.get(), buffer,
+                                  size_t(std::min<int64_t>(count, sizeof buffer)), off_t(file.position));
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0 && errno == ESPIPE)

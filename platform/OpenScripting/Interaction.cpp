@@ -13,7 +13,10 @@ namespace tarvik::osa {
 
 namespace {
 
-[[noreturn]] void noInteraction(const std::string &why) { raise(-1713, "No user interaction allowed: " + why); }
+[[noreturn]] void noInteraction(const std::string &why)
+{
+    raise(-1713, "No user interaction allowed: " + why);
+}
 
 // --- display dialog, display alert ---------------------------------------------------------------------
 
@@ -123,19 +126,24 @@ DialogAnswer standardAlert(const Dialog &dialog)
     std::vector<PascalText> texts;
     for (const std::string &button : dialog.buttons)
         texts.emplace_back(button);
-    const auto textAt = [&](int place) { return places[place] >= 0 ? texts[size_t(places[place])].bytes : nullptr; };
+    const auto textAt = [&](int place) {
+        return places[place] >= 0 ? texts[size_t(places[place])].bytes : nullptr;
+    };
     AlertStdAlertParamRec parameters{};
     parameters.movable = true;
     parameters.defaultText = textAt(0);
     parameters.cancelText = textAt(1);
     parameters.otherText = textAt(2);
     parameters.defaultButton = kAlertStdAlertOKButton;
-    parameters.cancelButton = places[1] >= 0 && places[1] == dialog.cancels ? SInt16(kAlertStdAlertCancelButton) : SInt16(0);
+    parameters.cancelButton =
+        places[1] >= 0 && places[1] == dialog.cancels ? SInt16(kAlertStdAlertCancelButton) : SInt16(0);
     constexpr AlertType kKinds[] = {kAlertPlainAlert, kAlertNoteAlert, kAlertCautionAlert, kAlertStopAlert};
     const std::string &head = dialog.message.empty() ? dialog.title : dialog.message;
-    const PascalText error(head.empty() ? dialog.explanation : head), explanation(head.empty() ? "" : dialog.explanation);
+    const PascalText error(head.empty() ? dialog.explanation : head),
+        explanation(head.empty() ? "" : dialog.explanation);
     SInt16 hit = 0;
-    if (const OSErr failure = StandardAlert(kKinds[dialog.icon], error.bytes, explanation.bytes, &parameters, &hit)) {
+    if (const OSErr failure =
+            StandardAlert(kKinds[dialog.icon], error.bytes, explanation.bytes, &parameters, &hit)) {
         if (failure == unimpErr)
             noInteraction("nothing in this process can show an alert.");
         raise(failure, messageFor(failure));
@@ -162,7 +170,8 @@ Value showDialog(Machine &machine, const Invocation &invocation)
     if (!answer.gaveUp && (answer.button < 0 || answer.button == dialog.cancels))
         raise(error::userCanceled, messageFor(error::userCanceled));
     Value result = machine.heap.record();
-    result.record()->set(Word::button, machine.heap.text(answer.gaveUp ? "" : dialog.buttons[size_t(answer.button)]));
+    result.record()->set(Word::button,
+                         machine.heap.text(answer.gaveUp ? "" : dialog.buttons[size_t(answer.button)]));
     if (dialog.answer)
         result.record()->set(Word::textReturned, machine.heap.text(answer.text));
     if (invocation.parameter(code("givu")))
@@ -172,7 +181,10 @@ Value showDialog(Machine &machine, const Invocation &invocation)
 
 // --- the clipboard -------------------------------------------------------------------------------------
 
-bool isText(uint32_t type) { return type == type::text || type == type::string || type == type::unicodeText || type == type::utf8; }
+bool isText(uint32_t type)
+{
+    return type == type::text || type == type::string || type == type::unicodeText || type == type::utf8;
+}
 /// Lists and records go there as flattened descriptors.
 bool isFlattened(uint32_t type) { return type == type::list || type == type::record; }
 
@@ -202,9 +214,14 @@ Value clipboard(Machine &machine, const Invocation &invocation)
 {
     Presenter &owner = clipboardOwner("the clipboard");
     const auto flavors = flavorsOf(owner);
-    const auto has = [&](uint32_t wanted) { return std::any_of(flavors.begin(), flavors.end(), [=](const ClipboardFlavor &one) { return one.type == wanted; }); };
+    const auto has = [&](uint32_t wanted) {
+        return std::any_of(flavors.begin(), flavors.end(),
+                           [=](const ClipboardFlavor &one) { return one.type == wanted; });
+    };
     const Value *as = invocation.parameter(code("rtyp"));
-    uint32_t wanted = as ? as->code() : flavors.empty() || has(kScrapFlavorTypeText) ? type::text : flavors[0].type;
+    uint32_t wanted = as                                             ? as->code()
+                      : flavors.empty() || has(kScrapFlavorTypeText) ? type::text
+                                                                     : flavors[0].type;
     if (flavors.empty() && !as)
         return machine.heap.emptyText();
     if (isText(wanted))
@@ -271,7 +288,8 @@ Value ComponentHost::interact(Machine &machine, const Invocation &invocation)
     case code("sClp"): return setClipboard(machine, invocation.direct), Value();
     case code("iClp"): return clipboardInfo(machine, invocation);
     case code("beep"): std::fputc('\a', stderr); return {};
-    default: noInteraction(std::string("“") + invocation.site.command->phrase + "” needs a program with windows.");
+    default:
+        noInteraction(std::string("“") + invocation.site.command->phrase + "” needs a program with windows.");
     }
 }
 

@@ -176,7 +176,8 @@ private:
             add(Token::ordinal, from).value = Value::of(int64_t(std::min(value, 5e8)));
             return;
         }
-        add(Token::number, from).value = whole && value <= double(kLargestInteger) ? Value::of(int64_t(value)) : Value::of(value);
+        add(Token::number, from).value =
+            whole && value <= double(kLargestInteger) ? Value::of(int64_t(value)) : Value::of(value);
     }
 
     void string()
@@ -214,8 +215,14 @@ private:
         static constexpr struct {
             std::string_view text;
             char32_t code;
-        } kSymbols[] = {{"<=", Token::lessEqual}, {">=", Token::greaterEqual}, {"/=", Token::notEqual}, {"≤", Token::lessEqual}, {"≥", Token::greaterEqual},
-                        {"≠", Token::notEqual},   {"÷", '/'},                  {"×", '*'}};
+        } kSymbols[] = {{"<=", Token::lessEqual},
+                        {">=", Token::greaterEqual},
+                        {"/=", Token::notEqual},
+                        {"≤", Token::lessEqual},
+                        {"≥", Token::greaterEqual},
+                        {"≠", Token::notEqual},
+                        {"÷", '/'},
+                        {"×", '*'}};
         for (const auto &[text, code] : kSymbols) {
             if (takes(text))
                 return symbol(from, code);
@@ -226,7 +233,9 @@ private:
             at_ = from;
         }
         if (isLetter(peek()) || uint8_t(peek()) >= 0x80) {
-            while (isLetter(peek()) || isDigit(peek()) || (uint8_t(peek()) >= 0x80 && !sees("¬") && !sees("«") && !sees("»") && !sees("’") && !sees("≠") && !sees("≤") && !sees("≥") && !sees("÷") && !sees("×") && !sees("\xC2\xA0")))
+            while (isLetter(peek()) || isDigit(peek()) ||
+                   (uint8_t(peek()) >= 0x80 && !sees("¬") && !sees("«") && !sees("»") && !sees("’") &&
+                    !sees("≠") && !sees("≤") && !sees("≥") && !sees("÷") && !sees("×") && !sees("\xC2\xA0")))
                 ++at_;
             if (at_ == from) {
                 do

@@ -13,8 +13,8 @@ namespace {
 
 constexpr size_t kStackValues = 1 << 19;
 constexpr size_t kDeepestCall = 10000;  // frames
-constexpr int kDeepestNesting = 40;     // machines within machines: `run script` of a script that runs a script
-constexpr int32_t kTicks = 2000;        // between two polls of the host
+constexpr int kDeepestNesting = 40;  // machines within machines: `run script` of a script that runs a script
+constexpr int32_t kTicks = 2000;     // between two polls of the host
 constexpr int64_t kLargestInteger = 536870911;
 
 bool fits(int64_t number) { return number >= -kLargestInteger - 1 && number <= kLargestInteger; }
@@ -23,7 +23,8 @@ bool fits(int64_t number) { return number >= -kLargestInteger - 1 && number <= k
 
 Machine::Machine(Heap &heap, Host &host, const Vocabulary &vocabulary)
     // Zeroed memory is registers without values; pages are taken when a script gets there.
-    : heap(heap), host(host), vocabulary(vocabulary), random(std::random_device{}()), stack_(static_cast<Value *>(std::calloc(kStackValues, sizeof(Value)))), ticks_(kTicks)
+    : heap(heap), host(host), vocabulary(vocabulary), random(std::random_device{}()),
+      stack_(static_cast<Value *>(std::calloc(kStackValues, sizeof(Value)))), ticks_(kTicks)
 {
     if (!stack_)
         throw std::bad_alloc();
@@ -67,7 +68,8 @@ Value Machine::call(const Value &script, Name handler, std::vector<Value> argume
 {
     const auto [function, owner] = findHandler(script.script(), handler);
     if (!function)
-        raise(error::notUnderstood, "«script» doesn’t understand the “" + heap.names.spelling(handler) + "” message.");
+        raise(error::notUnderstood,
+              "«script» doesn’t understand the “" + heap.names.spelling(handler) + "” message.");
     // `on run` may leave its parameters out or have them where none are given.
     arguments.resize(function->parameters);
     if (handler == Word::run && arguments.size() == 1 && !arguments[0])
@@ -75,7 +77,8 @@ Value Machine::call(const Value &script, Name handler, std::vector<Value> argume
     return execute(*function, Value::retain(owner), script, std::move(arguments));
 }
 
-Value Machine::execute(const Function &function, const Value &script, const Value &me, std::vector<Value> arguments)
+Value Machine::execute(const Function &function, const Value &script, const Value &me,
+                       std::vector<Value> arguments)
 {
     if (nesting_ >= kDeepestNesting)
         raise(error::stackOverflow, "Stack overflow.");
@@ -83,7 +86,8 @@ Value Machine::execute(const Function &function, const Value &script, const Valu
     const size_t bottom = frames_.size();
     const int64_t before = held();
     Value result;
-    Value *registers = frames_.empty() ? stack_ : frames_.back().registers + frames_.back().function->registers;
+    Value *registers =
+        frames_.empty() ? stack_ : frames_.back().registers + frames_.back().function->registers;
     try {
         for (size_t i = 0; i < arguments.size(); ++i)
             registers[i] = std::move(arguments[i]);
@@ -113,13 +117,15 @@ Value Machine::execute(const Function &function, const Value &script, const Valu
     return result;
 }
 
-void Machine::pushFrame(const Function &function, const Value &script, const Value &me, Value *registers, Value *result)
+void Machine::pushFrame(const Function &function, const Value &script, const Value &me, Value *registers,
+                        Value *result)
 {
     if (frames_.size() >= kDeepestCall || registers + function.registers + 8 > stack_ + kStackValues)
         raise(error::stackOverflow, "Stack overflow.");
     for (int i = function.parameters; i < function.registers; ++i)
         registers[i].clear();
-    frames_.push_back({&function, function.code.data(), registers, script, me, result, considering, timeLimit});
+    frames_.push_back(
+        {&function, function.code.data(), registers, script, me, result, considering, timeLimit});
 }
 
 void Machine::popFrame()
@@ -180,7 +186,8 @@ void Machine::undefinedOperand(const Frame &frame, int operand)
 {
     const auto &variables = frame.function->variables;
     if (operand >= 0 && size_t(operand) < variables.size() && variables[size_t(operand)])
-        raise(error::undefined, "The variable " + displayName(variables[size_t(operand)]) + " is not defined.");
+        raise(error::undefined,
+              "The variable " + displayName(variables[size_t(operand)]) + " is not defined.");
     raise(error::noResult, "No result was returned from some part of this expression.");
 }
 
@@ -207,8 +214,11 @@ void Machine::matchArguments(const Site &site, const Function &function, Value *
         for (size_t i = 0; i < site.count; ++i)
             given += (i ? ", " : "") + display(arguments[i]);
         for (size_t i = 0; i < function.parameters; ++i)
-            wanted += (i ? ", " : "") + (i < function.variables.size() && function.variables[i] ? displayName(function.variables[i]) : std::string("{}"));
-        raise(error::badParameters, given + "} doesn’t match the parameters " + wanted + "} for " + heap.names.spelling(function.name) + ".");
+            wanted += (i ? ", " : "") + (i < function.variables.size() && function.variables[i]
+                                             ? displayName(function.variables[i])
+                                             : std::string("{}"));
+        raise(error::badParameters, given + "} doesn’t match the parameters " + wanted + "} for " +
+                                        heap.names.spelling(function.name) + ".");
     };
     if (!site.labelled && !function.labelled) {
         if (site.count != function.parameters)
@@ -225,31 +235,37 @@ void Machine::matchArguments(const Site &site, const Function &function, Value *
             mismatch();
         return;
     }
-    std::vector<Value> given(std::make_move_iterator(arguments), std::make_move_iterator(arguments + site.count));
+    std::vector<Value> given(std::make_move_iterator(arguments),
+                             std::make_move_iterator(arguments + site.count));
     for (size_t i = 0; i < function.parameters; ++i)
         arguments[i].clear();
     size_t next = 0;
     if (function.hasDirect) {
         if (!site.hasDirect)
-            raise(error::wrongData, "The direct parameter is missing for " + heap.names.spelling(function.name) + ".");
+            raise(error::wrongData,
+                  "The direct parameter is missing for " + heap.names.spelling(function.name) + ".");
         arguments[next++] = given[0];
     }
     for (const Name label : function.labels) {
         bool found = false;
         for (size_t i = 0; i < site.labels.size() && !found; ++i) {
-            const bool same = site.labels[i] == label || (label == Word::through && site.labels[i] == Word::thru) || (label == Word::thru && site.labels[i] == Word::through);
+            const bool same = site.labels[i] == label ||
+                              (label == Word::through && site.labels[i] == Word::thru) ||
+                              (label == Word::thru && site.labels[i] == Word::through);
             if (same) {
                 arguments[next] = given[i + site.hasDirect];
                 found = true;
             }
         }
         if (!found)
-            raise(error::wrongData, "The " + heap.names.spelling(label) + " parameter is missing for " + heap.names.spelling(function.name) + ".");
+            raise(error::wrongData, "The " + heap.names.spelling(label) + " parameter is missing for " +
+                                        heap.names.spelling(function.name) + ".");
         ++next;
     }
 }
 
-void Machine::enter(const Site &site, const Function &function, const Value &owner, const Value &me, Value *arguments, Value *result)
+void Machine::enter(const Site &site, const Function &function, const Value &owner, const Value &me,
+                    Value *arguments, Value *result)
 {
     if (arguments + std::max<size_t>(site.count, function.parameters) + 8 > stack_ + kStackValues)
         raise(error::stackOverflow, "Stack overflow.");
@@ -273,7 +289,9 @@ void Machine::callSite(Frame &frame, Op op, const Instruction &instruction)
             const auto [function, owner] = findHandler(held.script(), Word::run);
             return enter(site, *function, Value::retain(owner), held, base + 1, result);
         }
-        raise(error::notUnderstood, display(held) + " doesn’t understand the “" + heap.names.spelling(site.name) + "” message.", held);
+        raise(error::notUnderstood,
+              display(held) + " doesn’t understand the “" + heap.names.spelling(site.name) + "” message.",
+              held);
     }
     if (op == Op::send) {
         Value target = contentsOf(base[0]);
@@ -281,14 +299,17 @@ void Machine::callSite(Frame &frame, Op op, const Instruction &instruction)
             const auto [function, owner] = findHandler(target.script(), site.name);
             if (function)
                 return enter(site, *function, Value::retain(owner), target, base + 1, result);
-            if (const int slot = target.script()->prototype->slotOf(site.name); slot >= 0 && target.script()->slots[size_t(slot)].is(Kind::handler)) {
+            if (const int slot = target.script()->prototype->slotOf(site.name);
+                slot >= 0 && target.script()->slots[size_t(slot)].is(Kind::handler)) {
                 const Value held = target.script()->slots[size_t(slot)];
-                return enter(site, *held.handler()->function, held.handler()->owner, target, base + 1, result);
+                return enter(site, *held.handler()->function, held.handler()->owner, target, base + 1,
+                             result);
             }
         } else if (target.is(Kind::record)) {
             if (const Value *held = target.record()->find(site.name); held && held->is(Kind::handler)) {
                 const Value handler = *held;
-                return enter(site, *handler.handler()->function, handler.handler()->owner, handler.handler()->owner, base + 1, result);
+                return enter(site, *handler.handler()->function, handler.handler()->owner,
+                             handler.handler()->owner, base + 1, result);
             }
         }
         if (target.is(Kind::application) && !site.labelled) {
@@ -303,11 +324,13 @@ void Machine::callSite(Frame &frame, Op op, const Instruction &instruction)
             return;
         }
         const std::string who = target.is(Kind::script) ? "«script»" : display(target);
-        raise(error::notUnderstood, who + " doesn’t understand the “" + heap.names.spelling(site.name) + "” message.", target);
+        raise(error::notUnderstood,
+              who + " doesn’t understand the “" + heap.names.spelling(site.name) + "” message.", target);
     }
     if (site.continues) {
         const Value &parent = frame.script.script()->parent;
-        const auto inherited = parent.is(Kind::script) ? findHandler(parent.script(), site.name) : std::pair<const Function *, ScriptObject *>();
+        const auto inherited = parent.is(Kind::script) ? findHandler(parent.script(), site.name)
+                                                       : std::pair<const Function *, ScriptObject *>();
         if (!inherited.first)
             raise(error::notUnderstood, "Can’t continue " + heap.names.spelling(site.name) + ".", frame.me);
         const Value me = frame.me;
@@ -319,7 +342,9 @@ void Machine::callSite(Frame &frame, Op op, const Instruction &instruction)
     if (!found) {  // not of the script that runs: of the one that the code stands in
         const auto lexical = findHandler(frame.script.script(), site.name);
         if (!lexical.first)
-            raise(error::notUnderstood, "«script» doesn’t understand the “" + heap.names.spelling(site.name) + "” message.", frame.me);
+            raise(error::notUnderstood,
+                  "«script» doesn’t understand the “" + heap.names.spelling(site.name) + "” message.",
+                  frame.me);
         found = lexical.first;
         holder = Value::retain(lexical.second);
     } else if (owner == frame.me.script()) {
@@ -364,30 +389,31 @@ Value Machine::refer(const Site &site, const Value &container, const Value &from
 Value Machine::interpret(size_t bottom)
 {
 #define OPERAND(number) ((number) >= 0 ? registers[number] : constants[number])
-#define OPERATION(name) name:
-#define NEXT \
-    do { \
-        ++pc; \
-        goto *kLabels[size_t(pc->op)]; \
+#define OPERATION(name)                                                                                      \
+    name:
+#define NEXT                                                                                                 \
+    do {                                                                                                     \
+        ++pc;                                                                                                \
+        goto *kLabels[size_t(pc->op)];                                                                       \
     } while (0)
-#define STAY \
-    do { \
-        goto *kLabels[size_t(pc->op)]; \
+#define STAY                                                                                                 \
+    do {                                                                                                     \
+        goto *kLabels[size_t(pc->op)];                                                                       \
     } while (0)
 #define MAY_FAIL frame->pc = pc
-#define TICK \
-    do { \
-        if (--ticks_ <= 0) [[unlikely]] { \
-            MAY_FAIL; \
-            poll(); \
-        } \
+#define TICK                                                                                                 \
+    do {                                                                                                     \
+        if (--ticks_ <= 0) [[unlikely]] {                                                                    \
+            MAY_FAIL;                                                                                        \
+            poll();                                                                                          \
+        }                                                                                                    \
     } while (0)
-#define ENTER_FRAME \
-    do { \
-        frame = &frames_.back(); \
-        pc = frame->pc; \
-        registers = frame->registers; \
-        constants = frame->function->operands(); \
+#define ENTER_FRAME                                                                                          \
+    do {                                                                                                     \
+        frame = &frames_.back();                                                                             \
+        pc = frame->pc;                                                                                      \
+        registers = frame->registers;                                                                        \
+        constants = frame->function->operands();                                                             \
     } while (0)
 
     static const void *const kLabels[] = {
@@ -429,7 +455,8 @@ Value Machine::interpret(size_t bottom)
         const Value &slot = script->slots[size_t(pc->c)];
         if (slot.is(Kind::none)) [[unlikely]] {
             MAY_FAIL;
-            raise(error::undefined, "The variable " + displayName(script->prototype->slots[size_t(pc->c)]) + " is not defined.");
+            raise(error::undefined, "The variable " + displayName(script->prototype->slots[size_t(pc->c)]) +
+                                        " is not defined.");
         }
         registers[pc->a] = slot;
         NEXT;
@@ -448,7 +475,8 @@ Value Machine::interpret(size_t bottom)
         ScriptObject *script = outward(*frame, pc->b);
         Value &front = script->slots[size_t(pc->c)];
         if (front.is(Kind::none))
-            raise(error::undefined, "The variable " + displayName(script->prototype->slots[size_t(pc->c)]) + " is not defined.");
+            raise(error::undefined, "The variable " + displayName(script->prototype->slots[size_t(pc->c)]) +
+                                        " is not defined.");
         if (front.is(Kind::text) && back.is(Kind::text))
             append(front, back);
         else
@@ -460,7 +488,9 @@ Value Machine::interpret(size_t bottom)
         MAY_FAIL;
         const Value &slot = registers[pc->b].script()->slots[size_t(pc->c)];
         if (slot.is(Kind::none))
-            raise(error::undefined, "The variable " + displayName(registers[pc->b].script()->prototype->slots[size_t(pc->c)]) + " is not defined.");
+            raise(error::undefined,
+                  "The variable " + displayName(registers[pc->b].script()->prototype->slots[size_t(pc->c)]) +
+                      " is not defined.");
         registers[pc->a] = slot;
         NEXT;
     }
@@ -474,7 +504,8 @@ Value Machine::interpret(size_t bottom)
         MAY_FAIL;
         const Value &parent = defined(*frame, pc->b, OPERAND(pc->b));
         if (parent.is(Kind::script)) {
-            for (const ScriptObject *one = parent.script(); one; one = one->parent.is(Kind::script) ? one->parent.script() : nullptr) {
+            for (const ScriptObject *one = parent.script(); one;
+                 one = one->parent.is(Kind::script) ? one->parent.script() : nullptr) {
                 if (one == registers[pc->a].script())
                     raise(error::cantAssign, "Can’t set parent to a script that inherits from this one.");
             }
@@ -485,7 +516,8 @@ Value Machine::interpret(size_t bottom)
     OPERATION(op_undefined)
     {
         MAY_FAIL;
-        raise(error::undefined, "The variable " + displayName(heap.names.of(utf8(constants[pc->wide]))) + " is not defined.");
+        raise(error::undefined,
+              "The variable " + displayName(heap.names.of(utf8(constants[pc->wide]))) + " is not defined.");
     }
     OPERATION(op_me)
     {
@@ -493,26 +525,26 @@ Value Machine::interpret(size_t bottom)
         NEXT;
     }
 
-#define ARITHMETIC(name, sign) \
-    OPERATION(op_##name) \
-    { \
-        const Value &left = OPERAND(pc->b), &right = OPERAND(pc->c); \
-        if (left.is(Kind::integer) && right.is(Kind::integer)) [[likely]] { \
-            const int64_t number = left.integer() sign right.integer(); \
-            if (fits(number)) [[likely]] \
-                registers[pc->a].put(number); \
-            else \
-                registers[pc->a].put(double(number)); \
-            NEXT; \
-        } \
-        if (left.isNumber() && right.isNumber()) { \
-            const double number = left.number() sign right.number(); \
-            if (std::isfinite(number)) [[likely]] { \
-                registers[pc->a].put(number); \
-                NEXT; \
-            } \
-        } \
-        goto slowArithmetic; \
+#define ARITHMETIC(name, sign)                                                                               \
+    OPERATION(op_##name)                                                                                     \
+    {                                                                                                        \
+        const Value &left = OPERAND(pc->b), &right = OPERAND(pc->c);                                         \
+        if (left.is(Kind::integer) && right.is(Kind::integer)) [[likely]] {                                  \
+            const int64_t number = left.integer() sign right.integer();                                      \
+            if (fits(number)) [[likely]]                                                                     \
+                registers[pc->a].put(number);                                                                \
+            else                                                                                             \
+                registers[pc->a].put(double(number));                                                        \
+            NEXT;                                                                                            \
+        }                                                                                                    \
+        if (left.isNumber() && right.isNumber()) {                                                           \
+            const double number = left.number() sign right.number();                                         \
+            if (std::isfinite(number)) [[likely]] {                                                          \
+                registers[pc->a].put(number);                                                                \
+                NEXT;                                                                                        \
+            }                                                                                                \
+        }                                                                                                    \
+        goto slowArithmetic;                                                                                 \
     }
     ARITHMETIC(add, +)
     ARITHMETIC(subtract, -)
@@ -548,17 +580,17 @@ Value Machine::interpret(size_t bottom)
         goto slowArithmetic;
     }
     OPERATION(op_power)
-slowArithmetic:
+slowArithmetic : {
+    MAY_FAIL;
+    const Value &left = defined(*frame, pc->b, OPERAND(pc->b)),
+                &right = defined(*frame, pc->c, OPERAND(pc->c));
     {
-        MAY_FAIL;
-        const Value &left = defined(*frame, pc->b, OPERAND(pc->b)), &right = defined(*frame, pc->c, OPERAND(pc->c));
-        {
-            Value result;
-            arithmetic(pc->op, result, left, right);
-            registers[pc->a] = std::move(result);
-        }
-        NEXT;
+        Value result;
+        arithmetic(pc->op, result, left, right);
+        registers[pc->a] = std::move(result);
     }
+    NEXT;
+}
     OPERATION(op_join)
     {
         MAY_FAIL;
@@ -577,20 +609,20 @@ slowArithmetic:
         NEXT;
     }
 
-#define COMPARISON(name, sign, slow) \
-    OPERATION(op_##name) \
-    { \
-        const Value &left = OPERAND(pc->b), &right = OPERAND(pc->c); \
-        if (left.is(Kind::integer) && right.is(Kind::integer)) [[likely]] { \
-            registers[pc->a].put(left.integer() sign right.integer()); \
-            NEXT; \
-        } \
-        MAY_FAIL; \
-        defined(*frame, pc->b, left); \
-        defined(*frame, pc->c, right); \
-        const bool truth = slow; \
-        registers[pc->a].put(truth); \
-        NEXT; \
+#define COMPARISON(name, sign, slow)                                                                         \
+    OPERATION(op_##name)                                                                                     \
+    {                                                                                                        \
+        const Value &left = OPERAND(pc->b), &right = OPERAND(pc->c);                                         \
+        if (left.is(Kind::integer) && right.is(Kind::integer)) [[likely]] {                                  \
+            registers[pc->a].put(left.integer() sign right.integer());                                       \
+            NEXT;                                                                                            \
+        }                                                                                                    \
+        MAY_FAIL;                                                                                            \
+        defined(*frame, pc->b, left);                                                                        \
+        defined(*frame, pc->c, right);                                                                       \
+        const bool truth = slow;                                                                             \
+        registers[pc->a].put(truth);                                                                         \
+        NEXT;                                                                                                \
     }
     COMPARISON(equal, ==, equal(left, right))
     COMPARISON(unequal, !=, !equal(left, right))
@@ -606,24 +638,24 @@ slowArithmetic:
     COMPARISON(endsWith, !=, endsWith(left, right))
 
 // True: over the jump that follows. False: the jump itself.
-#define BRANCH(condition) \
-    do { \
-        if (condition) \
-            pc += 2; \
-        else \
-            pc = frame->function->code.data() + pc[1].wide; \
-        STAY; \
+#define BRANCH(condition)                                                                                    \
+    do {                                                                                                     \
+        if (condition)                                                                                       \
+            pc += 2;                                                                                         \
+        else                                                                                                 \
+            pc = frame->function->code.data() + pc[1].wide;                                                  \
+        STAY;                                                                                                \
     } while (0)
-#define TEST(name, sign, slow) \
-    OPERATION(op_##name) \
-    { \
-        const Value &left = OPERAND(pc->a), &right = OPERAND(pc->b); \
-        if (left.is(Kind::integer) && right.is(Kind::integer)) [[likely]] \
-            BRANCH(left.integer() sign right.integer()); \
-        MAY_FAIL; \
-        defined(*frame, pc->a, left); \
-        defined(*frame, pc->b, right); \
-        BRANCH(slow); \
+#define TEST(name, sign, slow)                                                                               \
+    OPERATION(op_##name)                                                                                     \
+    {                                                                                                        \
+        const Value &left = OPERAND(pc->a), &right = OPERAND(pc->b);                                         \
+        if (left.is(Kind::integer) && right.is(Kind::integer)) [[likely]]                                    \
+            BRANCH(left.integer() sign right.integer());                                                     \
+        MAY_FAIL;                                                                                            \
+        defined(*frame, pc->a, left);                                                                        \
+        defined(*frame, pc->b, right);                                                                       \
+        BRANCH(slow);                                                                                        \
     }
     TEST(testEqual, ==, equal(left, right))
     TEST(testUnequal, !=, !equal(left, right))
@@ -653,7 +685,8 @@ slowArithmetic:
         {
             const Value value = asNumber(defined(*frame, pc->b, OPERAND(pc->b)));
             if (value.is(Kind::integer))
-                registers[pc->a] = fits(-value.integer()) ? Value::of(-value.integer()) : Value::of(-double(value.integer()));
+                registers[pc->a] = fits(-value.integer()) ? Value::of(-value.integer())
+                                                          : Value::of(-double(value.integer()));
             else
                 registers[pc->a] = Value::of(-value.real());
         }
@@ -714,7 +747,8 @@ slowArithmetic:
             const auto &items = container.list()->items;
             const uint64_t at = uint64_t(index.integer()) - 1;
             if (at < items.size()) [[likely]] {
-                registers[pc->a] = items[at];  // copied before the register, which may hold the list's last reference, is written
+                registers[pc->a] = items
+                    [at];  // copied before the register, which may hold the list's last reference, is written
                 NEXT;
             }
         }
@@ -726,7 +760,8 @@ slowArithmetic:
     {
         MAY_FAIL;
         const Site &site = frame->function->sites[size_t(pc->c)];
-        if (site.spec.code == type::character && site.spec.form == Specifier::index && OPERAND(pc->b).is(Kind::text)) {
+        if (site.spec.code == type::character && site.spec.form == Specifier::index &&
+            OPERAND(pc->b).is(Kind::text)) {
             const Value &text = OPERAND(pc->b), &index = OPERAND(site.from);
             if (index.is(Kind::integer) && uint64_t(index.integer()) - 1 < text.text()->length) [[likely]] {
                 registers[pc->a] = part(text, size_t(index.integer()) - 1, 1);
@@ -734,10 +769,12 @@ slowArithmetic:
             }
         }
         static const Value kNothing;
-        const bool from = site.spec.form == Specifier::index || site.spec.form == Specifier::range || site.spec.form == Specifier::named || site.spec.form == Specifier::id;
+        const bool from = site.spec.form == Specifier::index || site.spec.form == Specifier::range ||
+                          site.spec.form == Specifier::named || site.spec.form == Specifier::id;
         const Value &container = defined(*frame, pc->b, OPERAND(pc->b));
         const Value &first = from ? defined(*frame, site.from, OPERAND(site.from)) : kNothing;
-        const Value &second = site.spec.form == Specifier::range ? defined(*frame, site.to, OPERAND(site.to)) : kNothing;
+        const Value &second =
+            site.spec.form == Specifier::range ? defined(*frame, site.to, OPERAND(site.to)) : kNothing;
         registers[pc->a] = get(site.spec, container, first, second);
         NEXT;
     }
@@ -745,11 +782,13 @@ slowArithmetic:
     {
         MAY_FAIL;
         const Site &site = frame->function->sites[size_t(pc->c)];
-        const bool from = site.spec.form == Specifier::index || site.spec.form == Specifier::range || site.spec.form == Specifier::named || site.spec.form == Specifier::id;
+        const bool from = site.spec.form == Specifier::index || site.spec.form == Specifier::range ||
+                          site.spec.form == Specifier::named || site.spec.form == Specifier::id;
         {
             const Value &container = defined(*frame, pc->b, OPERAND(pc->b));
             const Value first = from ? defined(*frame, site.from, OPERAND(site.from)) : Value();
-            const Value second = site.spec.form == Specifier::range ? defined(*frame, site.to, OPERAND(site.to)) : Value();
+            const Value second =
+                site.spec.form == Specifier::range ? defined(*frame, site.to, OPERAND(site.to)) : Value();
             registers[pc->a] = refer(site, container, first, second);
         }
         NEXT;
@@ -758,7 +797,8 @@ slowArithmetic:
     {
         MAY_FAIL;
         const Site &site = frame->function->sites[size_t(pc->c)];
-        const Value &container = defined(*frame, pc->b, OPERAND(pc->b)), &value = defined(*frame, pc->a, OPERAND(pc->a));
+        const Value &container = defined(*frame, pc->b, OPERAND(pc->b)),
+                    &value = defined(*frame, pc->a, OPERAND(pc->a));
         if (container.is(Kind::list)) {
             auto &items = container.list()->items;
             if (site.spec.form == Specifier::end && !value.is(Kind::reference)) {
@@ -767,7 +807,8 @@ slowArithmetic:
                 items.push_back(value);
                 NEXT;
             }
-            if (site.spec.form == Specifier::index && site.spec.code == type::item && OPERAND(site.from).is(Kind::integer)) {
+            if (site.spec.form == Specifier::index && site.spec.code == type::item &&
+                OPERAND(site.from).is(Kind::integer)) {
                 const uint64_t at = uint64_t(OPERAND(site.from).integer()) - 1;
                 if (at < items.size()) {
                     items[at] = value;
@@ -776,9 +817,11 @@ slowArithmetic:
             }
         }
         static const Value kNothing;
-        const bool from = site.spec.form == Specifier::index || site.spec.form == Specifier::range || site.spec.form == Specifier::named || site.spec.form == Specifier::id;
+        const bool from = site.spec.form == Specifier::index || site.spec.form == Specifier::range ||
+                          site.spec.form == Specifier::named || site.spec.form == Specifier::id;
         const Value &first = from ? defined(*frame, site.from, OPERAND(site.from)) : kNothing;
-        const Value &second = site.spec.form == Specifier::range ? defined(*frame, site.to, OPERAND(site.to)) : kNothing;
+        const Value &second =
+            site.spec.form == Specifier::range ? defined(*frame, site.to, OPERAND(site.to)) : kNothing;
         set(site.spec, container, first, second, value);
         NEXT;
     }
@@ -829,7 +872,8 @@ slowArithmetic:
     OPERATION(op_specify)
     {
         MAY_FAIL;
-        registers[pc->a] = specified(frame->function->sites[size_t(pc->c)].what, defined(*frame, pc->b, OPERAND(pc->b)));
+        registers[pc->a] =
+            specified(frame->function->sites[size_t(pc->c)].what, defined(*frame, pc->b, OPERAND(pc->b)));
         NEXT;
     }
     OPERATION(op_jump)
@@ -952,7 +996,8 @@ slowArithmetic:
         if (given.is(Kind::none)) [[unlikely]] {
             MAY_FAIL;
             // A handler that gives back what gave nothing gives nothing; a variable must be there.
-            if (pc->a >= 0 && size_t(pc->a) < frame->function->variables.size() && frame->function->variables[size_t(pc->a)] != Word::result)
+            if (pc->a >= 0 && size_t(pc->a) < frame->function->variables.size() &&
+                frame->function->variables[size_t(pc->a)] != Word::result)
                 undefinedOperand(*frame, pc->a);
         }
     }
@@ -983,7 +1028,8 @@ slowArithmetic:
     {
         MAY_FAIL;
         {
-            Value script = heap.script(frame->function->prototype->program->prototypes[size_t(pc->wide)].get());
+            Value script =
+                heap.script(frame->function->prototype->program->prototypes[size_t(pc->wide)].get());
             script.script()->outer = frame->script;
             registers[pc->a] = std::move(script);
         }
@@ -992,7 +1038,8 @@ slowArithmetic:
     OPERATION(op_newHandler)
     {
         MAY_FAIL;
-        registers[pc->a] = heap.handler(frame->function->prototype->program->functions[size_t(pc->wide)].get(), frame->script);
+        registers[pc->a] = heap.handler(
+            frame->function->prototype->program->functions[size_t(pc->wide)].get(), frame->script);
         NEXT;
     }
     OPERATION(op_log)

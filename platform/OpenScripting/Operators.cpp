@@ -103,12 +103,14 @@ Value Machine::joined(const Value &leftValue, const Value &rightValue)
 
 void Machine::joinInto(Value &front, const Value &back)
 {
-    if (front.is(Kind::text) && !back.is(Kind::list) && !back.is(Kind::record) && !back.is(Kind::script) && !back.is(Kind::reference)) {
+    if (front.is(Kind::text) && !back.is(Kind::list) && !back.is(Kind::record) && !back.is(Kind::script) &&
+        !back.is(Kind::reference)) {
         append(front, asText(back));
         return;
     }
     // Nobody else sees this list: it grows where it is.
-    if (front.is(Kind::list) && front.object()->references == 1 && back.is(Kind::list) && back.object() != front.object()) {
+    if (front.is(Kind::list) && front.object()->references == 1 && back.is(Kind::list) &&
+        back.object() != front.object()) {
         List *list = front.list();
         const size_t needed = list->items.size() + back.list()->items.size();
         if (needed > list->items.capacity()) {
@@ -127,7 +129,8 @@ bool Machine::equal(const Value &leftValue, const Value &rightValue, int depth)
     if (depth > kDeepest)
         raise(error::stackOverflow, "Stack overflow.");
     if (leftValue.is(Kind::reference) || rightValue.is(Kind::reference)) {
-        if (leftValue.is(Kind::reference) && rightValue.is(Kind::reference) && leftValue.object() == rightValue.object())
+        if (leftValue.is(Kind::reference) && rightValue.is(Kind::reference) &&
+            leftValue.object() == rightValue.object())
             return true;
         return equal(contentsOf(leftValue), contentsOf(rightValue), depth + 1);
     }
@@ -136,7 +139,8 @@ bool Machine::equal(const Value &leftValue, const Value &rightValue, int depth)
         return left.number() == right.number();
     if (left.kind() != right.kind())
         return false;
-    if (left.is(Kind::text) && left.text()->length != right.text()->length && (considering | Considering::caseCounts) == (Considering::kDefault | Considering::caseCounts))
+    if (left.is(Kind::text) && left.text()->length != right.text()->length &&
+        (considering | Considering::caseCounts) == (Considering::kDefault | Considering::caseCounts))
         return false;
     switch (left.kind()) {
     case Kind::none:
@@ -168,9 +172,11 @@ bool Machine::equal(const Value &leftValue, const Value &rightValue, int depth)
         return true;
     }
     case Kind::date: return left.date()->seconds == right.date()->seconds;
-    case Kind::file: return left.file()->path == right.file()->path && left.file()->isAlias == right.file()->isAlias;
+    case Kind::file:
+        return left.file()->path == right.file()->path && left.file()->isAlias == right.file()->isAlias;
     case Kind::application: return left.application()->name == right.application()->name;
-    case Kind::data: return left.data()->type == right.data()->type && left.data()->bytes == right.data()->bytes;
+    case Kind::data:
+        return left.data()->type == right.data()->type && left.data()->bytes == right.data()->bytes;
     default: return left.object() == right.object();
     }
 }
@@ -211,7 +217,8 @@ bool Machine::contains(const Value &wholeValue, const Value &partValue)
     if (whole.is(Kind::list)) {
         const auto &items = whole.list()->items;
         if (!part.is(Kind::list)) {
-            return std::any_of(items.begin(), items.end(), [&](const Value &item) { return equal(item, part); });
+            return std::any_of(items.begin(), items.end(),
+                               [&](const Value &item) { return equal(item, part); });
         }
         const auto &wanted = part.list()->items;
         for (size_t at = 0; at + wanted.size() <= items.size(); ++at) {
@@ -242,7 +249,9 @@ bool Machine::startsWith(const Value &wholeValue, const Value &partValue)
     if (whole.is(Kind::list)) {
         const Value wanted = part.is(Kind::list) ? part : heap.list({part});
         const auto &items = whole.list()->items, &start = wanted.list()->items;
-        return start.size() <= items.size() && std::equal(start.begin(), start.end(), items.begin(), [&](const Value &a, const Value &b) { return equal(a, b); });
+        return start.size() <= items.size() &&
+               std::equal(start.begin(), start.end(), items.begin(),
+                          [&](const Value &a, const Value &b) { return equal(a, b); });
     }
     return osa::startsWith(asText(whole).text(), asText(part).text(), considering);
 }
@@ -253,7 +262,9 @@ bool Machine::endsWith(const Value &wholeValue, const Value &partValue)
     if (whole.is(Kind::list)) {
         const Value wanted = part.is(Kind::list) ? part : heap.list({part});
         const auto &items = whole.list()->items, &end = wanted.list()->items;
-        return end.size() <= items.size() && std::equal(end.rbegin(), end.rend(), items.rbegin(), [&](const Value &a, const Value &b) { return equal(a, b); });
+        return end.size() <= items.size() &&
+               std::equal(end.rbegin(), end.rend(), items.rbegin(),
+                          [&](const Value &a, const Value &b) { return equal(a, b); });
     }
     return osa::endsWith(asText(whole).text(), asText(part).text(), considering);
 }

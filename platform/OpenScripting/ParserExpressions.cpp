@@ -13,18 +13,25 @@ namespace {
 bool isReserved(Name word)
 {
     static constexpr Name kReserved[] = {
-        Word::about, Word::above, Word::after, Word::against, Word::and_, Word::as, Word::at, Word::before, Word::begins, Word::below, Word::between, Word::but, Word::by,
-        Word::comes, Word::considering, Word::contains, Word::contain, Word::copy, Word::div, Word::does, Word::doesnt, Word::else_, Word::end, Word::ends, Word::equal, Word::equals,
-        Word::error, Word::every, Word::exit, Word::from, Word::given, Word::global, Word::greater, Word::if_, Word::ignoring, Word::in, Word::into, Word::is, Word::isnt, Word::less, Word::local,
-        Word::mod, Word::not_, Word::of, Word::on, Word::onto, Word::or_, Word::over, Word::repeat, Word::set, Word::since, Word::starts, Word::tell, Word::than, Word::that,
-        Word::then, Word::through, Word::thru, Word::times, Word::to, Word::try_, Word::under, Word::until, Word::using_, Word::where, Word::while_, Word::whose, Word::with, Word::without,
-        Word::exists};
+        Word::about,  Word::above,  Word::after,       Word::against,  Word::and_,     Word::as,
+        Word::at,     Word::before, Word::begins,      Word::below,    Word::between,  Word::but,
+        Word::by,     Word::comes,  Word::considering, Word::contains, Word::contain,  Word::copy,
+        Word::div,    Word::does,   Word::doesnt,      Word::else_,    Word::end,      Word::ends,
+        Word::equal,  Word::equals, Word::error,       Word::every,    Word::exit,     Word::from,
+        Word::given,  Word::global, Word::greater,     Word::if_,      Word::ignoring, Word::in,
+        Word::into,   Word::is,     Word::isnt,        Word::less,     Word::local,    Word::mod,
+        Word::not_,   Word::of,     Word::on,          Word::onto,     Word::or_,      Word::over,
+        Word::repeat, Word::set,    Word::since,       Word::starts,   Word::tell,     Word::than,
+        Word::that,   Word::then,   Word::through,     Word::thru,     Word::times,    Word::to,
+        Word::try_,   Word::under,  Word::until,       Word::using_,   Word::where,    Word::while_,
+        Word::whose,  Word::with,   Word::without,     Word::exists};
     return std::find(std::begin(kReserved), std::end(kReserved), word) != std::end(kReserved);
 }
 
 int64_t ordinalOf(Name word)
 {
-    static constexpr Name kOrdinals[] = {Word::first, Word::second, Word::third, Word::fourth, Word::fifth, Word::sixth, Word::seventh, Word::eighth, Word::ninth, Word::tenth};
+    static constexpr Name kOrdinals[] = {Word::first, Word::second,  Word::third,  Word::fourth, Word::fifth,
+                                         Word::sixth, Word::seventh, Word::eighth, Word::ninth,  Word::tenth};
     const auto place = std::find(std::begin(kOrdinals), std::end(kOrdinals), word);
     return place == std::end(kOrdinals) ? 0 : place - std::begin(kOrdinals) + 1;
 }
@@ -111,11 +118,13 @@ int Parser::comparison()
     };
     if (takeWord(Word::less)) {
         takeWord(Word::than);
-        return orEqual() ? (negative ? Node::greater : Node::lessEqual) : (negative ? Node::greaterEqual : Node::less);
+        return orEqual() ? (negative ? Node::greater : Node::lessEqual)
+                         : (negative ? Node::greaterEqual : Node::less);
     }
     if (takeWord(Word::greater)) {
         takeWord(Word::than);
-        return orEqual() ? (negative ? Node::less : Node::greaterEqual) : (negative ? Node::lessEqual : Node::greater);
+        return orEqual() ? (negative ? Node::less : Node::greaterEqual)
+                         : (negative ? Node::lessEqual : Node::greater);
     }
     if (takeWord(Word::equal) || takeWord(Word::equals)) {
         takeWord(Word::to);
@@ -136,7 +145,8 @@ int Parser::comparison()
         return none();
     }
     if (!negative) {
-        if (takeWords(Word::starts, Word::with) || takeWords(Word::start, Word::with) || takeWords(Word::begins, Word::with) || takeWords(Word::begin, Word::with))
+        if (takeWords(Word::starts, Word::with) || takeWords(Word::start, Word::with) ||
+            takeWords(Word::begins, Word::with) || takeWords(Word::begin, Word::with))
             return Node::startsWith;
         if (takeWords(Word::ends, Word::with) || takeWords(Word::end, Word::with))
             return Node::endsWith;
@@ -148,9 +158,11 @@ int Parser::comparison()
 Node *Parser::assertion(Node *left, int op)
 {
     const Token &before = tokens_[at_ - 1];
-    const bool copula = before.type == Token::word && (before.name == Word::is || before.name == Word::isnt || before.name == Word::not_);
+    const bool copula = before.type == Token::word &&
+                        (before.name == Word::is || before.name == Word::isnt || before.name == Word::not_);
     const bool truth = isWord(Word::running) || isWord(Word::frontmost);
-    if (!copula || !truth || (op != Node::equal && op != Node::unequal) || isWord(Word::of, 1) || isWord(Word::in, 1) || declared_.count(peek().name))
+    if (!copula || !truth || (op != Node::equal && op != Node::unequal) || isWord(Word::of, 1) ||
+        isWord(Word::in, 1) || declared_.count(peek().name))
         return nullptr;
     Node *node = make(Node::specifier, left->range);
     node->spec = {Specifier::property, peek().name, 0};
@@ -199,7 +211,9 @@ uint32_t Parser::typeCode()
                 size_t ahead = 0;
                 while (ahead < term.words.size() && isWord(term.words[ahead], ahead))
                     ++ahead;
-                if (ahead != term.words.size() || (term.kind != Term::type && term.kind != Term::element && term.kind != Term::property && term.kind != Term::constant))
+                if (ahead != term.words.size() ||
+                    (term.kind != Term::type && term.kind != Term::element && term.kind != Term::property &&
+                     term.kind != Term::constant))
                     continue;
                 at_ += ahead;
                 return term.code;
@@ -305,7 +319,9 @@ Node *Parser::unary()
     node->a = unary();
     if (node->a->kind == Node::literal && node->a->value.isNumber()) {
         const Value &number = node->a->value;
-        return finished(literal(number.is(Kind::integer) ? Value::of(-number.integer()) : Value::of(-number.real()), node->range));
+        return finished(
+            literal(number.is(Kind::integer) ? Value::of(-number.integer()) : Value::of(-number.real()),
+                    node->range));
     }
     return finished(node);
 }
@@ -318,7 +334,8 @@ Node *Parser::referring()
     const Level level(*this);
     Node *node = primary();
     const auto takesContainer = [](const Node *one) {
-        return !one->a && (one->kind == Node::specifier || one->kind == Node::variable || one->kind == Node::call || one->kind == Node::labelledCall);
+        return !one->a && (one->kind == Node::specifier || one->kind == Node::variable ||
+                           one->kind == Node::call || one->kind == Node::labelledCall);
     };
     const auto contain = [&](Node *inner, Node *container) {
         if (inner->kind == Node::variable) {
@@ -370,11 +387,14 @@ const Term *Parser::term(bool) const
         if (ahead > 1)
             return &term;
         const Token &next = peek(1);
-        if (next.type == Token::symbol && next.symbolCode == '(' && !next.spaceBefore && term.kind != Term::element && term.kind != Term::elements && term.kind != Term::command)
+        if (next.type == Token::symbol && next.symbolCode == '(' && !next.spaceBefore &&
+            term.kind != Term::element && term.kind != Term::elements && term.kind != Term::command)
             return nullptr;  // a handler of that name
         if (declared_.count(peek().name)) {
             const bool told = applicationsTold_ > 0 && term.kind == Term::property;
-            const bool counted = (term.kind == Term::element || term.kind == Term::elements) && (next.type == Token::number || (next.type == Token::word && next.name == Word::of));
+            const bool counted =
+                (term.kind == Term::element || term.kind == Term::elements) &&
+                (next.type == Token::number || (next.type == Token::word && next.name == Word::of));
             if (!told && !counted)
                 return nullptr;
         }
@@ -396,7 +416,10 @@ bool Parser::startsOperand(size_t ahead) const
     case Token::number:
     case Token::string:
     case Token::barred: return true;
-    case Token::symbol: return token.symbolCode == '(' || token.symbolCode == '{' || (token.symbolCode == '-' && token.spaceBefore && !peek(ahead + 1).spaceBefore && peek(ahead + 1).type != Token::newline);
+    case Token::symbol:
+        return token.symbolCode == '(' || token.symbolCode == '{' ||
+               (token.symbolCode == '-' && token.spaceBefore && !peek(ahead + 1).spaceBefore &&
+                peek(ahead + 1).type != Token::newline);
     case Token::raw: return true;
     case Token::word: return !isReserved(token.name);
     default: return false;
@@ -543,7 +566,10 @@ Node *Parser::rawTerm()
     std::string content;
     for (size_t i = 0; i < text->length; ++i)
         content += char((*text)[i] < 0x100 ? (*text)[i] : '?');
-    const auto fourAt = [&](size_t at) { return uint32_t(uint8_t(content[at])) << 24 | uint32_t(uint8_t(content[at + 1])) << 16 | uint32_t(uint8_t(content[at + 2])) << 8 | uint8_t(content[at + 3]); };
+    const auto fourAt = [&](size_t at) {
+        return uint32_t(uint8_t(content[at])) << 24 | uint32_t(uint8_t(content[at + 1])) << 16 |
+               uint32_t(uint8_t(content[at + 2])) << 8 | uint8_t(content[at + 3]);
+    };
     const Range range = token.range;
     ++at_;
     if (content.starts_with("class ") && content.size() == 10)
@@ -554,7 +580,8 @@ Node *Parser::rawTerm()
         std::string bytes;
         for (size_t i = 9; i < content.size(); i += 2) {
             unsigned byte = 0;
-            if (!std::isxdigit(uint8_t(content[i])) || std::sscanf(content.substr(i, 2).c_str(), "%2x", &byte) != 1)
+            if (!std::isxdigit(uint8_t(content[i])) ||
+                std::sscanf(content.substr(i, 2).c_str(), "%2x", &byte) != 1)
                 fail("Expected “»” but found unknown token.", range);
             bytes += char(byte);
         }
@@ -595,7 +622,10 @@ bool Parser::labelAhead(const char *label) const
     return true;
 }
 
-void Parser::takeLabel(const char *label) { at_ += 1 + size_t(std::count(label, label + std::strlen(label), ' ')); }
+void Parser::takeLabel(const char *label)
+{
+    at_ += 1 + size_t(std::count(label, label + std::strlen(label), ' '));
+}
 
 /// `do shell script "ls" without altering line endings`
 Node *Parser::commandCall(const Command &command, Range start)
@@ -610,15 +640,19 @@ Node *Parser::commandCall(const Command &command, Range start)
         return nullptr;
     };
     const auto argument = [&](const CommandParameter *parameter) {
-        const bool hasIn = std::any_of(command.parameters.begin(), command.parameters.end(), [](const CommandParameter &one) { return !std::strcmp(one.label, "in"); });
-        const bool in = std::exchange(inIsParameter_, inIsParameter_ || hasIn), of = std::exchange(ofIsParameter_, false);
+        const bool hasIn =
+            std::any_of(command.parameters.begin(), command.parameters.end(),
+                        [](const CommandParameter &one) { return !std::strcmp(one.label, "in"); });
+        const bool in = std::exchange(inIsParameter_, inIsParameter_ || hasIn),
+                   of = std::exchange(ofIsParameter_, false);
         Node *value;
         if (parameter && !std::strcmp(parameter->label, "as")) {
             const Range range = peek().range;
             value = literal({}, range);
             const uint32_t code = typeCode();
             const bool isConstant = typeName(code).starts_with("«class");
-            value->value = isConstant && constantName(code)[0] != '\xC2' ? Value::constant(code) : Value::type(code);
+            value->value =
+                isConstant && constantName(code)[0] != '\xC2' ? Value::constant(code) : Value::type(code);
         } else {
             value = joining();
         }
@@ -722,7 +756,9 @@ Node *Parser::termPrimary(const Term &term)
         }
         if (term.name == Word::pi)
             return literal(Value::of(3.14159265358979323846), start);
-        if (term.name == Word::class_ && !isWord(Word::of) && !(at_ >= words + 1 && tokens_[at_ - words - 1].type == Token::symbol && tokens_[at_ - words - 1].symbolCode == Token::possessive))
+        if (term.name == Word::class_ && !isWord(Word::of) &&
+            !(at_ >= words + 1 && tokens_[at_ - words - 1].type == Token::symbol &&
+              tokens_[at_ - words - 1].symbolCode == Token::possessive))
             return literal(Value::type(type::type_), start);
         Node *node = make(Node::specifier, start);
         node->spec = {Specifier::property, term.name, 0};
@@ -739,8 +775,10 @@ Node *Parser::termPrimary(const Term &term)
             node->a = primary();
             return finished(node);
         }
-        const bool asType = term.kind == Term::element && !startsOperand(words) && !isWord(Word::from, words) && !isWord(Word::of, words) && !isWord(Word::in, words) &&
-                            !isWord(Word::named, words) && !isWord(Word::id, words);
+        const bool asType = term.kind == Term::element && !startsOperand(words) &&
+                            !isWord(Word::from, words) && !isWord(Word::of, words) &&
+                            !isWord(Word::in, words) && !isWord(Word::named, words) &&
+                            !isWord(Word::id, words);
         if (!asType) {
             if (term.code == type::number && isWord(Word::of, words))
                 return countOf();
@@ -751,9 +789,11 @@ Node *Parser::termPrimary(const Term &term)
     }
     case Term::type:
         at_ += words;
-        if (term.code == type::application || term.code == type::oldFile || term.code == type::alias || term.code == type::file) {
+        if (term.code == type::application || term.code == type::oldFile || term.code == type::alias ||
+            term.code == type::file) {
             takeWord(Word::id);
-            if (startsOperand() && (peek().type == Token::string || peek().type == Token::barred || isSymbol('(') || peek().type == Token::word)) {
+            if (startsOperand() && (peek().type == Token::string || peek().type == Token::barred ||
+                                    isSymbol('(') || peek().type == Token::word)) {
                 Node *node = make(Node::specify, start);
                 node->code = term.code;
                 node->a = operand();
@@ -761,9 +801,7 @@ Node *Parser::termPrimary(const Term &term)
             }
         }
         return literal(Value::type(term.code), start);
-    case Term::constant:
-        at_ += words;
-        return literal(Value::constant(term.code), start);
+    case Term::constant: at_ += words; return literal(Value::constant(term.code), start);
     case Term::command: at_ += words; return commandCall(*term.verb, start);
     }
     at_ += words;
@@ -813,7 +851,8 @@ Node *Parser::wordPrimary()
                 node->kind = Node::specifier;
                 node->spec = {Specifier::property, node->name, 0};
             }
-            if (node->a || (node->kind != Node::specifier && node->kind != Node::call && node->kind != Node::labelledCall))
+            if (node->a || (node->kind != Node::specifier && node->kind != Node::call &&
+                            node->kind != Node::labelledCall))
                 fail("Expected a property, element or handler call after “my”.", node->range);
             node->a = owner;
             return finished(node);
@@ -838,13 +877,16 @@ Node *Parser::wordPrimary()
         case Word::every: ++at_; return ordinalSpecifier(Specifier::every, nullptr);
         case Word::some: ++at_; return ordinalSpecifier(Specifier::some, nullptr);
         case Word::middle: ++at_; return ordinalSpecifier(Specifier::middle, nullptr);
-        case Word::last: ++at_; return ordinalSpecifier(Specifier::index, literal(Value::of(int64_t(-1)), start));
+        case Word::last:
+            ++at_;
+            return ordinalSpecifier(Specifier::index, literal(Value::of(int64_t(-1)), start));
         case Word::front:
         case Word::back:
         case Word::beginning:
         case Word::end: {
             const bool first = token.name == Word::front || token.name == Word::beginning;
-            if (isWord(Word::of, 1) || isWord(Word::in, 1) || token.name == Word::beginning || token.name == Word::end) {
+            if (isWord(Word::of, 1) || isWord(Word::in, 1) || token.name == Word::beginning ||
+                token.name == Word::end) {
                 ++at_;
                 Node *node = make(Node::specifier, start);
                 node->spec = {first ? Specifier::beginning : Specifier::end, token.name, 0};
@@ -866,7 +908,8 @@ Node *Parser::wordPrimary()
         case Word::ref:
         case Word::reference: {
             const size_t ahead = token.name == Word::a ? 1 : 0;
-            if ((isWord(Word::reference, ahead) || isWord(Word::ref, ahead)) && (isWord(Word::to, ahead + 1) || startsOperand(ahead + 1))) {
+            if ((isWord(Word::reference, ahead) || isWord(Word::ref, ahead)) &&
+                (isWord(Word::to, ahead + 1) || startsOperand(ahead + 1))) {
                 at_ += ahead + 1;
                 takeWord(Word::to);
                 Node *node = make(Node::referenceTo, start);
@@ -880,7 +923,8 @@ Node *Parser::wordPrimary()
     }
     if (isCall && !declared_.count(token.name)) {
         const Term *found = term();
-        if (!found || (found->kind != Term::element && found->kind != Term::elements && found->kind != Term::command && found->kind != Term::type)) {
+        if (!found || (found->kind != Term::element && found->kind != Term::elements &&
+                       found->kind != Term::command && found->kind != Term::type)) {
             Node *node = make(Node::call, start);
             node->name = token.name;
             ++at_;
@@ -893,7 +937,8 @@ Node *Parser::wordPrimary()
         ++at_;
         return arguments(node);
     }
-    if (labelledHandlers_.count(token.name) && token.name != Word::open && token.name != Word::run && token.name != Word::quit && !declared)
+    if (labelledHandlers_.count(token.name) && token.name != Word::open && token.name != Word::run &&
+        token.name != Word::quit && !declared)
         return labelled(token.name, nullptr);
     if (const Term *found = term())
         return termPrimary(*found);

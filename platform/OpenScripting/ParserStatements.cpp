@@ -8,12 +8,17 @@ namespace tarvik::osa {
 namespace {
 
 constexpr size_t kDeepest = 200;
-constexpr Name kLabels[] = {Word::about, Word::above, Word::against, Word::around, Word::at, Word::below, Word::beneath, Word::beside, Word::between, Word::by,
-                            Word::for_, Word::from, Word::into, Word::on, Word::onto, Word::over, Word::since, Word::thru, Word::through, Word::under};
+constexpr Name kLabels[] = {Word::about, Word::above,   Word::against, Word::around,  Word::at,
+                            Word::below, Word::beneath, Word::beside,  Word::between, Word::by,
+                            Word::for_,  Word::from,    Word::into,    Word::on,      Word::onto,
+                            Word::over,  Word::since,   Word::thru,    Word::through, Word::under};
 
 }  // namespace
 
-bool isParameterLabel(Name word) { return std::find(std::begin(kLabels), std::end(kLabels), word) != std::end(kLabels); }
+bool isParameterLabel(Name word)
+{
+    return std::find(std::begin(kLabels), std::end(kLabels), word) != std::end(kLabels);
+}
 
 Parser::Level::Level(Parser &parser) : parser(parser)
 {
@@ -44,17 +49,22 @@ void Parser::collectDeclared()
     bool lineStart = true;
     std::vector<bool> tells;  // of applications?
     bool tellsOnLine = false;
-    const bool hasBareEnd = std::adjacent_find(tokens_.begin(), tokens_.end(), [](const Token &one, const Token &next) {
-                                return one.type == Token::word && one.name == Word::end && next.type == Token::newline;
-                            }) != tokens_.end();  // then a `tell` may end without saying so
+    const bool hasBareEnd =
+        std::adjacent_find(tokens_.begin(), tokens_.end(), [](const Token &one, const Token &next) {
+            return one.type == Token::word && one.name == Word::end && next.type == Token::newline;
+        }) != tokens_.end();  // then a `tell` may end without saying so
     const auto isProperty = [&](const Token &token) {
         const auto *terms = token.type == Token::word ? vocabulary_.startingWith(token.name) : nullptr;
-        return terms && std::any_of(terms->begin(), terms->end(), [](const Term &term) { return term.kind == Term::property && term.words.size() == 1; });
+        return terms && std::any_of(terms->begin(), terms->end(), [](const Term &term) {
+                   return term.kind == Term::property && term.words.size() == 1;
+               });
     };
     const auto beginTell = [&](size_t at) {
-        const bool application = tokens_[at + 1].type == Token::word && tokens_[at + 1].name == Word::application && !hasBareEnd;
+        const bool application =
+            tokens_[at + 1].type == Token::word && tokens_[at + 1].name == Word::application && !hasBareEnd;
         size_t end = at;
-        while (end < tokens_.size() && tokens_[end].type != Token::newline && !(tokens_[end].type == Token::word && tokens_[end].name == Word::to))
+        while (end < tokens_.size() && tokens_[end].type != Token::newline &&
+               !(tokens_[end].type == Token::word && tokens_[end].name == Word::to))
             ++end;
         if (end < tokens_.size() && tokens_[end].type == Token::word)
             tellsOnLine = application;
@@ -80,7 +90,8 @@ void Parser::collectDeclared()
             case Word::set:
                 if ((tellsOnLine || (!tells.empty() && tells.back())) && isProperty(next))
                     break;
-                if (next.type == Token::word && i + 2 < tokens_.size() && tokens_[i + 2].type == Token::word && tokens_[i + 2].name == Word::to)
+                if (next.type == Token::word && i + 2 < tokens_.size() &&
+                    tokens_[i + 2].type == Token::word && tokens_[i + 2].name == Word::to)
                     declares(i + 1);
                 break;
             case Word::property:
@@ -103,13 +114,15 @@ void Parser::collectDeclared()
             case Word::to:
                 if (!lineStart || next.type != Token::word || next.name == Word::error)
                     break;
-                if (i + 2 < tokens_.size() && tokens_[i + 2].type == Token::symbol && tokens_[i + 2].symbolCode == '(') {
+                if (i + 2 < tokens_.size() && tokens_[i + 2].type == Token::symbol &&
+                    tokens_[i + 2].symbolCode == '(') {
                     for (size_t k = i + 3; k < tokens_.size() && tokens_[k].type != Token::newline; ++k)
                         declares(k);
                 } else if (i + 2 < tokens_.size() && tokens_[i + 2].type != Token::newline) {
                     labelledHandlers_.insert(next.name);
                     for (size_t k = i + 2; k < tokens_.size() && tokens_[k].type != Token::newline; ++k) {
-                        if (tokens_[k].type == Token::word && !isParameterLabel(tokens_[k].name) && tokens_[k].name != Word::of && tokens_[k].name != Word::given)
+                        if (tokens_[k].type == Token::word && !isParameterLabel(tokens_[k].name) &&
+                            tokens_[k].name != Word::of && tokens_[k].name != Word::given)
                             declares(k);
                     }
                 }
@@ -121,7 +134,9 @@ void Parser::collectDeclared()
         tellsOnLine = tellsOnLine && !lineStart;
     }
     // The words of the grammar stay what they are.
-    for (const Name word : {Word::the, Word::it, Word::me, Word::my, Word::to, Word::of, Word::in, Word::end, Word::beginning, Word::true_, Word::false_, Word::item, Word::text, Word::given, Word::date})
+    for (const Name word :
+         {Word::the, Word::it, Word::me, Word::my, Word::to, Word::of, Word::in, Word::end, Word::beginning,
+          Word::true_, Word::false_, Word::item, Word::text, Word::given, Word::date})
         declared_.erase(word);
 }
 
@@ -166,7 +181,10 @@ void Parser::fail(const std::string &message, Range range)
     throw failure;
 }
 
-void Parser::expected(const std::string &what) { fail("Expected " + what + " but found " + found(peek()) + ".", peek().range); }
+void Parser::expected(const std::string &what)
+{
+    fail("Expected " + what + " but found " + found(peek()) + ".", peek().range);
+}
 
 bool Parser::takeWord(Name word)
 {
@@ -268,7 +286,8 @@ Node *Parser::statement()
     if (peek().type == Token::word) {
         switch (peek().name) {
         case Word::set:
-            if (!isWord(Word::the, 1) || !(peek(2).type == Token::word && heap_.names.spelling(peek(2).name) == "clipboard")) {
+            if (!isWord(Word::the, 1) ||
+                !(peek(2).type == Token::word && heap_.names.spelling(peek(2).name) == "clipboard")) {
                 if (peek(1).type == Token::word && heap_.names.find("eof") == peek(1).name)
                     break;
                 return setStatement();
@@ -304,7 +323,9 @@ Node *Parser::statement()
         case Word::property:
         case Word::prop: return propertyDeclaration();
         case Word::script:
-            if (peek(1).type == Token::newline || ((peek(1).type == Token::word || peek(1).type == Token::barred) && peek(2).type == Token::newline))
+            if (peek(1).type == Token::newline ||
+                ((peek(1).type == Token::word || peek(1).type == Token::barred) &&
+                 peek(2).type == Token::newline))
                 return scriptObject();
             break;
         case Word::on:
@@ -510,7 +531,9 @@ Node *Parser::trial()
             pattern->name = declaredName();
             return pattern;
         };
-        const auto isLabel = [&] { return isWord(Word::number) || isWord(Word::from) || isWord(Word::partial) || isWord(Word::to); };
+        const auto isLabel = [&] {
+            return isWord(Word::number) || isWord(Word::from) || isWord(Word::partial) || isWord(Word::to);
+        };
         if (!endOfLine() && !isLabel())
             node->kids[0] = variable();
         while (!endOfLine()) {
@@ -541,7 +564,8 @@ Node *Parser::failure()
     Node *node = make(Node::failure);
     ++at_;
     node->kids.assign(5, nullptr);
-    if (!endOfLine() && !isWord(Word::number) && !isWord(Word::from) && !isWord(Word::partial) && !isWord(Word::to))
+    if (!endOfLine() && !isWord(Word::number) && !isWord(Word::from) && !isWord(Word::partial) &&
+        !isWord(Word::to))
         node->kids[0] = expression();
     while (!endOfLine()) {
         if (takeWord(Word::number))
@@ -596,7 +620,8 @@ Node *Parser::consider()
     }
     endLine();
     node->b = body(&Parser::atEnd);
-    closeBlock(considering ? "considering" : "ignoring", {considering ? Name(Word::considering) : Name(Word::ignoring)});
+    closeBlock(considering ? "considering" : "ignoring",
+               {considering ? Name(Word::considering) : Name(Word::ignoring)});
     return finished(node);
 }
 
@@ -671,7 +696,8 @@ Node *Parser::handler()
     ++at_;
     if (!endOfLine() && (peek().type == Token::word || peek().type == Token::barred)) {
         if (peek().name != node->name)
-            fail("Expected “" + heap_.names.spelling(node->name) + "” but found " + found(peek()) + ".", peek().range);
+            fail("Expected “" + heap_.names.spelling(node->name) + "” but found " + found(peek()) + ".",
+                 peek().range);
         ++at_;
     }
     return finished(node);

@@ -8,9 +8,11 @@ namespace tarvik::osa {
 
 namespace {
 
-constexpr uint32_t kMonths[] = {code("jan "), code("feb "), code("mar "), code("apr "), code("may "), code("jun "),
-                                code("jul "), code("aug "), code("sep "), code("oct "), code("nov "), code("dec ")};
-constexpr uint32_t kDays[] = {code("sun "), code("mon "), code("tue "), code("wed "), code("thu "), code("fri "), code("sat ")};
+constexpr uint32_t kMonths[] = {code("jan "), code("feb "), code("mar "), code("apr "),
+                                code("may "), code("jun "), code("jul "), code("aug "),
+                                code("sep "), code("oct "), code("nov "), code("dec ")};
+constexpr uint32_t kDays[] = {code("sun "), code("mon "), code("tue "), code("wed "),
+                              code("thu "), code("fri "), code("sat ")};
 
 uint32_t classOf(const Value &value)
 {
@@ -98,14 +100,17 @@ Value Machine::property(const Value &original, Name name)
         const ScriptObject *script = value.script();
         for (int steps = 0; script && steps < 1000; ++steps) {
             if (name == Word::parent)
-                return script->parent ? script->parent : script->outer ? script->outer : Value::type(code("ascr"));
+                return script->parent  ? script->parent
+                       : script->outer ? script->outer
+                                       : Value::type(code("ascr"));
             if (const int slot = script->prototype->slotOf(name); slot >= 0) {
                 const Value &held = script->slots[size_t(slot)];
                 if (!held)
                     raise(error::undefined, "The variable " + displayName(name) + " is not defined.");
                 return held;
             }
-            if (const auto handler = script->prototype->handlers.find(name); handler != script->prototype->handlers.end())
+            if (const auto handler = script->prototype->handlers.find(name);
+                handler != script->prototype->handlers.end())
                 return heap.handler(handler->second, Value::retain(const_cast<ScriptObject *>(script)));
             const Value &next = script->parent ? script->parent : script->outer;
             script = next.is(Kind::script) ? next.script() : nullptr;
@@ -152,7 +157,9 @@ Value Machine::property(const Value &original, Name name)
         if (value.is(Kind::file))
             return heap.text(lastPart(value.file()->path));
         if (value.is(Kind::script))
-            return value.script()->prototype->name ? heap.text(heap.names.spelling(value.script()->prototype->name)) : heap.text(host.programName());
+            return value.script()->prototype->name
+                       ? heap.text(heap.names.spelling(value.script()->prototype->name))
+                       : heap.text(host.programName());
         if (value.is(Kind::type) && value.code() == code("ascr"))
             return heap.text("AppleScript");
         break;
@@ -197,7 +204,8 @@ void Machine::setProperty(const Value &original, Name name, const Value &newValu
             const Reference *reference = original.reference();
             return set(reference->specifier, reference->container, reference->from, reference->to, newValue);
         }
-        raise(error::cantAssign, "Can’t set contents of " + display(original) + " to " + display(newValue) + ".", original);
+        raise(error::cantAssign,
+              "Can’t set contents of " + display(original) + " to " + display(newValue) + ".", original);
     }
     Value value = original;
     if (value.is(Kind::reference)) {
@@ -205,7 +213,8 @@ void Machine::setProperty(const Value &original, Name name, const Value &newValu
         while (root->is(Kind::reference))
             root = &root->reference()->container;
         if (root->is(Kind::application))
-            return host.setApplicationProperty(*this, heap.reference({Specifier::property, name, 0}, value), newValue);
+            return host.setApplicationProperty(*this, heap.reference({Specifier::property, name, 0}, value),
+                                               newValue);
         value = contentsOf(value);
     }
     switch (value.kind()) {
@@ -229,11 +238,14 @@ void Machine::setProperty(const Value &original, Name name, const Value &newValu
             return;
         }
         break;
-    case Kind::application: return host.setApplicationProperty(*this, heap.reference({Specifier::property, name, 0}, value), newValue);
+    case Kind::application:
+        return host.setApplicationProperty(*this, heap.reference({Specifier::property, name, 0}, value),
+                                           newValue);
     case Kind::date: {
         DateParts parts = partsOf(value.date()->seconds);
         const Value wanted = contentsOf(newValue);
-        const int64_t n = wanted.is(Kind::constant) ? numberOfConstant(wanted.code()).value_or(0) : whole(wanted);
+        const int64_t n =
+            wanted.is(Kind::constant) ? numberOfConstant(wanted.code()).value_or(0) : whole(wanted);
         if (std::abs(n) > 1000000)
             raise(error::overflow, messageFor(error::overflow));
         switch (name) {
@@ -244,14 +256,20 @@ void Machine::setProperty(const Value &original, Name name, const Value &newValu
         case Word::minutes: parts.minute = int(n); break;
         case Word::seconds: parts.second = int(n); break;
         case Word::time: parts.hour = parts.minute = 0, parts.second = int(n); break;
-        default: raise(error::cantAssign, "Can’t set " + displayName(name) + " of " + display(value) + " to " + display(newValue) + ".", value);
+        default:
+            raise(error::cantAssign,
+                  "Can’t set " + displayName(name) + " of " + display(value) + " to " + display(newValue) +
+                      ".",
+                  value);
         }
         value.date()->seconds = secondsOf(parts);
         return;
     }
     default: break;
     }
-    raise(value.is(Kind::script) ? int32_t(error::notFound) : int32_t(error::cantAssign), "Can’t set " + displayName(name) + " of " + display(value) + " to " + display(newValue) + ".", value);
+    raise(value.is(Kind::script) ? int32_t(error::notFound) : int32_t(error::cantAssign),
+          "Can’t set " + displayName(name) + " of " + display(value) + " to " + display(newValue) + ".",
+          value);
 }
 
 }  // namespace tarvik::osa

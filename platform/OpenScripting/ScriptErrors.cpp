@@ -9,7 +9,10 @@ void raise(int32_t number, std::string message, Value offending)
     throw failure;
 }
 
-void raiseCantGet(const std::string &what, Value offending) { raise(error::notFound, "Can’t get " + what + ".", std::move(offending)); }
+void raiseCantGet(const std::string &what, Value offending)
+{
+    raise(error::notFound, "Can’t get " + what + ".", std::move(offending));
+}
 
 std::string messageFor(int32_t number)
 {

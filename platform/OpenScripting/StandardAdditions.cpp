@@ -47,7 +47,8 @@ Value shellScript(Machine &machine, const Invocation &invocation)
     plan.streams[2] = errors.in.get();
     platform::ChildProcess child;
     if (const int failure = child.spawn(plan))
-        raise(failure == E2BIG ? 255 : failure, "The command could not be started: " + std::string(strerror(failure)));
+        raise(failure == E2BIG ? 255 : failure,
+              "The command could not be started: " + std::string(strerror(failure)));
     output.in.reset();
     errors.in.reset();
     std::string texts[2];
@@ -108,10 +109,13 @@ Value randomNumber(Machine &machine, const Invocation &invocation)
     if (!from && !to && !invocation.direct)
         return Value::of(std::uniform_real_distribution<double>(0, 1)(machine.random));
     const Value low = from ? machine.asNumber(*from) : Value::of(int64_t(0));
-    const Value high = to ? machine.asNumber(*to) : invocation.direct ? machine.asNumber(invocation.direct) : Value::of(int64_t(1));
+    const Value high = to                  ? machine.asNumber(*to)
+                       : invocation.direct ? machine.asNumber(invocation.direct)
+                                           : Value::of(int64_t(1));
     const double least = std::min(low.number(), high.number()), most = std::max(low.number(), high.number());
     if (low.is(Kind::integer) && high.is(Kind::integer))
-        return Value::of(std::uniform_int_distribution<int64_t>(int64_t(least), int64_t(most))(machine.random));
+        return Value::of(
+            std::uniform_int_distribution<int64_t>(int64_t(least), int64_t(most))(machine.random));
     return Value::of(std::uniform_real_distribution<double>(least, most)(machine.random));
 }
 
@@ -144,13 +148,15 @@ Value offsetOf(Machine &machine, const Invocation &invocation)
 
 void delay(Machine &machine, double seconds)
 {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(std::clamp(seconds, 0.0, 1e9));
+    const auto end =
+        std::chrono::steady_clock::now() + std::chrono::duration<double>(std::clamp(seconds, 0.0, 1e9));
     for (;;) {
         machine.poll();
         const auto now = std::chrono::steady_clock::now();
         if (now >= end)
             return;
-        std::this_thread::sleep_for(std::min<std::chrono::duration<double>>(end - now, std::chrono::milliseconds(50)));
+        std::this_thread::sleep_for(
+            std::min<std::chrono::duration<double>>(end - now, std::chrono::milliseconds(50)));
     }
 }
 
@@ -191,7 +197,9 @@ Value readFile(Machine &machine, const Invocation &invocation)
     };
     if (const auto from = number(code("from")))
         file->position = *from < 0 ? std::max<int64_t>(0, length + *from) : std::max<int64_t>(0, *from - 1);
-    int64_t count = length > file->position ? length - file->position : file->position == 0 ? INT64_MAX / 2 : 0;
+    int64_t count = length > file->position ? length - file->position
+                    : file->position == 0   ? INT64_MAX / 2
+                                            : 0;
     if (const auto to = number(code("to  ")))
         count = (*to < 0 ? length + *to + 1 : *to) - file->position;
     if (const auto exactly = number(code("for ")))
@@ -212,7 +220,8 @@ Value readFile(Machine &machine, const Invocation &invocation)
     if (const Value *delimiter = invocation.parameter(code("deli"))) {
         const Value text = machine.heap.text(bytes);
         Value parts = machine.heap.list();
-        for (const auto &[from, to] : textItemsOf(text.text(), machine.contentsOf(*delimiter), Considering::kDefault | Considering::caseCounts))
+        for (const auto &[from, to] : textItemsOf(text.text(), machine.contentsOf(*delimiter),
+                                                  Considering::kDefault | Considering::caseCounts))
             parts.list()->items.push_back(part(text, from, to - from));
         auto &items = parts.list()->items;
         if (!items.empty() && !items.back().text()->length)
@@ -256,7 +265,8 @@ Value writeFile(Machine &machine, const Invocation &invocation)
         if (at.is(Kind::constant) && at.code() == code("eof "))
             file->position = length;
         else
-            file->position = std::max<int64_t>(0, machine.whole(at) < 0 ? length + machine.whole(at) + 1 : machine.whole(at) - 1);
+            file->position = std::max<int64_t>(0, machine.whole(at) < 0 ? length + machine.whole(at) + 1
+                                                                        : machine.whole(at) - 1);
     }
     FileAccess::write(*file, bytes);
     return {};
@@ -295,7 +305,8 @@ Value pathTo(Machine &machine, const Invocation &invocation)
         found = machine.host.folder(type::script, false, false);
     }
     if (found.empty())
-        raise(error::noSuchFile, "Can’t make " + machine.display(what) + " into a path: there is no such folder.", what);
+        raise(error::noSuchFile,
+              "Can’t make " + machine.display(what) + " into a path: there is no such folder.", what);
     const Value *as = invocation.parameter(code("rtyp"));
     const Value file = machine.alias(found);
     return as ? machine.coerced(file, as->code()) : file;
@@ -318,18 +329,24 @@ Value Machine::command(const Invocation &invocation)
         const Value direct = invocation.direct.is(Kind::application) ? invocation.direct : Value();
         if (direct)
             target = direct;
-        const uint32_t eventClass = known ? code("aevt") : invocation.site.eventClass, eventID = known ? known->id : invocation.site.eventID;
+        const uint32_t eventClass = known ? code("aevt") : invocation.site.eventClass,
+                       eventID = known ? known->id : invocation.site.eventID;
         if (target.is(Kind::script)) {
             // A script's own handlers come first.
             if (known) {
                 const Name handler = heap.names.of(known->phrase);
                 if (responds(target, handler))
-                    return call(target, handler, invocation.direct ? std::vector<Value>{invocation.direct} : std::vector<Value>{});
+                    return call(target, handler,
+                                invocation.direct ? std::vector<Value>{invocation.direct}
+                                                  : std::vector<Value>{});
             }
             target = heap.application("");
         }
         if (!target.is(Kind::application))
-            raise(error::notUnderstood, display(target) + " doesn’t understand the “" + (known ? known->phrase : "«event»") + "” message.", target);
+            raise(error::notUnderstood,
+                  display(target) + " doesn’t understand the “" + (known ? known->phrase : "«event»") +
+                      "” message.",
+                  target);
         return host.sendEvent(*this, target.application()->name, eventClass, eventID, invocation);
     }
     host.permit(*known);
@@ -343,7 +360,8 @@ Value Machine::command(const Invocation &invocation)
     case code("rtph"): return pathTo(*this, invocation);
     case code("read"): return readFile(*this, invocation);
     case code("writ"): return writeFile(*this, invocation);
-    case code("open"): return Value::of(files().open(path(invocation.direct), invocation.flag(code("perm"), false)));
+    case code("open"):
+        return Value::of(files().open(path(invocation.direct), invocation.flag(code("perm"), false)));
     case code("clos"): {
         const Value file = contentsOf(invocation.direct);
         if (file.is(Kind::integer))
@@ -354,7 +372,9 @@ Value Machine::command(const Invocation &invocation)
     }
     case code("geof"): return endOfFile(*this, invocation, false);
     case code("seof"): return endOfFile(*this, invocation, true);
-    case code("ntoc"): return get({Specifier::id, Word::character, type::character}, Value::missing(), invocation.direct, {});
+    case code("ntoc"):
+        return get({Specifier::id, Word::character, type::character}, Value::missing(), invocation.direct,
+                   {});
     case code("cton"): {
         const Value text = asText(invocation.direct);
         if (!text.text()->length)

@@ -21,9 +21,9 @@ locale_t unicode()
 constexpr size_t kLongest = size_t(1) << 28;  // characters
 
 // The plain letters of U+00C0 ... U+017F; a space: the character stands for itself.
-constexpr char kPlain[] =
-    "AAAAAA CEEEEIIII NOOOOO OUUUUY  aaaaaa ceeeeiiii nooooo ouuuuy y"
-    "AaAaAaCcCcCcCcDdDdEeEeEeEeEeGgGgGgGgHhHhIiIiIiIiIi  JjKk LlLlLlLlLlNnNnNn   OoOoOo  RrRrRrSsSsSsSsTtTtTtUuUuUuUuUuUuWwYyYZzZzZz ";
+constexpr char kPlain[] = "AAAAAA CEEEEIIII NOOOOO OUUUUY  aaaaaa ceeeeiiii nooooo ouuuuy y"
+                          "AaAaAaCcCcCcCcDdDdEeEeEeEeEeGgGgGgGgHhHhIiIiIiIiIi  JjKk LlLlLlLlLlNnNnNn   "
+                          "OoOoOo  RrRrRrSsSsSsSsTtTtTtUuUuUuUuUuUuWwYyYZzZzZz ";
 
 char32_t withoutMarks(char32_t c)
 {
@@ -35,9 +35,17 @@ char32_t withoutMarks(char32_t c)
 static_assert(sizeof kPlain - 1 == 0x180 - 0xC0);
 
 bool isHyphen(char32_t c) { return c == '-' || c == 0xAD || (c >= 0x2010 && c <= 0x2015) || c == 0x2212; }
-bool isSpace(char32_t c) { return c == ' ' || (c >= 9 && c <= 13) || c == 0xA0 || c == 0x2028 || c == 0x2029 || (c >= 0x2000 && c <= 0x200B) || c == 0x3000; }
+bool isSpace(char32_t c)
+{
+    return c == ' ' || (c >= 9 && c <= 13) || c == 0xA0 || c == 0x2028 || c == 0x2029 ||
+           (c >= 0x2000 && c <= 0x200B) || c == 0x3000;
+}
 bool isDigit(char32_t c) { return c >= '0' && c <= '9'; }
-bool isPunctuation(char32_t c) { return !isHyphen(c) && (c < 0x80 ? c > ' ' && c < 0x7F && std::ispunct(int(c)) : iswpunct_l(wint_t(c), unicode()) != 0); }
+bool isPunctuation(char32_t c)
+{
+    return !isHyphen(c) &&
+           (c < 0x80 ? c > ' ' && c < 0x7F && std::ispunct(int(c)) : iswpunct_l(wint_t(c), unicode()) != 0);
+}
 bool isWordCharacter(char32_t c)
 {
     if (c < 0x80)
@@ -47,7 +55,8 @@ bool isWordCharacter(char32_t c)
 
 bool ignored(char32_t c, uint32_t considering)
 {
-    return (!(considering & Considering::whiteSpace) && isSpace(c)) || (!(considering & Considering::hyphens) && isHyphen(c)) ||
+    return (!(considering & Considering::whiteSpace) && isSpace(c)) ||
+           (!(considering & Considering::hyphens) && isHyphen(c)) ||
            (!(considering & Considering::punctuation) && isPunctuation(c));
 }
 
@@ -140,7 +149,8 @@ Value Heap::text(std::string_view bytes)
         characters += (c & 0xC0) != 0x80;
         narrow = narrow && c < 0xC4;
     }
-    if (characters == bytes.size() && bytes.size() && std::all_of(bytes.begin(), bytes.end(), [](char c) { return uint8_t(c) < 0x80; }))
+    if (characters == bytes.size() && bytes.size() &&
+        std::all_of(bytes.begin(), bytes.end(), [](char c) { return uint8_t(c) < 0x80; }))
         return latin(bytes);
     if (bytes.empty())
         return empty_;
@@ -149,14 +159,19 @@ Value Heap::text(std::string_view bytes)
     decoded.reserve(characters);
     for (size_t i = 0; i < bytes.size();) {
         const uint8_t lead = uint8_t(bytes[i]);
-        const size_t length = lead < 0x80 ? 1 : lead >= 0xC2 && lead < 0xE0 ? 2 : lead >= 0xE0 && lead < 0xF0 ? 3 : lead >= 0xF0 && lead < 0xF5 ? 4 : 0;
+        const size_t length = lead < 0x80                   ? 1
+                              : lead >= 0xC2 && lead < 0xE0 ? 2
+                              : lead >= 0xE0 && lead < 0xF0 ? 3
+                              : lead >= 0xF0 && lead < 0xF5 ? 4
+                                                            : 0;
         char32_t c = length == 1 ? lead : lead & (0x7F >> length);
         bool good = length > 0 && i + length <= bytes.size();
         for (size_t k = 1; good && k < length; ++k) {
             good = (uint8_t(bytes[i + k]) & 0xC0) == 0x80;
             c = c << 6 | (uint8_t(bytes[i + k]) & 0x3F);
         }
-        good = good && !(length == 3 && (c < 0x800 || (c >= 0xD800 && c < 0xE000))) && !(length == 4 && (c < 0x10000 || c > 0x10FFFF));
+        good = good && !(length == 3 && (c < 0x800 || (c >= 0xD800 && c < 0xE000))) &&
+               !(length == 4 && (c < 0x10000 || c > 0x10FFFF));
         decoded += good ? c : 0xFFFD;
         narrow = narrow && good;
         i += good ? length : 1;
@@ -292,7 +307,8 @@ void append(Value &front, const Value &back)
     if (length > kLongest)
         raise(error::outOfMemory, "Out of memory.");
     if (bytes > text->capacity) {
-        const size_t capacity = std::min<size_t>(std::max<size_t>(bytes, size_t(text->capacity) + text->capacity / 2 + 16), UINT32_MAX);
+        const size_t capacity = std::min<size_t>(
+            std::max<size_t>(bytes, size_t(text->capacity) + text->capacity / 2 + 16), UINT32_MAX);
         text->heap->grow(capacity - text->capacity);
         void *memory = std::realloc(static_cast<void *>(text), sizeof(Text) + capacity);
         if (!memory) {
@@ -317,10 +333,12 @@ int compare(const Text *one, const Text *other, uint32_t considering)
     if (one == other)
         return 0;
     if (considering & Considering::numericStrings)
-        return compareNumerically(countingCharacters(one, considering), countingCharacters(other, considering));
+        return compareNumerically(countingCharacters(one, considering),
+                                  countingCharacters(other, considering));
     if (skipsNothing(considering)) {
         const size_t common = std::min(one->length, other->length);
-        if (one->width == 1 && other->width == 1 && considering & Considering::caseCounts && considering & Considering::diacriticals) {
+        if (one->width == 1 && other->width == 1 && considering & Considering::caseCounts &&
+            considering & Considering::diacriticals) {
             if (const int order = std::memcmp(one->narrow(), other->narrow(), common))
                 return order;
         } else {
@@ -368,7 +386,8 @@ std::optional<Found> find(const Text *text, const Text *wanted, size_t start, ui
     const bool exact = considering & Considering::caseCounts && considering & Considering::diacriticals;
     if (text->width == 1 && wanted->width == 1) {
         const uint8_t *bytes = text->narrow(), *pattern = wanted->narrow();
-        const bool caseless = lowercase(pattern[0]) == pattern[0] && !std::isalpha(pattern[0]) && pattern[0] < 0x80;
+        const bool caseless =
+            lowercase(pattern[0]) == pattern[0] && !std::isalpha(pattern[0]) && pattern[0] < 0x80;
         if (exact || (length == 1 && caseless && considering & Considering::diacriticals)) {
             const void *at = length == 1 ? std::memchr(bytes + start, pattern[0], text->length - start)
                                          : memmem(bytes + start, text->length - start, pattern, length);
@@ -433,7 +452,8 @@ Stretches wordsOf(const Text *text)
             if (isWordCharacter(c))
                 continue;
             const char32_t next = i + 1 < length ? (*text)[i + 1] : U' ';
-            const bool joins = ((c == '\'' || c == 0x2019) && isWordCharacter(next)) || ((c == '.' || c == ',') && isDigit((*text)[i - 1]) && isDigit(next));
+            const bool joins = ((c == '\'' || c == 0x2019) && isWordCharacter(next)) ||
+                               ((c == '.' || c == ',') && isDigit((*text)[i - 1]) && isDigit(next));
             if (!joins)
                 break;
         }
@@ -486,9 +506,12 @@ Stretches textItemsOf(const Text *text, const Value &delimiters, uint32_t consid
         size_t from = 0;
         const Text *separator = separators[0];
         // The commonest case, a comma or the like: the C library's search without anything around it.
-        if (text->width == 1 && separator->length == 1 && separator->width == 1 && separator->narrow()[0] < 0x80 && !std::isalpha(separator->narrow()[0]) && skipsNothing(considering)) {
+        if (text->width == 1 && separator->length == 1 && separator->width == 1 &&
+            separator->narrow()[0] < 0x80 && !std::isalpha(separator->narrow()[0]) &&
+            skipsNothing(considering)) {
             const uint8_t *bytes = text->narrow(), *end = bytes + text->length;
-            while (const void *at = std::memchr(bytes + from, separator->narrow()[0], size_t(end - bytes) - from)) {
+            while (const void *at =
+                       std::memchr(bytes + from, separator->narrow()[0], size_t(end - bytes) - from)) {
                 const size_t place = size_t(static_cast<const uint8_t *>(at) - bytes);
                 items.push_back({from, place});
                 from = place + 1;
@@ -515,7 +538,9 @@ Stretches textItemsOf(const Text *text, const Value &delimiters, uint32_t consid
         for (size_t i = 0; i < separators.size(); ++i) {
             if (next[i] && next[i]->at < from)
                 next[i] = find(text, separators[i], from, considering);
-            if (next[i] && next[i]->length && (!best || next[i]->at < best->at || (next[i]->at == best->at && next[i]->length > best->length)))
+            if (next[i] && next[i]->length &&
+                (!best || next[i]->at < best->at ||
+                 (next[i]->at == best->at && next[i]->length > best->length)))
                 best = &*next[i];
         }
         if (!best)

@@ -24,7 +24,8 @@ Container::~Container()
     --heap->containerCount_;
 }
 
-ScriptObject::ScriptObject(Heap *heap, const Prototype *prototype) : Container(Kind::script, heap), prototype(prototype)
+ScriptObject::ScriptObject(Heap *heap, const Prototype *prototype)
+    : Container(Kind::script, heap), prototype(prototype)
 {
     prototype->program->retain();
     slots.resize(prototype->slots.size());
@@ -161,7 +162,10 @@ void Heap::collect()
         container->reached = false;
     }
     for (Container *container = containers_; container; container = container->behind)
-        visitContents(container, [](Value &value) { if (isContainer(value)) ++containerOf(value)->inner; });
+        visitContents(container, [](Value &value) {
+            if (isContainer(value))
+                ++containerOf(value)->inner;
+        });
     std::vector<Container *> path;
     const auto reach = [&](Container *container) {
         if (!container->reached) {
@@ -176,7 +180,10 @@ void Heap::collect()
     while (!path.empty()) {
         Container *container = path.back();
         path.pop_back();
-        visitContents(container, [&](Value &value) { if (isContainer(value)) reach(containerOf(value)); });
+        visitContents(container, [&](Value &value) {
+            if (isContainer(value))
+                reach(containerOf(value));
+        });
     }
     std::vector<Value> lost;
     for (Container *container = containers_; container; container = container->behind) {

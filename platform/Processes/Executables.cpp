@@ -68,7 +68,8 @@ OSErr Executable::reference(FSRef *ref) const
 std::shared_ptr<const Executable> executableOf(std::string_view link)
 {
     static std::mutex lock;
-    static auto &known = *new std::unordered_map<std::string, std::weak_ptr<const Executable>, TextHash, std::equal_to<>>;
+    static auto &known =
+        *new std::unordered_map<std::string, std::weak_ptr<const Executable>, TextHash, std::equal_to<>>;
     static size_t limit = 256;
     std::lock_guard locked(lock);
     const auto at = known.find(link);

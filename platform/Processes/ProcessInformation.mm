@@ -19,13 +19,16 @@ NSString *pathText(std::string_view path)
 std::string nameOf(const Running &running, NSDictionary *information)
 {
     const Executable &executable = *running.executable;
-    return executable.isInApplication() ? launch::nameOf(executable.item(), information) : std::string(executable.name());
+    return executable.isInApplication() ? launch::nameOf(executable.item(), information)
+                                        : std::string(executable.name());
 }
 
 /// What an application's folder says; nil for other processes.
 NSDictionary *informationOf(const Running &running)
 {
-    return running.executable->isInApplication() && !running.isElsewhere ? launch::information(running.executable->item()) : nil;
+    return running.executable->isInApplication() && !running.isElsewhere
+               ? launch::information(running.executable->item())
+               : nil;
 }
 
 /// The process of a number, and what it executes.
@@ -89,12 +92,18 @@ CFDictionaryRef ProcessInformationCopyDictionary(const ProcessSerialNumber *psn,
         set(@"CFBundleExecutable", pathText(running->executable->link()));
         NSDictionary *const information = informationOf(*running);
         set(@"CFBundleName", pathText(nameOf(*running, information)));
-        if (const std::string identifier = launch::textOf(information, @"CFBundleIdentifier"); !identifier.empty())
+        if (const std::string identifier = launch::textOf(information, @"CFBundleIdentifier");
+            !identifier.empty())
             set(@"CFBundleIdentifier", nsstring(identifier));
-        if (const OSType signature = running->executable->isInApplication() && !running->isElsewhere ? launch::signatureOf(running->executable->item(), information) : 0)
-            set(@"FileCreator", [[[NSString alloc] initWithBytes:std::string{char(signature >> 24), char(signature >> 16), char(signature >> 8), char(signature)}.data()
-                                                          length:4
-                                                        encoding:NSMacOSRomanStringEncoding] autorelease]);
+        if (const OSType signature = running->executable->isInApplication() && !running->isElsewhere
+                                         ? launch::signatureOf(running->executable->item(), information)
+                                         : 0)
+            set(@"FileCreator",
+                [[[NSString alloc] initWithBytes:std::string{char(signature >> 24), char(signature >> 16),
+                                                             char(signature >> 8), char(signature)}
+                                                     .data()
+                                          length:4
+                                        encoding:NSMacOSRomanStringEncoding] autorelease]);
         return about;
     });
 }

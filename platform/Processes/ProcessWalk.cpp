@@ -18,15 +18,20 @@ struct Walk {
 };
 thread_local Walk walk;
 
-constexpr auto kWhole = std::chrono::seconds(1);          // a walk that takes longer reads /proc anew
-constexpr auto kMoment = std::chrono::milliseconds(100);  // how long a link that was read for the walk is good for the process it stands at
+constexpr auto kWhole = std::chrono::seconds(1);  // a walk that takes longer reads /proc anew
+constexpr auto kMoment = std::chrono::milliseconds(
+    100);  // how long a link that was read for the walk is good for the process it stands at
 
-uint64_t serialOf(const ProcessSerialNumber &number) { return uint64_t(number.highLongOfPSN) << 32 | number.lowLongOfPSN; }
+uint64_t serialOf(const ProcessSerialNumber &number)
+{
+    return uint64_t(number.highLongOfPSN) << 32 | number.lowLongOfPSN;
+}
 
 auto after(uint64_t serial)
 {
-    return std::upper_bound(walk.processes.begin(), walk.processes.end(), serial,
-                            [](uint64_t before, const Running &running) { return before < running.process.serial(); });
+    return std::upper_bound(
+        walk.processes.begin(), walk.processes.end(), serial,
+        [](uint64_t before, const Running &running) { return before < running.process.serial(); });
 }
 
 }  // namespace
@@ -37,7 +42,9 @@ std::optional<Running> tarvik::processes::justMet(const Process &process)
     if (walk.at != serial || Clock::now() - walk.read > kMoment)
         return std::nullopt;
     const auto next = after(serial);
-    return next == walk.processes.begin() || std::prev(next)->process.serial() != serial ? std::nullopt : std::optional(*std::prev(next));
+    return next == walk.processes.begin() || std::prev(next)->process.serial() != serial
+               ? std::nullopt
+               : std::optional(*std::prev(next));
 }
 
 OSErr GetNextProcess(ProcessSerialNumber *pPSN)

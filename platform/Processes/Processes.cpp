@@ -53,7 +53,8 @@ std::optional<uint64_t> statField(pid_t pid, int wanted)
     for (int field = 2; field < wanted && at != text.npos; ++field)
         at = text.find(' ', at + 1);
     uint64_t value;
-    if (at == text.npos || std::from_chars(text.data() + at + 1, text.data() + text.size(), value).ec != std::errc())
+    if (at == text.npos ||
+        std::from_chars(text.data() + at + 1, text.data() + text.size(), value).ec != std::errc())
         return std::nullopt;
     return value;
 }
@@ -82,7 +83,8 @@ std::string_view linkText(int folder, const char *path, char (&buffer)[PATH_MAX]
 bool isElsewhere(pid_t pid)
 {
     char own[PATH_MAX], other[PATH_MAX];
-    return linkText(AT_FDCWD, "/proc/self/ns/mnt", own) != linkText(AT_FDCWD, Path(pid, "ns/mnt").get(), other);
+    return linkText(AT_FDCWD, "/proc/self/ns/mnt", own) !=
+           linkText(AT_FDCWD, Path(pid, "ns/mnt").get(), other);
 }
 
 /// The processes as the latest walk found them.
@@ -107,7 +109,8 @@ public:
                 return;
             while (before != known_.end() && before->running.process.pid < pid)
                 ++before;
-            if (before != known_.end() && before->running.process.pid == pid && before->inode == entry.inode && before->running.executable->link() == link)
+            if (before != known_.end() && before->running.process.pid == pid &&
+                before->inode == entry.inode && before->running.executable->link() == link)
                 now.push_back(std::move(*before++));
             else if (const auto start = startOf(pid))
                 now.push_back({entry.inode, {{pid, *start}, executableOf(link), isElsewhere(pid)}});
@@ -180,7 +183,8 @@ std::vector<Running> all()
 {
     static auto &table = *new Table;
     std::vector<Running> found = table.walk();
-    std::sort(found.begin(), found.end(), [](const Running &a, const Running &b) { return a.process.serial() < b.process.serial(); });
+    std::sort(found.begin(), found.end(),
+              [](const Running &a, const Running &b) { return a.process.serial() < b.process.serial(); });
     return found;
 }
 
@@ -197,7 +201,8 @@ OSErr locate(const Running &running, FSRef *ref)
     if (running.isElsewhere || (executable.maybeDeleted() && !executable.isInApplication())) {
         // Is what stands at that path here what the process executes?
         struct stat here, there;
-        if (stat(executable.link().c_str(), &here) != 0 || stat(Path(running.process.pid, "exe").get(), &there) != 0 || here.st_dev != there.st_dev ||
+        if (stat(executable.link().c_str(), &here) != 0 ||
+            stat(Path(running.process.pid, "exe").get(), &there) != 0 || here.st_dev != there.st_dev ||
             here.st_ino != there.st_ino)
             return fnfErr;
     }

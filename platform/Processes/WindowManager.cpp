@@ -18,8 +18,9 @@ struct Freed {
 template <class T>
 using Reply = std::unique_ptr<T, Freed>;
 
-constexpr const char *kNames[] = {"_NET_ACTIVE_WINDOW",      "_NET_CLIENT_LIST_STACKING", "_NET_WM_PID",       "_NET_WM_STATE",
-                                  "_NET_WM_STATE_SKIP_TASKBAR", "_NET_RESTACK_WINDOW",       "WM_CLIENT_MACHINE"};
+constexpr const char *kNames[] = {"_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST_STACKING",  "_NET_WM_PID",
+                                  "_NET_WM_STATE",      "_NET_WM_STATE_SKIP_TASKBAR", "_NET_RESTACK_WINDOW",
+                                  "WM_CLIENT_MACHINE"};
 
 // From ICCCM's WM_HINTS: the flag of the window group, and where in the hints it stands.
 constexpr uint32_t kWindowGroupHint = 1 << 6;
@@ -62,7 +63,9 @@ bool WindowManager::internAtoms()
     for (int i = 0; i < kAtoms; ++i)
         cookies[i] = xcb()->intern_atom(connection_.get(), true, uint16_t(std::strlen(kNames[i])), kNames[i]);
     for (int i = 0; i < kAtoms; ++i)
-        if (const Reply<xcb_intern_atom_reply_t> reply(xcb()->intern_atom_reply(connection_.get(), cookies[i], nullptr)); reply)
+        if (const Reply<xcb_intern_atom_reply_t> reply(
+                xcb()->intern_atom_reply(connection_.get(), cookies[i], nullptr));
+            reply)
             atoms_[i] = reply->atom;
     // Where nobody has ever used these names, nobody keeps the hints.
     return atoms_[kActiveWindow] && atoms_[kClientListStacking] && atoms_[kPID];
@@ -75,7 +78,8 @@ xcb_get_property_cookie_t WindowManager::ask(xcb_window_t window, xcb_atom_t pro
 
 std::vector<uint32_t> WindowManager::numbers(xcb_get_property_cookie_t cookie) const
 {
-    const Reply<xcb_get_property_reply_t> reply(xcb()->get_property_reply(connection_.get(), cookie, nullptr));
+    const Reply<xcb_get_property_reply_t> reply(
+        xcb()->get_property_reply(connection_.get(), cookie, nullptr));
     if (!reply || reply->format != 32)
         return {};
     const auto *first = static_cast<const uint32_t *>(xcb()->get_property_value(reply.get()));
@@ -84,7 +88,8 @@ std::vector<uint32_t> WindowManager::numbers(xcb_get_property_cookie_t cookie) c
 
 std::string WindowManager::text(xcb_get_property_cookie_t cookie) const
 {
-    const Reply<xcb_get_property_reply_t> reply(xcb()->get_property_reply(connection_.get(), cookie, nullptr));
+    const Reply<xcb_get_property_reply_t> reply(
+        xcb()->get_property_reply(connection_.get(), cookie, nullptr));
     if (!reply || reply->format != 8)
         return "";
     const auto *first = static_cast<const char *>(xcb()->get_property_value(reply.get()));
@@ -100,14 +105,16 @@ std::vector<pid_t> WindowManager::processesOf(const std::vector<xcb_window_t> &w
     };
     std::vector<Cookies> asked;
     for (const xcb_window_t window : windows)
-        asked.push_back({ask(window, atoms_[kPID], XCB_ATOM_CARDINAL), ask(window, atoms_[kClientMachine], XCB_ATOM_ANY),
+        asked.push_back({ask(window, atoms_[kPID], XCB_ATOM_CARDINAL),
+                         ask(window, atoms_[kClientMachine], XCB_ATOM_ANY),
                          ask(window, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS)});
     std::vector<pid_t> found;
     for (size_t i = 0; i < windows.size(); ++i) {
         std::vector<uint32_t> id = numbers(asked[i].id);
         std::string machine = text(asked[i].machine);
         const std::vector<uint32_t> hints = numbers(asked[i].hints);
-        const bool hasLeader = hints.size() > kWindowGroup && hints[0] & kWindowGroupHint && hints[kWindowGroup] && hints[kWindowGroup] != windows[i];
+        const bool hasLeader = hints.size() > kWindowGroup && hints[0] & kWindowGroupHint &&
+                               hints[kWindowGroup] && hints[kWindowGroup] != windows[i];
         if (id.empty() && hasLeader)
             id = numbers(ask(hints[kWindowGroup], atoms_[kPID], XCB_ATOM_CARDINAL));
         if (machine.empty() && hasLeader)
@@ -125,14 +132,16 @@ pid_t WindowManager::frontProcess() const
 
 bool WindowManager::bringToFront(pid_t pid) const
 {
-    const std::vector<uint32_t> windows = numbers(ask(root_, atoms_[kClientListStacking], XCB_ATOM_WINDOW));  // the lowest first
+    const std::vector<uint32_t> windows =
+        numbers(ask(root_, atoms_[kClientListStacking], XCB_ATOM_WINDOW));  // the lowest first
     const std::vector<pid_t> owners = processesOf(windows);
     std::vector<xcb_window_t> own, minor;
     for (size_t i = 0; i < windows.size(); ++i)
         if (owners[i] == pid) {
             // What a task bar leaves out (GNUstep's icon, palettes) is activated only when there is nothing else.
             const std::vector<uint32_t> state = numbers(ask(windows[i], atoms_[kState], XCB_ATOM_ATOM));
-            const bool isMinor = atoms_[kSkipTaskbar] && std::find(state.begin(), state.end(), atoms_[kSkipTaskbar]) != state.end();
+            const bool isMinor = atoms_[kSkipTaskbar] &&
+                                 std::find(state.begin(), state.end(), atoms_[kSkipTaskbar]) != state.end();
             (isMinor ? minor : own).push_back(windows[i]);
         }
     if (own.empty())
@@ -144,7 +153,8 @@ bool WindowManager::bringToFront(pid_t pid) const
             send(kRestackWindow, own[i], {kSourceIsTool, XCB_NONE, XCB_STACK_MODE_ABOVE});
     send(kActiveWindow, own.back(), {kSourceIsTool, XCB_CURRENT_TIME, XCB_NONE});
     // The server has it all once it answers.
-    const Reply<xcb_get_input_focus_reply_t> answer(xcb()->get_input_focus_reply(connection_.get(), xcb()->get_input_focus(connection_.get()), nullptr));
+    const Reply<xcb_get_input_focus_reply_t> answer(
+        xcb()->get_input_focus_reply(connection_.get(), xcb()->get_input_focus(connection_.get()), nullptr));
     return answer != nullptr;
 }
 
@@ -156,7 +166,8 @@ void WindowManager::send(AtomName message, xcb_window_t window, const uint32_t (
     event.window = window;
     event.type = atoms_[message];
     std::copy(std::begin(data), std::end(data), event.data.data32);
-    xcb()->send_event(connection_.get(), false, root_, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+    xcb()->send_event(connection_.get(), false, root_,
+                      XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                       reinterpret_cast<const char *>(&event));
 }
 

@@ -6,12 +6,13 @@
 namespace tarvik::resources {
 namespace {
 
-constexpr size_t kHeaderSize = 16, kDataStart = 256;  // 112 and 128 bytes for the system and the application lie between
+constexpr size_t kHeaderSize = 16,
+                 kDataStart = 256;  // 112 and 128 bytes for the system and the application lie between
 // The map: a copy of the header, a handle, a file number, attributes, offsets of the type and name lists.
 constexpr size_t kMapHeaderSize = 28, kTypeListOffset = 24, kNameListOffset = 26;
 constexpr size_t kTypeSize = 8, kReferenceSize = 12, kLengthSize = 4, kCountSize = 2;
-constexpr uint32_t kMostData = 0xFFFFFF;   // references have 24 bits for an offset
-constexpr size_t kMostOffset = 0xFFFE;     // 0xFFFF stands for "no name"
+constexpr uint32_t kMostData = 0xFFFFFF;  // references have 24 bits for an offset
+constexpr size_t kMostOffset = 0xFFFE;    // 0xFFFF stands for "no name"
 
 /// Bytes with checked reading: what lies outside is absent.
 class Bytes {
@@ -46,9 +47,11 @@ void append(std::string &out, uint64_t value, size_t width)
 /// A count is stored less one, so that none is 0xFFFF.
 uint32_t counted(uint32_t stored) { return (stored + 1) & 0xFFFF; }
 
-std::optional<Resource> readReference(const Bytes &map, const Bytes &data, uint32_t type, size_t at, size_t nameList)
+std::optional<Resource> readReference(const Bytes &map, const Bytes &data, uint32_t type, size_t at,
+                                      size_t nameList)
 {
-    const auto id = map.number(at, 2), nameOffset = map.number(at + 2, 2), attributes = map.number(at + 4, 1), offset = map.number(at + 5, 3);
+    const auto id = map.number(at, 2), nameOffset = map.number(at + 2, 2), attributes = map.number(at + 4, 1),
+               offset = map.number(at + 5, 3);
     if (!id || !nameOffset || !attributes || !offset || !map.number(at + 8, 4))
         return std::nullopt;
     const auto length = data.number(*offset, kLengthSize);
@@ -74,10 +77,12 @@ std::optional<std::vector<Resource>> parseFork(std::string_view bytes)
     if (bytes.empty())
         return all;
     const Bytes fork(bytes);
-    const auto dataOffset = fork.number(0, 4), mapOffset = fork.number(4, 4), dataLength = fork.number(8, 4), mapLength = fork.number(12, 4);
+    const auto dataOffset = fork.number(0, 4), mapOffset = fork.number(4, 4), dataLength = fork.number(8, 4),
+               mapLength = fork.number(12, 4);
     if (!mapLength || *dataOffset < kHeaderSize || *mapOffset < kHeaderSize)
         return std::nullopt;
-    const auto dataBytes = fork.stretch(*dataOffset, *dataLength), mapBytes = fork.stretch(*mapOffset, *mapLength);
+    const auto dataBytes = fork.stretch(*dataOffset, *dataLength),
+               mapBytes = fork.stretch(*mapOffset, *mapLength);
     if (!dataBytes || !mapBytes)
         return std::nullopt;
     const Bytes data(*dataBytes), map(*mapBytes);
@@ -96,7 +101,8 @@ std::optional<std::vector<Resource>> parseFork(std::string_view bytes)
         if (!offset)
             return std::nullopt;
         for (size_t j = 0; j < counted(*count); ++j) {
-            auto resource = readReference(map, data, *type, *typeList + *offset + j * kReferenceSize, *nameList);
+            auto resource =
+                readReference(map, data, *type, *typeList + *offset + j * kReferenceSize, *nameList);
             if (!resource || ++references * kReferenceSize > mapBytes->size())
                 return std::nullopt;
             dataRead += kLengthSize + resource->data.size();

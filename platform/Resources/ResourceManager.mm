@@ -54,7 +54,7 @@ struct File {
     std::string path;
     bool isFork;  // in the resource fork, not in the file itself
     bool writable;
-    bool changed = false;  // the map
+    bool changed = false;      // the map
     std::list<Entry> entries;  // addresses stay
 };
 
@@ -117,7 +117,8 @@ OSErr save(const File &file, const std::string &bytes)
     if (file.isFork)
         return tarvik::resources::writeResourceFork(file.ref, bytes);
     tarvik::Pool pool;
-    return tarvik::writeWholeFile(file.path, tarvik::nsdata(bytes)) ? OSErr(noErr) : tarvik::files::fileError(errno);
+    return tarvik::writeWholeFile(file.path, tarvik::nsdata(bytes)) ? OSErr(noErr)
+                                                                    : tarvik::files::fileError(errno);
 }
 
 OSErr load(const File &file, std::string &bytes)
@@ -179,7 +180,8 @@ std::vector<ResType> currentTypes()
 
 }  // namespace
 
-OSErr FSOpenResourceFile(const FSRef *ref, UniCharCount forkNameLength, const UniChar *forkName, SInt8 permission, ResFileRefNum *refNum)
+OSErr FSOpenResourceFile(const FSRef *ref, UniCharCount forkNameLength, const UniChar *forkName,
+                         SInt8 permission, ResFileRefNum *refNum)
 {
     if (!ref || !refNum)
         return failing<OSErr>(paramErr, paramErr);
@@ -190,7 +192,8 @@ OSErr FSOpenResourceFile(const FSRef *ref, UniCharCount forkNameLength, const Un
     UInt8 path[PATH_MAX];
     if (const OSStatus status = FSRefMakePath(ref, path, sizeof path); status != noErr)
         return failing(OSErr(status), OSErr(status));
-    File file{gNextNumber, *ref, reinterpret_cast<const char *>(path), isFork, permission != kReadPermission, false, {}};
+    File file{gNextNumber, *ref, reinterpret_cast<const char *>(path), isFork, permission != kReadPermission,
+              false,       {}};
     if (file.writable && access(file.path.c_str(), W_OK) != 0)
         return failing<OSErr>(permErr, permErr);
     std::string contents;
@@ -339,7 +342,8 @@ void GetResInfo(Handle resource, ResID *number, ResType *type, Str255 name)
 ResAttributes GetResAttrs(Handle resource)
 {
     Place *place = placeOf(resource);
-    return place ? ResAttributes(place->entry->resource.attributes | (place->entry->changed ? resChanged : 0)) : ResAttributes(0);
+    return place ? ResAttributes(place->entry->resource.attributes | (place->entry->changed ? resChanged : 0))
+                 : ResAttributes(0);
 }
 
 ResFileRefNum HomeResFile(Handle resource)

@@ -6,10 +6,8 @@
 
 #include "Context.h"
 
-namespace cssm
-{
-namespace
-{
+namespace cssm {
+namespace {
 
 constexpr int kMinBits = 512;
 constexpr int kMaxBits = 16384;
@@ -20,14 +18,10 @@ const char *structureOf(CSSM_KEYBLOB_FORMAT format, bool isPublic)
 {
     switch (format) {
     case CSSM_KEYBLOB_RAW_FORMAT_NONE:
-    case CSSM_KEYBLOB_RAW_FORMAT_PKCS1:
-        return "type-specific";
-    case CSSM_KEYBLOB_RAW_FORMAT_PKCS8:
-        return isPublic ? nullptr : "PrivateKeyInfo";
-    case CSSM_KEYBLOB_RAW_FORMAT_SPKI:
-        return isPublic ? "SubjectPublicKeyInfo" : nullptr;
-    default:
-        return nullptr;
+    case CSSM_KEYBLOB_RAW_FORMAT_PKCS1: return "type-specific";
+    case CSSM_KEYBLOB_RAW_FORMAT_PKCS8: return isPublic ? nullptr : "PrivateKeyInfo";
+    case CSSM_KEYBLOB_RAW_FORMAT_SPKI: return isPublic ? "SubjectPublicKeyInfo" : nullptr;
+    default: return nullptr;
     }
 }
 
@@ -60,8 +54,7 @@ CSSM_RETURN readKey(const std::optional<KeyCopy> &key, bool encrypting, OwnedKey
 }
 
 /// Collects the message, which is at most the modulus long, and works at the end.
-class RSARun : public CipherRun
-{
+class RSARun : public CipherRun {
 public:
     RSARun(OwnedKeyContext context, size_t modulus, bool encrypting)
         : context_(std::move(context)), modulus_(modulus), encrypting_(encrypting)

@@ -8,8 +8,7 @@
 
 #include <span>
 
-namespace cssm
-{
+namespace cssm {
 
 /// Checks `count` input buffers at `buffers`.
 inline CSSM_RETURN checkInputs(const CSSM_DATA *buffers, uint32 count)
@@ -26,8 +25,7 @@ inline CSSM_RETURN checkInputs(const CSSM_DATA *buffers, uint32 count)
 
 /// An output record while it is filled. Where the record has no memory, it gets some from the caller's
 /// functions; that is wiped and freed again unless the work is committed.
-class Output
-{
+class Output {
 public:
     Output(CSSM_DATA &record, const CSSM_API_MEMORY_FUNCS &memory) : record_(record), memory_(memory) {}
     ~Output()

@@ -7,13 +7,11 @@
 #include <memory>
 #include <span>
 
-namespace cssm
-{
+namespace cssm {
 
 struct Attributes;
 
-class CipherRun
-{
+class CipherRun {
 public:
     virtual ~CipherRun() = default;
 

@@ -6,8 +6,7 @@
 
 using namespace cssm;
 
-namespace
-{
+namespace {
 
 CSSM_RETURN checkCipher(const Lease &context)
 {

@@ -16,8 +16,7 @@
 #include "OpenSSLLibrary.h"
 #include "SecureBytes.h"
 
-namespace cssm
-{
+namespace cssm {
 
 /// A key as a host handed it over: the header's words and a copy of the data.
 struct KeyCopy {
@@ -27,7 +26,8 @@ struct KeyCopy {
 
 /// Whether a cipher of the algorithm takes a key of this class, with its bytes at hand, for this direction. The format and the
 /// size are the cipher's own concern.
-CSSM_RETURN checkKeyHeader(const std::optional<KeyCopy> &key, CSSM_ALGORITHMS algorithm, CSSM_KEYCLASS keyClass, bool encrypting);
+CSSM_RETURN checkKeyHeader(const std::optional<KeyCopy> &key, CSSM_ALGORITHMS algorithm,
+                           CSSM_KEYCLASS keyClass, bool encrypting);
 
 /// What a context is set up with. Its kind and algorithm say which fields count.
 struct Attributes {
@@ -62,8 +62,7 @@ struct Context {
 };
 
 /// A lock for a few instructions, which costs half of what a mutex does: giving it back is one store.
-class BriefLock
-{
+class BriefLock {
 public:
     void lock()
     {
@@ -79,8 +78,7 @@ private:
 /// Handles in, objects out. A handle is a slot's number and the generation that uses the slot, so that one
 /// which has been closed is known as such for good. One lock guards the tables; it is held for a few
 /// instructions, never during work.
-class Registry
-{
+class Registry {
 public:
     static Registry &shared();
 
@@ -125,8 +123,7 @@ private:
 };
 
 /// A context for the time of one call.
-class Lease
-{
+class Lease {
 public:
     explicit Lease(CSSM_CC_HANDLE handle) : status_(Registry::shared().lease(handle, context_)) {}
     ~Lease()

@@ -3,8 +3,7 @@
 
 using namespace cssm;
 
-namespace
-{
+namespace {
 
 KeyCopy copyKey(const CSSM_KEY &key)
 {
@@ -43,26 +42,16 @@ CSSM_RETURN apply(Kind kind, const CSSM_CONTEXT_ATTRIBUTE &change, Attributes &a
             return CSSMERR_CSSM_INVALID_POINTER;
         attributes.key = copyKey(*value.Key);
         return CSSM_OK;
-    case CSSM_ATTRIBUTE_INIT_VECTOR:
-        return setBytes(symmetric, attributes.vector);
-    case CSSM_ATTRIBUTE_SALT:
-        return setBytes(derive, attributes.salt);
-    case CSSM_ATTRIBUTE_MODE:
-        return setWord(symmetric, attributes.mode);
-    case CSSM_ATTRIBUTE_PADDING:
-        return setWord(cipher, attributes.padding);
-    case CSSM_ATTRIBUTE_ROUNDS:
-        return setWord(symmetric, attributes.rounds);
-    case CSSM_ATTRIBUTE_EFFECTIVE_BITS:
-        return setWord(symmetric, attributes.effectiveBits);
-    case CSSM_ATTRIBUTE_KEY_TYPE:
-        return setWord(derive, attributes.keyType);
-    case CSSM_ATTRIBUTE_KEY_LENGTH:
-        return setWord(derive, attributes.keyBits);
-    case CSSM_ATTRIBUTE_ITERATION_COUNT:
-        return setWord(derive, attributes.iterations);
-    default:
-        return CSSMERR_CSSM_INVALID_ATTRIBUTE;
+    case CSSM_ATTRIBUTE_INIT_VECTOR: return setBytes(symmetric, attributes.vector);
+    case CSSM_ATTRIBUTE_SALT: return setBytes(derive, attributes.salt);
+    case CSSM_ATTRIBUTE_MODE: return setWord(symmetric, attributes.mode);
+    case CSSM_ATTRIBUTE_PADDING: return setWord(cipher, attributes.padding);
+    case CSSM_ATTRIBUTE_ROUNDS: return setWord(symmetric, attributes.rounds);
+    case CSSM_ATTRIBUTE_EFFECTIVE_BITS: return setWord(symmetric, attributes.effectiveBits);
+    case CSSM_ATTRIBUTE_KEY_TYPE: return setWord(derive, attributes.keyType);
+    case CSSM_ATTRIBUTE_KEY_LENGTH: return setWord(derive, attributes.keyBits);
+    case CSSM_ATTRIBUTE_ITERATION_COUNT: return setWord(derive, attributes.iterations);
+    default: return CSSMERR_CSSM_INVALID_ATTRIBUTE;
     }
 }
 

@@ -7,8 +7,7 @@
 
 using namespace cssm;
 
-namespace
-{
+namespace {
 
 struct Algorithm {
     const EVP_MD_CTX *started = nullptr;  // just begun; null: not ours
@@ -18,12 +17,9 @@ struct Algorithm {
 Algorithm find(CSSM_ALGORITHMS algorithm)
 {
     switch (algorithm) {
-    case CSSM_ALGID_MD5:
-        return {library::startedMD5(), 16};
-    case CSSM_ALGID_SHA1:
-        return {library::startedSHA1(), 20};
-    default:
-        return {};
+    case CSSM_ALGID_MD5: return {library::startedMD5(), 16};
+    case CSSM_ALGID_SHA1: return {library::startedSHA1(), 20};
+    default: return {};
     }
 }
 

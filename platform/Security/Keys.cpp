@@ -9,8 +9,7 @@
 
 using namespace cssm;
 
-namespace
-{
+namespace {
 
 constexpr size_t kLongestKey = 64 * 1024;  // bytes; for key types that set no limit of their own
 
@@ -80,8 +79,8 @@ CSSM_KEYHEADER sessionKeyHeader(const Attributes &attributes, CSSM_KEYUSE usage,
 
 }  // namespace
 
-CSSM_RETURN cssm::checkKeyHeader(const std::optional<KeyCopy> &key, CSSM_ALGORITHMS algorithm, CSSM_KEYCLASS keyClass,
-                                 bool encrypting)
+CSSM_RETURN cssm::checkKeyHeader(const std::optional<KeyCopy> &key, CSSM_ALGORITHMS algorithm,
+                                 CSSM_KEYCLASS keyClass, bool encrypting)
 {
     if (!key)
         return CSSMERR_CSP_MISSING_ATTR_KEY;

@@ -5,8 +5,7 @@
 #include <cstdio>
 #include <iterator>
 
-namespace
-{
+namespace {
 
 struct Message {
     CSSM_RETURN status;

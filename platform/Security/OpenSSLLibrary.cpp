@@ -5,10 +5,8 @@
 
 #include <openssl/provider.h>
 
-namespace cssm::library
-{
-namespace
-{
+namespace cssm::library {
+namespace {
 
 /// Never freed: exit handlers and static destructors of a host may still digest.
 OSSL_LIB_CTX *makeContext()

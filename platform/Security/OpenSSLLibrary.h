@@ -10,8 +10,7 @@
 #include <openssl/evp.h>
 #include <openssl/kdf.h>
 
-namespace cssm
-{
+namespace cssm {
 
 template <auto release>
 struct ReleaseBy {
@@ -31,8 +30,7 @@ using OwnedKDFContext = Owned<EVP_KDF_CTX, EVP_KDF_CTX_free>;
 
 /// Takes away, at its end, the entries that failing calls have left in the thread's error queue: a host that
 /// uses OpenSSL itself must not find ours there.
-class QuietErrors
-{
+class QuietErrors {
 public:
     QuietErrors() { ERR_set_mark(); }
     ~QuietErrors() { ERR_pop_to_mark(); }
@@ -60,8 +58,7 @@ enum class CipherName {
 
 /// All functions answer null when OpenSSL does not have the thing (a system without the legacy provider), and
 /// may be called from any thread. Results live as long as the process.
-namespace library
-{
+namespace library {
 
 OSSL_LIB_CTX *context();  // null: no OpenSSL to work with
 const EVP_CIPHER *cipher(CipherName name);

@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <bit>
 
-namespace cssm
-{
-namespace
-{
+namespace cssm {
+namespace {
 
 constexpr uint32_t kP32 = 0xb7e15163;  // odd((e - 2) * 2^32)
 constexpr uint32_t kQ32 = 0x9e3779b9;  // odd((phi - 1) * 2^32)

@@ -9,11 +9,9 @@
 
 #include "SecureBytes.h"
 
-namespace cssm
-{
+namespace cssm {
 
-class RC5
-{
+class RC5 {
 public:
     static constexpr std::size_t kBlock = 8;
     static constexpr std::size_t kMaxKey = 255;

@@ -1,9 +1,7 @@
 #include "Context.h"
 
-namespace cssm
-{
-namespace
-{
+namespace cssm {
+namespace {
 
 constexpr unsigned kSlotBits = 24;  // 16 million open contexts
 constexpr uint64 kSlotMask = (uint64{1} << kSlotBits) - 1;

@@ -9,8 +9,7 @@
 
 #include <openssl/crypto.h>
 
-namespace cssm
-{
+namespace cssm {
 
 /// An allocator that wipes what it frees, so that a growing container leaves nothing behind either.
 template <class T>

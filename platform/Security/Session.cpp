@@ -8,8 +8,7 @@ using cssm::Registry;
 const CSSM_GUID gGuidAppleCSP = {
     0x87191ca2, 0x0fc9, 0x11d4, {0x84, 0x9a, 0x00, 0x05, 0x02, 0xb5, 0x21, 0x22}};
 
-namespace
-{
+namespace {
 
 bool isVersion2(const CSSM_VERSION &version) { return version.Major == 2 && version.Minor == 0; }
 

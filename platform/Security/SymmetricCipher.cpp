@@ -6,10 +6,8 @@
 #include "Context.h"
 #include "RC5.h"
 
-namespace cssm
-{
-namespace
-{
+namespace cssm {
+namespace {
 
 // --- What each algorithm takes
 
@@ -39,16 +37,11 @@ struct ModeTraits {
 std::optional<ModeTraits> findMode(CSSM_ENCRYPT_MODE mode)
 {
     switch (mode) {
-    case CSSM_ALGMODE_ECB:
-        return ModeTraits{false, false};
-    case CSSM_ALGMODE_ECBPad:
-        return ModeTraits{false, true};
-    case CSSM_ALGMODE_CBC_IV8:
-        return ModeTraits{true, false};
-    case CSSM_ALGMODE_CBCPadIV8:
-        return ModeTraits{true, true};
-    default:
-        return std::nullopt;
+    case CSSM_ALGMODE_ECB: return ModeTraits{false, false};
+    case CSSM_ALGMODE_ECBPad: return ModeTraits{false, true};
+    case CSSM_ALGMODE_CBC_IV8: return ModeTraits{true, false};
+    case CSSM_ALGMODE_CBCPadIV8: return ModeTraits{true, true};
+    default: return std::nullopt;
     }
 }
 
@@ -56,20 +49,15 @@ std::optional<CipherName> findCipher(CSSM_ALGORITHMS algorithm, bool chained, si
 {
     const auto either = [&](CipherName ecb, CipherName cbc) { return chained ? cbc : ecb; };
     switch (algorithm) {
-    case CSSM_ALGID_DES:
-        return either(CipherName::desECB, CipherName::desCBC);
-    case CSSM_ALGID_3DES_3KEY_EDE:
-        return either(CipherName::des3ECB, CipherName::des3CBC);
-    case CSSM_ALGID_RC2:
-        return either(CipherName::rc2ECB, CipherName::rc2CBC);
-    case CSSM_ALGID_RC4:
-        return CipherName::rc4;
+    case CSSM_ALGID_DES: return either(CipherName::desECB, CipherName::desCBC);
+    case CSSM_ALGID_3DES_3KEY_EDE: return either(CipherName::des3ECB, CipherName::des3CBC);
+    case CSSM_ALGID_RC2: return either(CipherName::rc2ECB, CipherName::rc2CBC);
+    case CSSM_ALGID_RC4: return CipherName::rc4;
     case CSSM_ALGID_AES:
         return keyLength == 16   ? either(CipherName::aes128ECB, CipherName::aes128CBC)
                : keyLength == 24 ? either(CipherName::aes192ECB, CipherName::aes192CBC)
                                  : either(CipherName::aes256ECB, CipherName::aes256CBC);
-    default:
-        return std::nullopt;
+    default: return std::nullopt;
     }
 }
 
@@ -77,7 +65,9 @@ std::optional<CipherName> findCipher(CSSM_ALGORITHMS algorithm, bool chained, si
 
 CSSM_RETURN checkKey(const Traits &traits, const std::optional<KeyCopy> &key, bool encrypting)
 {
-    if (const CSSM_RETURN error = checkKeyHeader(key, traits.algorithm, CSSM_KEYCLASS_SESSION_KEY, encrypting); error != CSSM_OK)
+    if (const CSSM_RETURN error =
+            checkKeyHeader(key, traits.algorithm, CSSM_KEYCLASS_SESSION_KEY, encrypting);
+        error != CSSM_OK)
         return error;
     const CSSM_KEYBLOB_FORMAT format = key->header.Format;
     if (format != CSSM_KEYBLOB_RAW_FORMAT_NONE && format != CSSM_KEYBLOB_RAW_FORMAT_OCTET_STRING)
@@ -111,8 +101,7 @@ CSSM_RETURN checkMode(const Traits &traits, const Attributes &attributes, ModeTr
 
 // --- OpenSSL's ciphers
 
-class LibraryRun : public CipherRun
-{
+class LibraryRun : public CipherRun {
 public:
     LibraryRun(OwnedCipherContext context, size_t block, bool encrypting)
         : context_(std::move(context)), block_(block), encrypting_(encrypting)
@@ -199,8 +188,7 @@ CSSM_RETURN startLibrary(const Traits &traits, const Attributes &attributes, Mod
 
 /// RC5 in its modes: RC5-CBC-Pad of RFC 2040 when chained and padded. When decrypting padded data the last
 /// whole block is held back until it is known whether more follows.
-class RC5Run : public CipherRun
-{
+class RC5Run : public CipherRun {
 public:
     RC5Run(const RC5 &cipher, const uint8 *vector, bool padded, bool encrypting)
         : cipher_(cipher), chained_(vector != nullptr), padded_(padded), encrypting_(encrypting)

@@ -10,11 +10,9 @@
 #include <cstdlib>
 #include <memory>
 
-namespace proxies
-{
+namespace proxies {
 
-namespace
-{
+namespace {
 
 std::string lowered(std::string_view text)
 {

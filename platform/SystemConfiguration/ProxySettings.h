@@ -8,8 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace proxies
-{
+namespace proxies {
 
 struct Server {
     std::string host;  ///< a name or an address, an IPv6 one without brackets

@@ -11,8 +11,7 @@
 #include <memory>
 #include <string>
 
-namespace
-{
+namespace {
 
 using AddressList = std::unique_ptr<addrinfo, decltype(&freeaddrinfo)>;
 

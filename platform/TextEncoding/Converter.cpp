@@ -23,7 +23,9 @@ bool isNativeUnits(const encodings::Encoding &encoding)
 /// How many of the bytes give so many units.
 size_t bytesOfUnits(const encodings::Encoding &encoding, const std::u16string &text, size_t units)
 {
-    return encodings::encode(encoding, reinterpret_cast<const uint16_t *>(text.data()), units, 0, false, nullptr, 0).bytes;
+    return encodings::encode(encoding, reinterpret_cast<const uint16_t *>(text.data()), units, 0, false,
+                             nullptr, 0)
+        .bytes;
 }
 
 OSStatus statusOf(const OpaqueTECObjectRef &converter, const uint16_t *units, size_t count, size_t done)
@@ -37,13 +39,15 @@ OSStatus statusOf(const OpaqueTECObjectRef &converter, const uint16_t *units, si
     if ((high && !pair) || low)
         return kTextMalformedInputErr;
     const size_t length = pair ? 2 : 1;
-    const bool exists = encodings::encode(converter.to, units + done, length, 0, false, nullptr, 0).units == length;
+    const bool exists =
+        encodings::encode(converter.to, units + done, length, 0, false, nullptr, 0).units == length;
     return exists ? kTECOutputBufferFullStatus : kTECUnmappableElementErr;
 }
 
 }  // namespace
 
-OSStatus TECCreateConverter(TECObjectRef *newEncodingConverter, TextEncoding inputEncoding, TextEncoding outputEncoding)
+OSStatus TECCreateConverter(TECObjectRef *newEncodingConverter, TextEncoding inputEncoding,
+                            TextEncoding outputEncoding)
 {
     if (!newEncodingConverter)
         return paramErr;
@@ -76,7 +80,8 @@ OSStatus TECConvertText(TECObjectRef encodingConverter, const UInt8 *inputBuffer
         return noErr;
 
     // UTF-16 in this processor's order, the usual case, is taken as it lies there.
-    const bool units = isNativeUnits(encodingConverter->from) && reinterpret_cast<uintptr_t>(inputBuffer) % 2 == 0;
+    const bool units =
+        isNativeUnits(encodingConverter->from) && reinterpret_cast<uintptr_t>(inputBuffer) % 2 == 0;
     std::u16string text;
     const uint16_t *source = reinterpret_cast<const uint16_t *>(inputBuffer);
     size_t count = inputBufferLength / 2;
@@ -89,13 +94,14 @@ OSStatus TECConvertText(TECObjectRef encodingConverter, const UInt8 *inputBuffer
         count = text.size();
     }
     UInt8 none;
-    const auto done = encodings::encode(encodingConverter->to, source, count, 0, false, outputBuffer ? outputBuffer : &none,
-                                        outputBufferLength);
+    const auto done = encodings::encode(encodingConverter->to, source, count, 0, false,
+                                        outputBuffer ? outputBuffer : &none, outputBufferLength);
     written = ByteCount(done.bytes);
     if (units)
         readBytes = ByteCount(done.units * 2);
     else
-        readBytes = done.units == count ? inputBufferLength : ByteCount(bytesOfUnits(encodingConverter->from, text, done.units));
+        readBytes = done.units == count ? inputBufferLength
+                                        : ByteCount(bytesOfUnits(encodingConverter->from, text, done.units));
     const OSStatus status = statusOf(*encodingConverter, source, count, done.units);
     if (status == noErr && units && inputBufferLength % 2)
         return kTECPartialCharErr;

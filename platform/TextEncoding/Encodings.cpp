@@ -249,16 +249,10 @@ size_t bytesOf(const Encoding &encoding, uint32_t c, bool lone, uint8_t *out)
 {
     const bool big = encoding.order == Order::big;
     switch (encoding.coder) {
-    case ascii:
-        out[0] = uint8_t(c);
-        return c < 0x80;
-    case latin1:
-        out[0] = uint8_t(c);
-        return c < 0x100;
-    case utf8:
-        return lone ? 0 : bytesOfUTF8(c, out);
-    case utf32:
-        return lone ? 0 : bytesOfUTF32(c, big, out);
+    case ascii: out[0] = uint8_t(c); return c < 0x80;
+    case latin1: out[0] = uint8_t(c); return c < 0x100;
+    case utf8: return lone ? 0 : bytesOfUTF8(c, out);
+    case utf32: return lone ? 0 : bytesOfUTF32(c, big, out);
     case utf16:
     case nonLossy:  // units are written one by one: half a pair survives
         if (c > 0xFFFF) {
@@ -271,8 +265,7 @@ size_t bytesOf(const Encoding &encoding, uint32_t c, bool lone, uint8_t *out)
         }
         return encoding.coder == utf16 ? bytesOfUnit(uint16_t(c), big, out)
                                        : bytesOfNonLossy(uint16_t(c), out);
-    case iconv:
-        break;
+    case iconv: break;
     }
     return 0;
 }
@@ -644,8 +637,7 @@ std::optional<std::u16string> decode(const Encoding &encoding, const uint8_t *by
         if (std::any_of(bytes, bytes + count, [](uint8_t byte) { return byte >= 0x80; }))
             return std::nullopt;
         [[fallthrough]];
-    case latin1:
-        return std::u16string(bytes, bytes + count);
+    case latin1: return std::u16string(bytes, bytes + count);
     case utf8: {
         static constexpr uint8_t mark[] = {0xEF, 0xBB, 0xBF};
         const size_t skip =
@@ -664,10 +656,8 @@ std::optional<std::u16string> decode(const Encoding &encoding, const uint8_t *by
         }
         return width == 2 ? readUTF16(bytes, count, big) : readUTF32(bytes, count, big);
     }
-    case nonLossy:
-        return readNonLossy(bytes, count);
-    case iconv:
-        return readByIconv(encoding, bytes, count);
+    case nonLossy: return readNonLossy(bytes, count);
+    case iconv: return readByIconv(encoding, bytes, count);
     }
     return std::nullopt;
 }

@@ -39,7 +39,10 @@ private:
 };
 
 template <class T = NSObject>
-ArrayRange<T> each(NSArray *array) { return ArrayRange<T>(array); }
+ArrayRange<T> each(NSArray *array)
+{
+    return ArrayRange<T>(array);
+}
 
 }  // namespace tarvik
 #endif

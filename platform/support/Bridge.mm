@@ -49,8 +49,7 @@ NSString *nsstring(std::string_view bytes)
     // The platform takes U+FEFF for a byte order mark and drops it, but only in the first place.
     if (bytes.starts_with("\xEF\xBB\xBF"))
         return [nsstring(std::string("x").append(bytes)) substringFromIndex:1];
-    return [[[NSString alloc] initWithBytes:bytes.data()
-                                     length:bytes.size()
+    return [[[NSString alloc] initWithBytes:bytes.data() length:bytes.size()
                                    encoding:NSUTF8StringEncoding] autorelease];
 }
 
@@ -61,9 +60,6 @@ std::optional<std::string> bytes(NSData *data)
     return std::string(static_cast<const char *>([data bytes]), [data length]);
 }
 
-NSData *nsdata(std::string_view bytes)
-{
-    return [NSData dataWithBytes:bytes.data() length:bytes.size()];
-}
+NSData *nsdata(std::string_view bytes) { return [NSData dataWithBytes:bytes.data() length:bytes.size()]; }
 
 }  // namespace tarvik

@@ -42,10 +42,16 @@ private:
 
 /// Takes over a reference that the caller owns (`new`, `alloc`, `copy`, `retain`).
 template <class T>
-Retained<T *> adopt(T *object) { return Retained<T *>::adopting(object); }
+Retained<T *> adopt(T *object)
+{
+    return Retained<T *>::adopting(object);
+}
 /// Adds a reference to an object that somebody else owns.
 template <class T>
-Retained<T *> retain(T *object) { return Retained<T *>::adopting([object retain]); }
+Retained<T *> retain(T *object)
+{
+    return Retained<T *>::adopting([object retain]);
+}
 
 }  // namespace tarvik
 #endif

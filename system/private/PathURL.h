@@ -10,7 +10,8 @@ inline CFURLRef createPathURL(const std::string &path, bool isDirectory)
     CFStringRef text = CFStringCreateWithCString(kCFAllocatorDefault, path.c_str(), kCFStringEncodingUTF8);
     if (!text)
         return nullptr;
-    CFURLRef url = CFURLCreateWithFileSystemPath(kCFAllocatorDefault, text, kCFURLPOSIXPathStyle, isDirectory);
+    CFURLRef url =
+        CFURLCreateWithFileSystemPath(kCFAllocatorDefault, text, kCFURLPOSIXPathStyle, isDirectory);
     CFRelease(text);
     return url;
 }

@@ -5,8 +5,7 @@
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
 
-namespace
-{
+namespace {
 
 TEST(DigestCommand, ListsOfOthersAndOurOwn)
 {

@@ -6,8 +6,7 @@
 
 #include <fstream>
 
-namespace
-{
+namespace {
 
 namespace fs = std::filesystem;
 
@@ -22,7 +21,8 @@ TEST(FileCommand, LabelsTypesAndForks)
     EXPECT_EQ(runTarvik({"file", "type", file}).out, "TEXT a     " + file + "\n");
     EXPECT_EQ(runTarvik({"file", "put", "--resource", file}, std::string(1500000, 'r')).status, 0);
     EXPECT_EQ(runTarvik({"file", "cat", "-r", file}).out, std::string(1500000, 'r'));
-    EXPECT_EQ(runTarvik({"file", "forks", file}).out, "data                 4  " + file + "\nresource       1500000  " + file + "\n");
+    EXPECT_EQ(runTarvik({"file", "forks", file}).out,
+              "data                 4  " + file + "\nresource       1500000  " + file + "\n");
     EXPECT_NE(runTarvik({"file", "info", file}).out.find("label       purple\n"), std::string::npos);
 
     const ProgramResult mixed = runTarvik({"file", "label", none, file});
@@ -66,10 +66,12 @@ TEST(CopyCommand, WholeFolders)
     fs::last_write_time(top + "/sub", fs::file_time_type::clock::now() - std::chrono::hours(1000));
 
     EXPECT_EQ(runTarvik({"copy", top, copy}).status, 0);
-    EXPECT_EQ(runProgram({"diff", "-r", "--no-dereference", "--exclude=._sub", top, copy}).out, "") << "companions too";
+    EXPECT_EQ(runProgram({"diff", "-r", "--no-dereference", "--exclude=._sub", top, copy}).out, "")
+        << "companions too";
     EXPECT_EQ(runTarvik({"file", "label", copy}).out, "red     " + copy + "\n");
     EXPECT_EQ(fs::status(copy + "/sub").permissions(), fs::perms(0555));
-    EXPECT_LT(fs::last_write_time(top + "/sub") - fs::last_write_time(copy + "/sub"), std::chrono::milliseconds(1));
+    EXPECT_LT(fs::last_write_time(top + "/sub") - fs::last_write_time(copy + "/sub"),
+              std::chrono::milliseconds(1));
 
     // Again, into what is there; one item that fails keeps no other one from being copied.
     ASSERT_EQ(mkfifo((top + "/fifo").c_str(), 0600), 0);
@@ -128,7 +130,8 @@ TEST(OpenCommand, AFileMayBeCalledAsAURL)
     const TemporaryFolder folder;
     fs::create_directory(folder / "odd:name.app");
     fs::current_path(folder.path());
-    EXPECT_EQ(runTarvik({"open", "--which", "odd:name.app"}).out, fs::canonical("odd:name.app").native() + "\n");
+    EXPECT_EQ(runTarvik({"open", "--which", "odd:name.app"}).out,
+              fs::canonical("odd:name.app").native() + "\n");
 }
 
 }  // namespace

@@ -31,7 +31,8 @@ TEST(ProcessCommands, ListAndFindProcesses)
     EXPECT_EQ(all.status, 0);
     const size_t line = all.out.find(id + "   Ink ");
     ASSERT_NE(line, all.out.npos) << all.out;
-    EXPECT_EQ(all.out.substr(line, all.out.find('\n', line) - line), id + "   Ink                   " + bundle);
+    EXPECT_EQ(all.out.substr(line, all.out.find('\n', line) - line),
+              id + "   Ink                   " + bundle);
     EXPECT_NE(all.out.find("tarvik"), all.out.npos) << "itself";
     EXPECT_EQ(runTarvik({"ps", "--pids", bundle}).out, id + "\n");
     EXPECT_EQ(runTarvik({"ps", "--pids", id}).out, id + "\n");
@@ -58,9 +59,13 @@ TEST(ProcessCommands, LaunchApplications)
     setenv("XDG_CONFIG_HOME", (root / "config").c_str(), 1);
     fs::create_directories(root / "data/applications");
     fs::create_directories(root / "config");
-    folder.write("data/applications/looker.desktop", "[Desktop Entry]\nType=Application\nName=Looker\nExec=true %f\nMimeType=text/plain;\nCategories=Office;Viewer;\n");
-    folder.write("data/applications/writer.desktop", "[Desktop Entry]\nType=Application\nName=Writer\nExec=true %f\nMimeType=text/plain;\n");
-    folder.write("config/mimeapps.list", "[Default Applications]\ntext/plain=looker.desktop\n[Added Associations]\ntext/plain=looker.desktop;writer.desktop;\n");
+    folder.write("data/applications/looker.desktop",
+                 "[Desktop Entry]\nType=Application\nName=Looker\nExec=true "
+                 "%f\nMimeType=text/plain;\nCategories=Office;Viewer;\n");
+    folder.write("data/applications/writer.desktop",
+                 "[Desktop Entry]\nType=Application\nName=Writer\nExec=true %f\nMimeType=text/plain;\n");
+    folder.write("config/mimeapps.list", "[Default Applications]\ntext/plain=looker.desktop\n[Added "
+                                         "Associations]\ntext/plain=looker.desktop;writer.desktop;\n");
     const std::string text = folder.write("a.txt", "text\n"), data = root / "data/applications/";
     EXPECT_EQ(runTarvik({"launch", "--which", text}).out, data + "looker.desktop\n");
     EXPECT_EQ(runTarvik({"launch", "--which", "--role=viewer", text}).out, data + "looker.desktop\n");

@@ -55,7 +55,8 @@ TEST(ImageCommand, CreatesMountsListsAndUnmounts)
     EXPECT_NE(runTarvik({"image", "info", path}).out.find("mounted:  "), std::string::npos);
     const std::string table = runTarvik({"image", "list"}).out;
     // The table's columns are as wide as the images of the whole machine need.
-    const std::string label = name + "\\n1 ", imagePath = " " + folder.path().native() + "/" + name + "\\n1.img\n";
+    const std::string label = name + "\\n1 ",
+                      imagePath = " " + folder.path().native() + "/" + name + "\\n1.img\n";
     const size_t row = table.find(label);
     ASSERT_NE(row, std::string::npos) << table;
     const size_t end = table.find('\n', row) + 1;

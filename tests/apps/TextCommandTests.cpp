@@ -10,7 +10,8 @@ TEST(TextCommand, DoesWhatItSays)
     EXPECT_EQ(runTarvik({"text", "lines", "-c"}, "a\r\nb\r").out, "3\n");
     EXPECT_EQ(runTarvik({"text", "hex", "0a4Fzz"}).status, 1);
     EXPECT_EQ(runTarvik({"text", "hex", "0a4F"}).out, "\nO");
-    EXPECT_EQ(runTarvik({"text", "ostype", "TEXT", "0x6170706C"}).out, "0x54455854 'TEXT'\n0x6170706C 'appl'\n");
+    EXPECT_EQ(runTarvik({"text", "ostype", "TEXT", "0x6170706C"}).out,
+              "0x54455854 'TEXT'\n0x6170706C 'appl'\n");
     EXPECT_EQ(runTarvik({"text", "int", "-5", "x"}).status, 2);  // an option, to the parser
     EXPECT_EQ(runTarvik({"text", "int", "--", "-5", "x7"}).out, "5\n7\n");
     EXPECT_EQ(runTarvik({"text", "replace", "aa", "b"}, "aaa\n").out, "ab\n");

@@ -6,7 +6,8 @@ namespace {
 
 TEST(UTF8Command, DecodesLineByLine)
 {
-    EXPECT_EQ(runTarvik({"utf8", "decode", "--text", "a\xE2\x82\xAC\xF0\x9F\x98\x80"}).out, "U+0061 U+20AC U+1F600\n");
+    EXPECT_EQ(runTarvik({"utf8", "decode", "--text", "a\xE2\x82\xAC\xF0\x9F\x98\x80"}).out,
+              "U+0061 U+20AC U+1F600\n");
     EXPECT_EQ(runTarvik({"utf8", "decode"}, "\xC3\xA9\n\xA9").out, "U+00E9 U+000A\nU+0029\n");
     EXPECT_EQ(runTarvik({"utf8", "decode", "--count", "-"}, "\xC3\xA9\n\xA9").out, "3\n");
     const ProgramResult cut = runTarvik({"utf8", "decode"}, {"ab\0cd\nef", 8});

@@ -11,8 +11,7 @@
 
 #include "tests/support/Hex.h"
 
-namespace
-{
+namespace {
 
 std::string reversed(std::string bytes)
 {

@@ -99,9 +99,10 @@ TEST(Users, OnlyListedMembersBelong)
         GTEST_SKIP() << "this session has no login name and may not set one";
     const std::string name = login;
     TemporaryFolder folder;
-    const std::string groups = folder.write("group", "listed:x:901:other," + name + "\nprimary:x:" + std::to_string(getegid()) +
-                                                         ":\ncase:x:902:" + std::string(1, char(name[0] ^ 0x20)) + name.substr(1) +
-                                                         "\nlonger:x:903:" + name + "x\n");
+    const std::string groups =
+        folder.write("group", "listed:x:901:other," + name + "\nprimary:x:" + std::to_string(getegid()) +
+                                  ":\ncase:x:902:" + std::string(1, char(name[0] ^ 0x20)) + name.substr(1) +
+                                  "\nlonger:x:903:" + name + "x\n");
     ASSERT_TRUE(bindMount(groups, "/etc/group"));
     EXPECT_TRUE(UserIsBelongToGroup("listed"));
     EXPECT_FALSE(UserIsBelongToGroup("primary"));
@@ -176,8 +177,10 @@ TEST(AssertDeathTest, ReportsPlaceAndExpressionInEveryBuild)
 {
     const int two = 2;
     TARVIK_ASSERT(two == 2);
-    EXPECT_EXIT(TARVIK_ASSERT(two == 3), testing::KilledBySignal(SIGABRT), "CoreHelpersTests.mm:[0-9]+: failed assertion `two == 3'\n");
-    EXPECT_EXIT(TARVIK_ASSERT_IN("Other", two != 2), testing::KilledBySignal(SIGABRT), "^Other:[0-9]+: failed assertion `two != 2'\n");
+    EXPECT_EXIT(TARVIK_ASSERT(two == 3), testing::KilledBySignal(SIGABRT),
+                "CoreHelpersTests.mm:[0-9]+: failed assertion `two == 3'\n");
+    EXPECT_EXIT(TARVIK_ASSERT_IN("Other", two != 2), testing::KilledBySignal(SIGABRT),
+                "^Other:[0-9]+: failed assertion `two != 2'\n");
 }
 
 }  // namespace

@@ -50,7 +50,8 @@ protected:
             const std::string record(buffer, size_t(size));
             const std::string ident = std::string(program_invocation_short_name) + ": ";
             const size_t at = record.find(ident);
-            all.push_back({std::atoi(record.c_str() + 1), at == std::string::npos ? record : record.substr(at + ident.size())});
+            all.push_back({std::atoi(record.c_str() + 1),
+                           at == std::string::npos ? record : record.substr(at + ident.size())});
         }
         return all;
     }
@@ -121,8 +122,9 @@ TEST_F(SystemLog, MainArgumentsAreARecordEach)
     for (const Record &record : all)
         tails.push_back(record.text.substr(0, 17) + "*" + record.text.substr(record.text.rfind(": ") + 2));
     EXPECT_EQ(tails, (std::vector<std::string>{"LogMainArguments:*argc=03", "LogMainArguments:*argv[00]=prog",
-                                               "LogMainArguments:*argv[01]=/tmp/é", "LogMainArguments:*argv[02]=%@%s",
-                                               "LogMainArguments:*argc=00", "LogMainArguments:*argc=02"}));
+                                               "LogMainArguments:*argv[01]=/tmp/é",
+                                               "LogMainArguments:*argv[02]=%@%s", "LogMainArguments:*argc=00",
+                                               "LogMainArguments:*argc=02"}));
 }
 
 TEST_F(SystemLog, GuardLogsTheExceptionAndAnswersTheFailure)
@@ -141,7 +143,8 @@ TEST_F(SystemLog, GuardLogsTheExceptionAndAnswersTheFailure)
 // The command is a host: its record arrives like any other's.
 TEST_F(SystemLog, TheCommandWritesARecord)
 {
-    const ProgramResult result = runTarvik({"log", "--priority=6", "-f", "run", "--line", "12", "3", "files"});
+    const ProgramResult result =
+        runTarvik({"log", "--priority=6", "-f", "run", "--line", "12", "3", "files"});
     EXPECT_EQ(result.status, 0) << result.error;
     const auto all = records();
     ASSERT_EQ(all.size(), 1u);
@@ -166,14 +169,15 @@ class OldSystem : public testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_EQ(ReplaceGestalt(gestaltSystemVersion,
-                                 [](OSType, SInt32 *response) -> OSErr {
-                                     if (!gVersion)
-                                         return gestaltUnknownErr;
-                                     *response = gVersion;
-                                     return noErr;
-                                 },
-                                 nullptr),
+        ASSERT_EQ(ReplaceGestalt(
+                      gestaltSystemVersion,
+                      [](OSType, SInt32 *response) -> OSErr {
+                          if (!gVersion)
+                              return gestaltUnknownErr;
+                          *response = gVersion;
+                          return noErr;
+                      },
+                      nullptr),
                   noErr);
         SetStandardAlertPresenter([](AlertType type, ConstStr255Param error, ConstStr255Param explanation,
                                      const AlertStdAlertParamRec *parameters, SInt16 *hit) -> OSErr {

@@ -15,8 +15,7 @@
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
 
-namespace
-{
+namespace {
 
 using Utility = CDSAUtilityBase;
 
@@ -28,8 +27,7 @@ std::string take(CSSM_DATA &data)
     return toHex(bytes);
 }
 
-class CDSAUtility : public testing::Test
-{
+class CDSAUtility : public testing::Test {
 protected:
     CDSAUtility() { EXPECT_EQ(CSSM_OK, Utility::cdsaCspAttach(&csp)); }
     ~CDSAUtility() override { EXPECT_EQ(CSSM_OK, Utility::cdsaCspDetach(csp)); }

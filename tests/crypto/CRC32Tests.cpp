@@ -9,8 +9,7 @@
 #include <random>
 #include <string>
 
-namespace
-{
+namespace {
 
 static_assert(sizeof(CCRC32) == 257 * sizeof(uint32_t),
               "the object owns the table and its flag, nothing else");
@@ -25,8 +24,7 @@ uint32_t nextRemainder(uint32_t remainder, uint8_t byte)
 }
 
 // Random bytes between two pages that nobody may touch.
-class FencedBytes
-{
+class FencedBytes {
 public:
     explicit FencedBytes(size_t pages) : mLength{(pages + 2) * mPage}
     {

@@ -9,8 +9,7 @@
 #include <numeric>
 #include <vector>
 
-namespace
-{
+namespace {
 
 using Bytes = std::vector<uint8_t>;
 

@@ -12,8 +12,7 @@
 
 namespace {
 
-class FileLog : public testing::Test
-{
+class FileLog : public testing::Test {
 protected:
     FileLog() { setenv("TMPDIR", folder.path().c_str(), 1); }
     void switchOn() { std::filesystem::create_directory(folder / "tarvik-logs"); }
@@ -89,7 +88,9 @@ TEST_F(FileLog, ProcessesNeverTearALine)
     for (int process = 0; process < kProcesses; ++process) {
         if (fork() == 0) {
             for (int i = 0; i < kLines; ++i)
-                Utils::LogMessage(std::to_string(process) + "-" + std::to_string(i) + std::string(300, char('a' + process)), i);
+                Utils::LogMessage(std::to_string(process) + "-" + std::to_string(i) +
+                                      std::string(300, char('a' + process)),
+                                  i);
             _exit(0);
         }
     }
@@ -103,7 +104,8 @@ TEST_F(FileLog, ProcessesNeverTearALine)
         int process = -1, number = -1;
         ASSERT_EQ(sscanf(line.c_str() + at, "Message: %d-%d", &process, &number), 2) << line;
         const std::string start = "Message: " + std::to_string(process) + "-" + std::to_string(number);
-        ASSERT_EQ(line.substr(at), start + std::string(300, char('a' + process)) + " ErrorCode: " + std::to_string(number));
+        ASSERT_EQ(line.substr(at),
+                  start + std::string(300, char('a' + process)) + " ErrorCode: " + std::to_string(number));
         seen.insert(start);
     }
     EXPECT_EQ(seen.size(), size_t(kProcesses * kLines));

@@ -2,13 +2,13 @@
 #include "../support/LocalServer.h"
 #include "../support/Namespace.h"
 #include "../support/Program.h"
-#import <Foundation/Foundation.h>
 #include <Carbon/Gestalt.h>
+#import <Foundation/Foundation.h>
 #include <Tarvik/net/CommunicationLibrary.h>
 #import <Tarvik/net/MyUrlConnection.h>
 #include <Tarvik/support/Bridge.h>
-#include <arpa/inet.h>
 #include <Tarvik/support/Pool.h>
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <sys/socket.h>
@@ -22,7 +22,8 @@ namespace {
 
 NSData *get(const std::string &url, int32_t seconds)
 {
-    NSURLRequest *request = [NSURLRequest requestWithURL:[NSURL URLWithString:[NSString stringWithUTF8String:url.c_str()]]];
+    NSURLRequest *request =
+        [NSURLRequest requestWithURL:[NSURL URLWithString:[NSString stringWithUTF8String:url.c_str()]]];
     return [MyUrlConnection sendMySynchronousRequest:request transferTimeout:seconds];
 }
 
@@ -51,7 +52,8 @@ TEST(MyUrlConnection, WhatEndsInTheSliceOfTheTimeLimitIsTooLate)
     NSURL *url = [NSURL URLWithString:tarvik::nsstring(server.url("/bytes/10"))];
     ASSERT_TRUE([connection sendRequest:[NSURLRequest requestWithURL:url]]);
     while (![connection isTransferDone])
-        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:20]];
+        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode
+                                 beforeDate:[NSDate dateWithTimeIntervalSinceNow:20]];
     EXPECT_TRUE([connection hasFinished]);
     [connection timeIsUp:nil];
     EXPECT_EQ([connection wait], nil);
@@ -64,7 +66,8 @@ TEST(MyUrlConnection, AThousandTransfersLeaveNothing)
     const auto transfer = [&](int count) {
         for (int i = 0; i < count; ++i) {
             tarvik::Pool pool;
-            ASSERT_EQ([get(server.url(i % 10 ? "/bytes/5000" : "/reset"), 10) length], i % 10 ? 5000u : 0u) << i;
+            ASSERT_EQ([get(server.url(i % 10 ? "/bytes/5000" : "/reset"), 10) length], i % 10 ? 5000u : 0u)
+                << i;
         }
     };
     transfer(20);
@@ -88,7 +91,8 @@ int muteResolver(const TemporaryFolder &folder)
     address.sin_port = htons(53);
     inet_pton(AF_INET, "127.0.77.53", &address.sin_addr);
     if (bind(socket, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0 || !enterPrivateMounts() ||
-        !bindMount(folder.write("resolv.conf", "nameserver 127.0.77.53\n"), std::filesystem::canonical("/etc/resolv.conf")))
+        !bindMount(folder.write("resolv.conf", "nameserver 127.0.77.53\n"),
+                   std::filesystem::canonical("/etc/resolv.conf")))
         return -1;
     return socket;
 }
@@ -104,10 +108,13 @@ TEST(MyUrlConnection, TimeLimitsHoldWithinHalfASecond)
     for (const std::string &url : urls) {
         const auto start = std::chrono::steady_clock::now();
         EXPECT_EQ(get(url, 1), nil) << url;
-        EXPECT_NEAR(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 1.25, 0.3) << url;
+        EXPECT_NEAR(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 1.25,
+                    0.3)
+            << url;
     }
     char question[512];
-    EXPECT_TRUE(resolver < 0 || recv(resolver, question, sizeof question, MSG_DONTWAIT) > 0) << "it was asked";
+    EXPECT_TRUE(resolver < 0 || recv(resolver, question, sizeof question, MSG_DONTWAIT) > 0)
+        << "it was asked";
 }
 
 TEST(Post, GoesThroughURLLoading)
@@ -117,18 +124,19 @@ TEST(Post, GoesThroughURLLoading)
     ASSERT_EQ(CommunicationLibrary::Post(server.url("/echo"), std::string("<a>\0</a>", 8), answer), 0);
     EXPECT_TRUE(answer.starts_with("POST /echo HTTP/1.1\r\n")) << answer;
     EXPECT_TRUE(answer.ends_with(std::string("\r\n\r\n<a>\0</a>", 12)));
-    for (const char *field : {"Content-type: text/xml\r\n", "User-Agent: Tarvik\r\n", "Cache-Control: no-cache\r\n"})
+    for (const char *field :
+         {"Content-type: text/xml\r\n", "User-Agent: Tarvik\r\n", "Cache-Control: no-cache\r\n"})
         EXPECT_NE(answer.find(field), std::string::npos) << field << answer;
     EXPECT_EQ(CommunicationLibrary::Post(server.url("/bytes/0"), "", answer), 0) << "an empty answer is one";
     EXPECT_EQ(answer, "");
-    for (const std::string &url : {server.url("/close"), std::string("http://a b/"), std::string("\xFF"), std::string(), std::string("gopher://h/"),
-                                   std::string("file:///etc/hostname")})
+    for (const std::string &url :
+         {server.url("/close"), std::string("http://a b/"), std::string("\xFF"), std::string(),
+          std::string("gopher://h/"), std::string("file:///etc/hostname")})
         EXPECT_EQ(CommunicationLibrary::Post(url, "x", answer), CommunicationLibrary::kFailure) << url;
     EXPECT_EQ(answer, "");
 }
 
-class CurlPath : public testing::Test
-{
+class CurlPath : public testing::Test {
 protected:
     CurlPath()
     {
@@ -137,7 +145,10 @@ protected:
         request = folder.write("request-1.xml", "<a/>");
         response = folder / "response-1.xml";
     }
-    int send(const std::string &url) { return CommunicationLibrary::CurlExternSecureDownload(url, request, response, answer); }
+    int send(const std::string &url)
+    {
+        return CommunicationLibrary::CurlExternSecureDownload(url, request, response, answer);
+    }
     std::string log() const { return folder.read("tarvik-logs/log.txt"); }
 
     const TemporaryFolder folder;
@@ -149,9 +160,9 @@ TEST_F(CurlPath, RunsTheClientAsItIsLogged)
 {
     const ForwardProxy proxy(folder);
     const std::string url = server.url("/echo"), port = std::to_string(proxy.port());
-    const std::string line = "curl command line: \n/usr/bin/curl  --url " + url + " --connect-timeout 60 -m 70 -f  -s --data-binary @\"" +
-                             request + "\" -o \"" + response +
-                             "\" -H \"Content-Type: text/xml\" -H \"User-Agent: Tarvik\"";
+    const std::string line = "curl command line: \n/usr/bin/curl  --url " + url +
+                             " --connect-timeout 60 -m 70 -f  -s --data-binary @\"" + request + "\" -o \"" +
+                             response + "\" -H \"Content-Type: text/xml\" -H \"User-Agent: Tarvik\"";
     ASSERT_EQ(send(url), 0);
     EXPECT_TRUE(answer.starts_with("POST /echo HTTP/1.1\r\n"));
     EXPECT_TRUE(answer.ends_with("\r\n\r\n<a/>"));
@@ -188,11 +199,15 @@ TEST_F(CurlPath, ResultsAndLogs)
 
 TEST_F(CurlPath, AnOldSystemPostsThroughIt)
 {
-    ReplaceGestalt(gestaltSystemVersion, [](OSType, SInt32 *answer) -> OSErr { return *answer = 0x1031, noErr; }, nullptr);
+    ReplaceGestalt(
+        gestaltSystemVersion, [](OSType, SInt32 *answer) -> OSErr { return *answer = 0x1031, noErr; },
+        nullptr);
     ASSERT_EQ(CommunicationLibrary::Post(server.url("/echo"), "<b/>", answer), 0);
     EXPECT_TRUE(answer.ends_with("\r\n\r\n<b/>"));
     // A NUL cuts the rest of its piece of 2048 bytes.
-    ASSERT_EQ(CommunicationLibrary::Post(server.url("/echo"), std::string(1, '\0') + std::string(4096, 'x'), answer), 0);
+    ASSERT_EQ(CommunicationLibrary::Post(server.url("/echo"), std::string(1, '\0') + std::string(4096, 'x'),
+                                         answer),
+              0);
     EXPECT_LT(answer.size(), 2500u);
     EXPECT_GT(answer.size(), 2048u);
     EXPECT_EQ(CommunicationLibrary::Post(server.url("/status/500"), "", answer), 4);
@@ -210,7 +225,10 @@ TEST(PercentEncoding, KeepsTheSeventeenMarks)
         snprintf(escape, sizeof escape, "%%%02X", c);
         const bool kept = c && c < 128 && (isalnum(c) || strchr("-_.+!*'(),;/?:@=&", c));
         EXPECT_EQ(CommunicationLibrary::EncodeUrl(one), kept ? one : escape);
-        EXPECT_EQ(CommunicationLibrary::EncodeFormValue(one), kept ? one : c == ' ' ? "+" : c == '\n' ? "%0D%0A" : escape);
+        EXPECT_EQ(CommunicationLibrary::EncodeFormValue(one), kept        ? one
+                                                              : c == ' '  ? "+"
+                                                              : c == '\n' ? "%0D%0A"
+                                                                          : escape);
     }
     EXPECT_EQ(CommunicationLibrary::EncodeUrl("a b/c?d=\xC3\xA9"), "a%20b/c?d=%C3%A9");
     EXPECT_EQ(CommunicationLibrary::EncodeFormValue("a b\r\n"), "a+b%0D%0D%0A");

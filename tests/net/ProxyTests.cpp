@@ -14,7 +14,8 @@ std::string proxy(bool secure = false, size_t room = 150)
 {
     char host[200] = "untouched";
     unsigned short port = 77;
-    if ((secure ? CommunicationLibrary::GetHTTPSProxySetting : CommunicationLibrary::GetHTTPProxySetting)(host, room, &port))
+    if ((secure ? CommunicationLibrary::GetHTTPSProxySetting
+                : CommunicationLibrary::GetHTTPProxySetting)(host, room, &port))
         return std::string(host).append(":").append(std::to_string(port));
     EXPECT_STREQ(host, "");
     EXPECT_EQ(port, 0);
@@ -45,9 +46,11 @@ TEST(ProxySetting, EnvironmentInItsUsualSpellings)
                  {"proxy;reboot:80", ""},
                  {"", ""}};
     for (const auto &[value, server] : cases) {
-        for (const char *name : {"http_proxy", "HTTP_PROXY", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
+        for (const char *name :
+             {"http_proxy", "HTTP_PROXY", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
             setenv(name, value, 1);
-            EXPECT_EQ(proxy(std::string(name) == "https_proxy" || std::string(name) == "HTTPS_PROXY"), server) << name << "=" << value;
+            EXPECT_EQ(proxy(std::string(name) == "https_proxy" || std::string(name) == "HTTPS_PROXY"), server)
+                << name << "=" << value;
             unsetenv(name);
         }
     }
@@ -76,8 +79,9 @@ TEST(ProxyRequired, ExceptionsByAddressAndByName)
 {
     const TemporaryFolder folder;
     if (!enterPrivateMounts() ||
-        !bindMount(folder.write("hosts", "127.0.0.1 localhost\n10.1.2.3 www.example.org\n10.1.2.4 example.org\n"
-                                         "192.0.2.9 badexample.org intranet\n2001:db8::9 six.example.net\n"),
+        !bindMount(folder.write("hosts",
+                                "127.0.0.1 localhost\n10.1.2.3 www.example.org\n10.1.2.4 example.org\n"
+                                "192.0.2.9 badexample.org intranet\n2001:db8::9 six.example.net\n"),
                    "/etc/hosts"))
         GTEST_SKIP() << "no mount namespace";
     EXPECT_FALSE(needsProxy("http://www.example.org/")) << "no proxy at all";
@@ -118,7 +122,8 @@ TEST(ProxyRequired, ExceptionsByAddressAndByName)
     };
     for (const auto &[list, host, needed] : cases) {
         setenv("no_proxy", list, 1);
-        EXPECT_EQ(needsProxy(std::string("http://user@") + host + ":8080/path"), needed) << list << " " << host;
+        EXPECT_EQ(needsProxy(std::string("http://user@") + host + ":8080/path"), needed)
+            << list << " " << host;
     }
 }
 
@@ -130,7 +135,8 @@ TEST(ProxyRequired, OtherSchemesAreTold)
     setenv("http_proxy", "proxy:1", 1);
     EXPECT_FALSE(CommunicationLibrary::IsProxyRequiredFor(nullptr));
     EXPECT_EQ(folder.read("tarvik-logs/log.txt"), "");
-    for (const char *url : {"ftp://h/", "HTTP://h/", "Http://h/", "nonsense", "", "http://h/\xFF", "http ://h/"}) {
+    for (const char *url :
+         {"ftp://h/", "HTTP://h/", "Http://h/", "nonsense", "", "http://h/\xFF", "http ://h/"}) {
         EXPECT_FALSE(needsProxy(url)) << url;
         const std::string line = folder.read("tarvik-logs/log.txt");
         EXPECT_TRUE(line.ends_with("  Message: Commlib, eronate url sheme, not HTTP or HTTPS\n")) << url;
@@ -147,8 +153,9 @@ TEST(ProxySetting, TheDesktopComesBeforeTheEnvironment)
     setenv("GSETTINGS_BACKEND", "keyfile", 1);
     setenv("http_proxy", "environment:1", 1);
     std::filesystem::create_directories(folder / "glib-2.0/settings");
-    folder.write("glib-2.0/settings/keyfile", "[system/proxy]\nmode='manual'\nignore-hosts=['*.local', '10.0.0.0/8']\n"
-                                              "[system/proxy/http]\nhost='desktop'\nport=3128\n");
+    folder.write("glib-2.0/settings/keyfile",
+                 "[system/proxy]\nmode='manual'\nignore-hosts=['*.local', '10.0.0.0/8']\n"
+                 "[system/proxy/http]\nhost='desktop'\nport=3128\n");
     EXPECT_EQ(proxy(), "desktop:3128");
     EXPECT_EQ(proxy(true), "");
     EXPECT_FALSE(needsProxy("http://10.9.8.7/"));
@@ -160,8 +167,13 @@ TEST(Reachability, ByRoute)
     const struct {
         const wchar_t *url;
         bool isUp;
-    } cases[] = {{L"http://127.0.0.1/", true},   {L"http://localhost:1/x", true}, {L"https://[::ffff:127.0.0.1]/", true}, {L"http://localhost./", true},
-                 {L"http://no-such.invalid/", false}, {L"nonsense", false},       {L"", false}};
+    } cases[] = {{L"http://127.0.0.1/", true},
+                 {L"http://localhost:1/x", true},
+                 {L"https://[::ffff:127.0.0.1]/", true},
+                 {L"http://localhost./", true},
+                 {L"http://no-such.invalid/", false},
+                 {L"nonsense", false},
+                 {L"", false}};
     for (const auto &[url, isUp] : cases)
         EXPECT_EQ(CommunicationLibrary::IsOSXConnectionUp(url), isUp) << std::string(url, url + wcslen(url));
     // A network without a route.

@@ -18,7 +18,8 @@ SInt32 gAnswer;
 /// From now on Gestalt answers `gAnswer` for the selector.
 void answerFor(OSType selector)
 {
-    ReplaceGestalt(selector, [](OSType, SInt32 *response) -> OSErr { return *response = gAnswer, noErr; }, nullptr);
+    ReplaceGestalt(
+        selector, [](OSType, SInt32 *response) -> OSErr { return *response = gAnswer, noErr; }, nullptr);
 }
 
 TEST(SystemInformation, VersionComesFromTheReleaseFile)
@@ -46,9 +47,10 @@ TEST(SystemInformation, CountryAndLanguage)
         NSString *stored;
         const char *environment;
         const wchar_t *country;
-    } countries[] = {{@"ja_JP", "de_AT", L"JP"}, {@"fr", "de_AT", L"fr"},       {@"en_", "de_AT", L"en"},
-                     {@"zh_Hans_CN", "", L"Hans_CN"}, {nil, "de_AT.UTF-8@euro", L"AT"}, {nil, "C.UTF-8", L""},
-                     {nil, "de.UTF-8", L"de"},   {@"", "", L""}};
+    } countries[] = {{@"ja_JP", "de_AT", L"JP"},       {@"fr", "de_AT", L"fr"},
+                     {@"en_", "de_AT", L"en"},         {@"zh_Hans_CN", "", L"Hans_CN"},
+                     {nil, "de_AT.UTF-8@euro", L"AT"}, {nil, "C.UTF-8", L""},
+                     {nil, "de.UTF-8", L"de"},         {@"", "", L""}};
     for (const auto &[stored, environment, country] : countries) {
         [defaults removeObjectForKey:@"AppleLocale"];
         if (stored)
@@ -71,7 +73,8 @@ TEST(SystemInformation, CountryAndLanguage)
 TEST(SystemInformation, ProcessorAndVersionNumberComeFromGestalt)
 {
     answerFor(gestaltSysArchitecture);
-    const std::pair<SInt32, const wchar_t *> types[] = {{1, L"68k"}, {2, L"PowerPC"}, {10, L"Intel"}, {0, L"Intel"}};
+    const std::pair<SInt32, const wchar_t *> types[] = {
+        {1, L"68k"}, {2, L"PowerPC"}, {10, L"Intel"}, {0, L"Intel"}};
     for (const auto &[answer, type] : types) {
         gAnswer = answer;
         EXPECT_EQ(Utils::getProcessorType(), type);
@@ -107,7 +110,8 @@ TEST(SystemInformation, IdentifierEndsInTheHardwareAddress)
         EXPECT_EQ(second.substr(24), address);
     }
     // In a network without a route: random to the end.
-    EXPECT_TRUE(unshare(CLONE_NEWNET) != 0 || Utils::generateGUID().substr(24) != Utils::generateGUID().substr(24));
+    EXPECT_TRUE(unshare(CLONE_NEWNET) != 0 ||
+                Utils::generateGUID().substr(24) != Utils::generateGUID().substr(24));
 }
 
 }  // namespace

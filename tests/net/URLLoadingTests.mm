@@ -36,12 +36,15 @@ size_t residentKilobytes(const char *which)
 TEST(URLLoading, RequestsGoOutAsAsked)
 {
     const LocalServer server;
-    const Transfer post = run({.url = server.url("/echo"), .method = "POST", .body = std::string("<a>\0</a>", 8),
+    const Transfer post = run({.url = server.url("/echo"),
+                               .method = "POST",
+                               .body = std::string("<a>\0</a>", 8),
                                .headers = {{"Content-type", "text/xml"}, {"Content-Length", "3"}}});
     EXPECT_EQ(post.status, 200);
     EXPECT_TRUE(post.body.starts_with("POST /echo HTTP/1.1\r\n"));
     EXPECT_TRUE(post.body.ends_with(std::string("\r\n\r\n<a>\0</a>", 12)));
-    for (const char *field : {"Content-type: text/xml\r\n", "Content-Length: 8\r\n", "Cache-Control: no-cache\r\n"})
+    for (const char *field :
+         {"Content-type: text/xml\r\n", "Content-Length: 8\r\n", "Cache-Control: no-cache\r\n"})
         EXPECT_NE(post.body.find(field), std::string::npos) << field;
     EXPECT_EQ(post.body.find("Expect"), std::string::npos);
     EXPECT_EQ(run({.url = server.url("/echo"), .method = "PUT", .body = "x"}).body.substr(0, 4), "PUT ");
@@ -61,10 +64,12 @@ TEST(URLLoading, BodiesArriveWhole)
     const LocalServer server;
     for (size_t size : {size_t(0), size_t(1), size_t(16385), size_t(3000000)}) {
         EXPECT_TRUE(run({.url = server.url("/bytes/" + std::to_string(size))}).body == pattern(size)) << size;
-        EXPECT_TRUE(run({.url = server.url("/chunked/" + std::to_string(size))}).body == pattern(size)) << size;
+        EXPECT_TRUE(run({.url = server.url("/chunked/" + std::to_string(size))}).body == pattern(size))
+            << size;
     }
     EXPECT_EQ(run({.url = server.url("/gzip")}).body, "hello\n");
-    EXPECT_GT(run({.url = server.url("/drip/20")}).chunks, 1) << "as they come (some together on a busy machine)";
+    EXPECT_GT(run({.url = server.url("/drip/20")}).chunks, 1)
+        << "as they come (some together on a busy machine)";
     const Transfer multi = run({.url = server.url("/multi")});
     EXPECT_EQ(multi.field("X-Multi"), "a, b");
     EXPECT_STREQ([[multi.response.get() MIMEType] UTF8String], "text/html");
@@ -131,14 +136,18 @@ TEST(URLLoading, RedirectsAreFollowedByTheRules)
                  {307, "POST", "POST "}, {308, "PUT", "PUT "},  {302, "GET", "GET "}};
     for (const auto &[status, method, asks] : cases) {
         // Relative, with dot segments: gnustep-base's own URLs get this wrong.
-        const Transfer transfer = run({.url = server.url("/redirect/" + std::to_string(status) + "?../a/../echo?q=1"),
-                                       .method = method, .body = *method == 'G' ? "" : "body"});
+        const Transfer transfer =
+            run({.url = server.url("/redirect/" + std::to_string(status) + "?../a/../echo?q=1"),
+                 .method = method,
+                 .body = *method == 'G' ? "" : "body"});
         EXPECT_EQ(transfer.redirects, 1);
-        EXPECT_TRUE(transfer.body.starts_with(std::string(asks) + "/echo?q=1 ")) << status << method << transfer.body;
+        EXPECT_TRUE(transfer.body.starts_with(std::string(asks) + "/echo?q=1 "))
+            << status << method << transfer.body;
         EXPECT_EQ(transfer.body.ends_with("body"), *asks == *method && *method == 'P') << status << method;
     }
     const LocalServer other;
-    const Load load{.url = server.url("/redirect/302?" + other.url("/echo")), .headers = {{"Authorization", "Basic x"}}};
+    const Load load{.url = server.url("/redirect/302?" + other.url("/echo")),
+                    .headers = {{"Authorization", "Basic x"}}};
     EXPECT_EQ(run(load).body.find("Authorization"), std::string::npos);  // not for another server
     const Transfer refused = run({.url = server.url("/redirect/302?/echo"), .refusesRedirects = true});
     EXPECT_EQ(refused.status, 302);
@@ -181,7 +190,8 @@ TEST(URLLoading, TheCachePolicyIsHonoured)
         EXPECT_EQ(stale.status, 200);
         EXPECT_EQ(stale.body, "fresh\n");
     }
-    EXPECT_EQ(load("/echo", NSURLRequestUseProtocolCachePolicy).body, load("/echo", NSURLRequestUseProtocolCachePolicy).body);
+    EXPECT_EQ(load("/echo", NSURLRequestUseProtocolCachePolicy).body,
+              load("/echo", NSURLRequestUseProtocolCachePolicy).body);
 }
 
 TEST(URLLoading, CertificatesAreVerified)
@@ -230,8 +240,8 @@ TEST(URLLoading, DelegatesMayDoAsTheyLike)
 {
     const LocalServer server;
     // Cancel in the middle of a body: nothing more is told.
-    const Transfer cancelled = run({.url = server.url("/endless"),
-                                    .onChunk = [](NSURLConnection *c) { [c cancel]; }, .patience = 0.5});
+    const Transfer cancelled = run(
+        {.url = server.url("/endless"), .onChunk = [](NSURLConnection *c) { [c cancel]; }, .patience = 0.5});
     EXPECT_FALSE(cancelled.ended);
     EXPECT_EQ(cancelled.chunks, 1);
     // Load something else from within a callback, over a nested run loop.
@@ -258,12 +268,15 @@ TEST(URLLoading, DelegatesMayDoAsTheyLike)
 TEST(URLLoading, NothingIsLeftOverAThousandTransfers)
 {
     const LocalServer server;
-    const char *const paths[] = {"/echo", "/short", "/redirect/302?/echo", "/bytes/100000", "/reset", "/close"};
+    const char *const paths[] = {"/echo",         "/short", "/redirect/302?/echo",
+                                 "/bytes/100000", "/reset", "/close"};
     const auto round = [&](int count) {
         for (int i = 0; i < count; ++i) {
             tarvik::Pool pool;
             const std::string path = i % 20 ? paths[i % 4] : paths[4 + i / 20 % 2];
-            run({.url = server.url(path), .method = i % 2 ? "POST" : "GET", .body = i % 2 ? pattern(1024) : ""});
+            run({.url = server.url(path),
+                 .method = i % 2 ? "POST" : "GET",
+                 .body = i % 2 ? pattern(1024) : ""});
         }
     };
     round(100);

@@ -8,8 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace steps
-{
+namespace steps {
 
 inline std::string replaced(const std::string &text, const std::string &search,
                             const std::string &replacement)

@@ -16,8 +16,7 @@ using tarvik::xml::Stretch;
 using Text = std::string;
 using List = std::vector<Text>;
 
-namespace
-{
+namespace {
 
 const XMLUtility kXML;
 const std::string kUntouched = "as it was";
@@ -194,9 +193,7 @@ TEST(XMLUtility, HostileTextsAreReadOnce)
 }
 
 // Every set of kernels against the plain way, on texts of all lengths in memory of exactly their size.
-class XMLKernels : public testing::TestWithParam<const BlockKernels *>
-{
-};
+class XMLKernels : public testing::TestWithParam<const BlockKernels *> {};
 
 TEST_P(XMLKernels, AgreeWithThePlainWay)
 {

@@ -140,24 +140,29 @@ TEST(AppleEventDataTest, Arrays)
     OwnedDesc numbers;
     AECreateList(nullptr, 0, false, numbers.out());
     const SInt16 shorts[] = {1, 2, 3};
-    EXPECT_EQ(AEPutArray(numbers.get(), kAEPackedArray, reinterpret_cast<const AEArrayData *>(shorts), typeSInt16, 2, 3), noErr);
+    EXPECT_EQ(AEPutArray(numbers.get(), kAEPackedArray, reinterpret_cast<const AEArrayData *>(shorts),
+                         typeSInt16, 2, 3),
+              noErr);
     SInt16 back[3] = {};
     DescType type;
     Size size;
     long count;
     const auto array = [](void *memory) { return static_cast<AEArrayDataPointer>(memory); };
-    EXPECT_EQ(AEGetArray(numbers.get(), kAEPackedArray, array(back), 5, &type, &size, &count), errAEBufferTooSmall);
+    EXPECT_EQ(AEGetArray(numbers.get(), kAEPackedArray, array(back), 5, &type, &size, &count),
+              errAEBufferTooSmall);
     EXPECT_EQ(AEGetArray(numbers.get(), kAEPackedArray, array(back), 6, &type, &size, &count), noErr);
     EXPECT_EQ(std::vector<SInt16>(back, back + 3), std::vector<SInt16>(shorts, shorts + 3));
     EXPECT_EQ(std::vector<long>({long(type), size, count}), std::vector<long>({long(typeSInt16), 2, 3}));
     Handle handles[3];
-    EXPECT_EQ(AEGetArray(numbers.get(), kAEHandleArray, array(handles), sizeof handles, &type, &size, &count), noErr);
+    EXPECT_EQ(AEGetArray(numbers.get(), kAEHandleArray, array(handles), sizeof handles, &type, &size, &count),
+              noErr);
     for (const Handle handle : handles) {
         EXPECT_EQ(GetHandleSize(handle), 2);
         DisposeHandle(handle);
     }
     AEPutPtr(numbers.get(), 0, typeSInt32, "four", 4);  // no longer alike
-    EXPECT_EQ(AEGetArray(numbers.get(), kAEPackedArray, array(back), 6, &type, &size, &count), errAEWrongDataType);
+    EXPECT_EQ(AEGetArray(numbers.get(), kAEPackedArray, array(back), 6, &type, &size, &count),
+              errAEWrongDataType);
 }
 
 TEST(AppleEventDataTest, EventsAndTheirAttributes)
@@ -167,7 +172,9 @@ TEST(AppleEventDataTest, EventsAndTheirAttributes)
     OSType type = 0;
     DescType actual;
     Size size;
-    const auto attribute = [&](AEKeyword key, DescType as, void *to) { return AEGetAttributePtr(event.get(), key, as, &actual, to, 4, &size); };
+    const auto attribute = [&](AEKeyword key, DescType as, void *to) {
+        return AEGetAttributePtr(event.get(), key, as, &actual, to, 4, &size);
+    };
     EXPECT_EQ(attribute(keyEventClassAttr, typeType, &type), noErr);
     EXPECT_EQ(type, "book"_code);
     EXPECT_EQ(attribute(keyReturnIDAttr, typeSInt32, &n), noErr);
@@ -175,7 +182,8 @@ TEST(AppleEventDataTest, EventsAndTheirAttributes)
     EXPECT_EQ(attribute(keyAddressAttr, typeKernelProcessID, &n), noErr);
     EXPECT_EQ(n, 77);
     EXPECT_EQ(attribute(keySenderPIDAttr, typeSInt32, &n), errAEDescNotFound);
-    EXPECT_EQ(AEPutAttributePtr(event.get(), keySenderPIDAttr, typeSInt32, &n, 4), errAENotAppleEvent);  // nobody forges it
+    EXPECT_EQ(AEPutAttributePtr(event.get(), keySenderPIDAttr, typeSInt32, &n, 4),
+              errAENotAppleEvent);  // nobody forges it
     EXPECT_EQ(attribute(keyMissedKeywordAttr, typeKeyword, &type), noErr);
     EXPECT_EQ(type, OSType(keyDirectObject));
     EXPECT_EQ(AEGetParamDesc(event.get(), keyDirectObject, typeWildCard, other.out()), noErr);
@@ -195,14 +203,17 @@ TEST(AppleEventCoercionTest, Text)
 {
     const std::string utf8 = "Zoë 🙂";
     const OwnedDesc text = descOf(typeUTF8Text, utf8);
-    for (const DescType type : {DescType(typeText), DescType(typeUnicodeText), DescType(typeUTF16ExternalRepresentation), DescType(typeIntlText),
-                                DescType(typeCString), DescType(typePString)}) {
+    for (const DescType type :
+         {DescType(typeText), DescType(typeUnicodeText), DescType(typeUTF16ExternalRepresentation),
+          DescType(typeIntlText), DescType(typeCString), DescType(typePString)}) {
         OwnedDesc there;
         ASSERT_EQ(AECoerceDesc(text.get(), type, there.out()), noErr);
         EXPECT_EQ(coerced(there, typeUTF8Text), utf8);
     }
-    EXPECT_EQ(coerced(descOf(typeUTF16ExternalRepresentation, std::string("\0Z\0\xEB", 4)), typeUTF8Text), "Zë");
-    EXPECT_EQ(coerced(descOf(typeUTF16ExternalRepresentation, std::string("\xFF\xFEZ\0", 4)), typeUTF8Text), "Z");
+    EXPECT_EQ(coerced(descOf(typeUTF16ExternalRepresentation, std::string("\0Z\0\xEB", 4)), typeUTF8Text),
+              "Zë");
+    EXPECT_EQ(coerced(descOf(typeUTF16ExternalRepresentation, std::string("\xFF\xFEZ\0", 4)), typeUTF8Text),
+              "Z");
     EXPECT_EQ(coerced(descOf(typeText, "Zo\x91"), typeUTF8Text), "Zoë");  // not UTF-8: what it was before
     EXPECT_EQ(coerced(descOf(typeUTF8Text, "\xFF"), typeText), kFails);
     EXPECT_EQ(coerced(descOf(typeUnicodeText, "odd"), typeUTF8Text), kFails);
@@ -302,7 +313,8 @@ TEST(AppleEventCoercionTest, Files)
 
 TEST(AppleEventCoercionTest, HandlersComeFirst)
 {
-    static const auto shout = [](DescType, const void *data, Size size, DescType to, SRefCon refcon, AEDesc *result) -> OSErr {
+    static const auto shout = [](DescType, const void *data, Size size, DescType to, SRefCon refcon,
+                                 AEDesc *result) -> OSErr {
         const std::string text(static_cast<const char *>(data), size_t(size));
         if (text == "leave")
             return errAECoercionFail;
@@ -353,7 +365,9 @@ TEST(AppleEventFlatteningTest, RefusesWhatIsNoForm)
 {
     const std::string form = flattened(everything().get());
     OwnedDesc made;
-    const auto read = [&](const std::string &bytes) { return AEUnflattenDescFromBytes(bytes.data(), bytes.size(), made.out()); };
+    const auto read = [&](const std::string &bytes) {
+        return AEUnflattenDescFromBytes(bytes.data(), bytes.size(), made.out());
+    };
     for (size_t size = 0; size < form.size(); ++size)
         EXPECT_EQ(read(form.substr(0, size)), errAECorruptData) << size;
     EXPECT_EQ(read(form + '\0'), errAECorruptData);

@@ -23,7 +23,8 @@ constexpr AEEventClass kTest = "test"_code;
 OwnedDesc event(AEEventID id, const AEDesc *target = nullptr)
 {
     OwnedDesc made;
-    EXPECT_EQ(AECreateAppleEvent(kTest, id, target, kAutoGenerateReturnID, kAnyTransactionID, made.out()), noErr);
+    EXPECT_EQ(AECreateAppleEvent(kTest, id, target, kAutoGenerateReturnID, kAnyTransactionID, made.out()),
+              noErr);
     return made;
 }
 
@@ -36,7 +37,10 @@ OSErr called(const AppleEvent *, AppleEvent *reply, SRefCon refcon)
     AEPutParamPtr(reply, keyDirectObject, typeSInt32, &n, sizeof n);
     return noErr;
 }
-OSErr passes(const AppleEvent *, AppleEvent *, SRefCon refcon) { return gCalls.push_back(refcon), OSErr(errAEEventNotHandled); }
+OSErr passes(const AppleEvent *, AppleEvent *, SRefCon refcon)
+{
+    return gCalls.push_back(refcon), OSErr(errAEEventNotHandled);
+}
 OSErr fails(const AppleEvent *, AppleEvent *, SRefCon refcon) { return OSErr(refcon); }
 OSErr raises(const AppleEvent *, AppleEvent *, SRefCon)
 {
@@ -54,10 +58,13 @@ TEST(AppleEventHandlerTest, TheMostParticularOneIsCalledFirst)
         AEEventID second;
         Boolean isSystem;
         AEEventHandlerUPP function;
-    } installed[] = {{typeWildCard, typeWildCard, true, called}, {kTest, "one "_code, false, passes},         {kTest, typeWildCard, false, passes},
-                     {typeWildCard, "one "_code, false, passes}, {typeWildCard, typeWildCard, false, passes}, {kTest, "one "_code, true, passes}};
+    } installed[] = {{typeWildCard, typeWildCard, true, called},  {kTest, "one "_code, false, passes},
+                     {kTest, typeWildCard, false, passes},        {typeWildCard, "one "_code, false, passes},
+                     {typeWildCard, typeWildCard, false, passes}, {kTest, "one "_code, true, passes}};
     for (const auto &one : installed)
-        ASSERT_EQ(AEInstallEventHandler(one.first, one.second, one.function, SRefCon(&one - installed), one.isSystem), noErr);
+        ASSERT_EQ(AEInstallEventHandler(one.first, one.second, one.function, SRefCon(&one - installed),
+                                        one.isSystem),
+                  noErr);
     OwnedDesc reply;
     EXPECT_EQ(AESendMessage(event("one "_code).get(), reply.out(), kAEWaitReply, kAEDefaultTimeout), noErr);
     EXPECT_EQ(gCalls, std::vector<SRefCon>({1, 2, 3, 4, 5, 0}));
@@ -65,10 +72,12 @@ TEST(AppleEventHandlerTest, TheMostParticularOneIsCalledFirst)
 
     AEEventHandlerUPP known = nullptr;
     SRefCon refcon = 0;
-    EXPECT_EQ(AEGetEventHandler(kTest, "two "_code, &known, &refcon, false), errAEHandlerNotFound);  // a wild card serves, but is not it
+    EXPECT_EQ(AEGetEventHandler(kTest, "two "_code, &known, &refcon, false),
+              errAEHandlerNotFound);  // a wild card serves, but is not it
     EXPECT_EQ(AEGetEventHandler(kTest, typeWildCard, &known, &refcon, false), noErr);
     EXPECT_EQ(refcon, 2);
-    EXPECT_EQ(AERemoveEventHandler(kTest, "one "_code, called, false), errAEHandlerNotFound);  // another one's
+    EXPECT_EQ(AERemoveEventHandler(kTest, "one "_code, called, false),
+              errAEHandlerNotFound);  // another one's
     EXPECT_EQ(AERemoveEventHandler(kTest, "one "_code, passes, false), noErr);
     EXPECT_EQ(AERemoveEventHandler(kTest, "one "_code, nullptr, false), errAEHandlerNotFound);
 
@@ -108,7 +117,8 @@ TEST(AppleEventHandlerTest, WhatAHandlerSees)
     static const auto look = [](const AppleEvent *event, AppleEvent *reply, SRefCon) -> OSErr {
         OwnedDesc current;
         AEGetTheCurrentEvent(current.out());
-        AEGetAttributePtr(event, keyEventSourceAttr, typeSInt16, nullptr, &seen.source, sizeof seen.source, nullptr);
+        AEGetAttributePtr(event, keyEventSourceAttr, typeSInt16, nullptr, &seen.source, sizeof seen.source,
+                          nullptr);
         AEGetAttributePtr(event, keyReplyRequestedAttr, typeBoolean, nullptr, &seen.wanted, 1, nullptr);
         SInt32 here = -1, there = -2;
         AEGetAttributePtr(event, keyReturnIDAttr, typeSInt32, nullptr, &here, 4, nullptr);
@@ -120,7 +130,8 @@ TEST(AppleEventHandlerTest, WhatAHandlerSees)
     AEInstallEventHandler(kTest, "look"_code, NewAEEventHandlerUPP(look), 0, false);
     OwnedDesc reply, current;
     EXPECT_EQ(AESendMessage(event("look"_code).get(), reply.out(), kAEWaitReply, 60), noErr);
-    EXPECT_TRUE(seen.source == kAEDirectCall && seen.wanted && seen.reply == typeAppleEvent && seen.sameEvent);
+    EXPECT_TRUE(seen.source == kAEDirectCall && seen.wanted && seen.reply == typeAppleEvent &&
+                seen.sameEvent);
     EXPECT_EQ(AESendMessage(event("look"_code).get(), nullptr, kAENoReply, 60), noErr);
     EXPECT_TRUE(!seen.wanted && seen.reply == typeNull);
     EXPECT_EQ(AEGetTheCurrentEvent(current.out()), noErr);
@@ -138,15 +149,18 @@ TEST(AppleEventHandlerTest, AllAddressesOfOneself)
     AECreateDesc(typeProcessSerialNumber, &own, sizeof own, targets[1].out());
     AECreateDesc(typeKernelProcessID, &pid, sizeof pid, targets[2].out());
     for (const OwnedDesc &target : targets) {
-        EXPECT_EQ(AESendMessage(event("mine"_code, target.get()).get(), reply.out(), kAEWaitReply, 60), noErr);
+        EXPECT_EQ(AESendMessage(event("mine"_code, target.get()).get(), reply.out(), kAEWaitReply, 60),
+                  noErr);
         EXPECT_EQ(numberParam(reply.get(), keyDirectObject), 7);
     }
 
     OwnedDesc strange;
     AECreateDesc("what"_code, "x", 1, strange.out());
-    EXPECT_EQ(AESendMessage(event("mine"_code, strange.get()).get(), reply.out(), kAEWaitReply, 60), errAEUnknownAddressType);
+    EXPECT_EQ(AESendMessage(event("mine"_code, strange.get()).get(), reply.out(), kAEWaitReply, 60),
+              errAEUnknownAddressType);
     AECreateDesc(typeKernelProcessID, "x", 1, strange.out());
-    EXPECT_EQ(AESendMessage(event("mine"_code, strange.get()).get(), reply.out(), kAEWaitReply, 60), errAECorruptData);
+    EXPECT_EQ(AESendMessage(event("mine"_code, strange.get()).get(), reply.out(), kAEWaitReply, 60),
+              errAECorruptData);
     EXPECT_EQ(AESendMessage(event("mine"_code).get(), reply.out(), 0, 60), errAEUnknownSendMode);
     EXPECT_EQ(AESendMessage(event("mine"_code).get(), nullptr, kAEWaitReply, 60), paramErr);
     EXPECT_EQ(AESendMessage(targets[0].get(), reply.out(), kAEWaitReply, 60), errAENotAppleEvent);

@@ -24,8 +24,7 @@ namespace {
 constexpr AEEventClass kTest = "test"_code;
 
 /// A process that serves events, ended with the object.
-class Peer : public Companion
-{
+class Peer : public Companion {
 public:
     explicit Peer(const std::string &mode = "", const std::string &argument = "",
                   const std::string &program = TARVIK_TESTS_HELPER "/tarvik-test-eventpeer")
@@ -84,7 +83,8 @@ TEST(AppleEventProcessTest, AQuestionAndItsAnswer)
         ProcessSerialNumber serial;
         ASSERT_EQ(GetProcessForPID(peer.process(), &serial), noErr);
         const OwnedDesc byNumber = descOfNumber(typeProcessSerialNumber, serial);
-        for (const std::string &text : {std::string("Zoë"), std::string(), std::string(3 << 20, 'x'), std::string("again")}) {
+        for (const std::string &text :
+             {std::string("Zoë"), std::string(), std::string(3 << 20, 'x'), std::string("again")}) {
             const Sent sent = send(event("echo"_code, byNumber, text));
             EXPECT_EQ(sent.status, noErr);
             EXPECT_EQ(textParam(sent.reply.get(), keyDirectObject), text);
@@ -92,7 +92,8 @@ TEST(AppleEventProcessTest, AQuestionAndItsAnswer)
         }
         SInt32 answerer = 0;
         const Sent sent = send(event("echo"_code, peer.address()));
-        AEGetAttributePtr(sent.reply.get(), keySenderPIDAttr, typeSInt32, nullptr, &answerer, sizeof answerer, nullptr);
+        AEGetAttributePtr(sent.reply.get(), keySenderPIDAttr, typeSInt32, nullptr, &answerer, sizeof answerer,
+                          nullptr);
         EXPECT_EQ(answerer, peer.process());
         EXPECT_EQ(send(event("none"_code, peer.address())).status, errAEEventNotHandled);
         const Sent refused = send(event("refu"_code, peer.address()));
@@ -152,8 +153,12 @@ TEST(AppleEventProcessTest, QueuedRepliesComeThroughTheRunLoop)
     answers.clear();
     AEInstallEventHandler(
         kTest, "self"_code,
-        [](const AppleEvent *, AppleEvent *reply, SRefCon) { return AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, "me", 2); }, 0, false);
-    EXPECT_EQ(textParam(send(event("self"_code, OwnedDesc()), kAEQueueReply).reply.get(), keyDirectObject), "me");
+        [](const AppleEvent *, AppleEvent *reply, SRefCon) {
+            return AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, "me", 2);
+        },
+        0, false);
+    EXPECT_EQ(textParam(send(event("self"_code, OwnedDesc()), kAEQueueReply).reply.get(), keyDirectObject),
+              "me");
     EXPECT_TRUE(runUntil([] { return answers.size() == 1 && answers[0].second == "me"; }));
 }
 
@@ -169,8 +174,11 @@ TEST(AppleEventProcessTest, ReceiversThatFail)
     const Sent late = send(event("echo"_code, deaf.address()), kAEWaitReply, 6);
     EXPECT_EQ(late.status, errAETimeout);
     EXPECT_GE(late.seconds, 0.1);
-    EXPECT_EQ(send(event("echo"_code, descOfNumber(typeKernelProcessID, SInt32(getppid())))).status, procNotFound);
-    EXPECT_EQ(send(event("echo"_code, descOfNumber(typeProcessSerialNumber, ProcessSerialNumber{77, 77}))).status, procNotFound);
+    EXPECT_EQ(send(event("echo"_code, descOfNumber(typeKernelProcessID, SInt32(getppid())))).status,
+              procNotFound);
+    EXPECT_EQ(
+        send(event("echo"_code, descOfNumber(typeProcessSerialNumber, ProcessSerialNumber{77, 77}))).status,
+        procNotFound);
 
     // A head with its serial ("**") as it came, whose kind, length or body is off; a stranger's serial is passed over.
     const std::string head = "41456d73"
@@ -226,8 +234,11 @@ TEST(AppleEventProcessTest, TimeIsGivenAgain)
     static int asked = 0;
     const Peer deaf("deaf");
     OwnedDesc reply;
-    const AEIdleUPP impatient = [](EventRecord *, SInt32 *sleepTime, RgnHandle *) -> Boolean { return *sleepTime = 1, ++asked == 4; };
-    EXPECT_EQ(AESend(event("echo"_code, deaf.address()).get(), reply.out(), kAEWaitReply, kAENormalPriority, kNoTimeOut, impatient, nullptr),
+    const AEIdleUPP impatient = [](EventRecord *, SInt32 *sleepTime, RgnHandle *) -> Boolean {
+        return *sleepTime = 1, ++asked == 4;
+    };
+    EXPECT_EQ(AESend(event("echo"_code, deaf.address()).get(), reply.out(), kAEWaitReply, kAENormalPriority,
+                     kNoTimeOut, impatient, nullptr),
               errAEWaitCanceled);
     EXPECT_EQ(asked, 4);
 }
@@ -236,9 +247,16 @@ TEST(AppleEventProcessTest, ServingWhileWaiting)
 {
     AEInstallEventHandler(
         kTest, "name"_code,
-        [](const AppleEvent *, AppleEvent *reply, SRefCon) { return AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, "tester", 6); }, 0, false);
+        [](const AppleEvent *, AppleEvent *reply, SRefCon) {
+            return AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, "tester", 6);
+        },
+        0, false);
     const Peer peer;
-    EXPECT_EQ(textParam(send(event("back"_code, peer.address()), kAEWaitReply | kAEProcessNonReplyEvents).reply.get(), keyDirectObject), "tester");
+    EXPECT_EQ(
+        textParam(
+            send(event("back"_code, peer.address()), kAEWaitReply | kAEProcessNonReplyEvents).reply.get(),
+            keyDirectObject),
+        "tester");
     // Without the flag the question back is not served, and its time runs out before ours.
     const Sent sent = send(event("back"_code, peer.address()), kAEWaitReply, 30);
     EXPECT_EQ(sent.status, errAETimeout);
@@ -249,10 +267,14 @@ TEST(AppleEventProcessTest, ApplicationsBySignatureIdentifierAndPlace)
     const TemporaryFolder folder;
     std::filesystem::create_directories(folder / "Peer.app/Resources");
     std::filesystem::copy(TARVIK_TESTS_HELPER "/tarvik-test-eventpeer", folder / "Peer.app/Peer");
-    folder.write("Peer.app/Resources/Info-gnustep.plist",
-                 "{ NSExecutable = Peer; CFBundleIdentifier = \"org.example.peer\"; CFBundleSignature = Peer; }");
-    const auto url = [&](const std::string &host, const char *name) { return "file://" + host + (folder / name).string(); };
-    const OwnedDesc bySignature = descOfNumber(typeApplSignature, "Peer"_code), byIdentifier = descOf(typeApplicationBundleID, "org.example.peer"),
+    folder.write(
+        "Peer.app/Resources/Info-gnustep.plist",
+        "{ NSExecutable = Peer; CFBundleIdentifier = \"org.example.peer\"; CFBundleSignature = Peer; }");
+    const auto url = [&](const std::string &host, const char *name) {
+        return "file://" + host + (folder / name).string();
+    };
+    const OwnedDesc bySignature = descOfNumber(typeApplSignature, "Peer"_code),
+                    byIdentifier = descOf(typeApplicationBundleID, "org.example.peer"),
                     byPlace = descOf(typeApplicationURL, url("", "Peer.app/"));
     EXPECT_EQ(send(event("echo"_code, bySignature)).status, procNotFound);  // nothing is launched
     {
@@ -262,14 +284,20 @@ TEST(AppleEventProcessTest, ApplicationsBySignatureIdentifierAndPlace)
             EXPECT_EQ(sent.status, noErr);
             EXPECT_EQ(textParam(sent.reply.get(), keyDirectObject), "hello");
         }
-        EXPECT_EQ(send(event("echo"_code, descOf(typeApplicationBundleID, "org.example.other"))).status, procNotFound);
+        EXPECT_EQ(send(event("echo"_code, descOf(typeApplicationBundleID, "org.example.other"))).status,
+                  procNotFound);
         // The folder stands for the process, not the executable within; and where it is now.
-        EXPECT_EQ(send(event("echo"_code, descOf(typeApplicationURL, url("", "Peer.app/Peer")))).status, procNotFound);
+        EXPECT_EQ(send(event("echo"_code, descOf(typeApplicationURL, url("", "Peer.app/Peer")))).status,
+                  procNotFound);
         std::filesystem::rename(folder / "Peer.app", folder / "My Peer.app");
         EXPECT_EQ(send(event("echo"_code, byPlace)).status, procNotFound);
-        EXPECT_EQ(send(event("echo"_code, descOf(typeApplicationURL, url("localhost", "My%20Peer.app")))).status, noErr);
-        for (const std::string &elsewhere : {url("elsewhere", "My%20Peer.app"), std::string("eppc://host/Peer"), std::string()})
-            EXPECT_EQ(send(event("echo"_code, descOf(typeApplicationURL, elsewhere))).status, errAEUnknownAddressType);
+        EXPECT_EQ(
+            send(event("echo"_code, descOf(typeApplicationURL, url("localhost", "My%20Peer.app")))).status,
+            noErr);
+        for (const std::string &elsewhere :
+             {url("elsewhere", "My%20Peer.app"), std::string("eppc://host/Peer"), std::string()})
+            EXPECT_EQ(send(event("echo"_code, descOf(typeApplicationURL, elsewhere))).status,
+                      errAEUnknownAddressType);
     }
     EXPECT_EQ(send(event("echo"_code, byIdentifier)).status, procNotFound);
 }
@@ -283,16 +311,21 @@ TEST(AppleEventProcessTest, ScriptsWaitAsLongAsTheySay)
     const Peer deaf("deaf", "", program);
     const auto start = std::chrono::steady_clock::now();
     Scripting scripting;
-    EXPECT_EQ(scripting.run("try\nwith timeout of 0.2 seconds\ntell application \"" + program + "\" to «event testecho»\nend timeout\non error m number n\n{m, n}\nend"),
+    EXPECT_EQ(scripting.run("try\nwith timeout of 0.2 seconds\ntell application \"" + program +
+                            "\" to «event testecho»\nend timeout\non error m number n\n{m, n}\nend"),
               "{\"" + program + " got an error: AppleEvent timed out.\", -1712}");
-    EXPECT_EQ(scripting.run("ignoring application responses\ntell application \"" + program + "\" to «event testnote» \"one\"\n7\nend"), "7");
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(50));  // a minute is what it would have had otherwise
+    EXPECT_EQ(scripting.run("ignoring application responses\ntell application \"" + program +
+                            "\" to «event testnote» \"one\"\n7\nend"),
+              "7");
+    EXPECT_LT(std::chrono::steady_clock::now() - start,
+              std::chrono::seconds(50));  // a minute is what it would have had otherwise
 }
 
 TEST(AppleEventProcessTest, NobodyElseGetsIn)
 {
     AEInstallEventHandler(
-        kTest, "echo"_code, [](const AppleEvent *, AppleEvent *, SRefCon) -> OSErr { return noErr; }, 0, false);
+        kTest, "echo"_code, [](const AppleEvent *, AppleEvent *, SRefCon) -> OSErr { return noErr; }, 0,
+        false);
     struct stat about;
     const std::string own = runtimeFolder() + "/" + std::to_string(getpid());
     ASSERT_EQ(stat(own.c_str(), &about), 0);
@@ -302,16 +335,20 @@ TEST(AppleEventProcessTest, NobodyElseGetsIn)
     {
         // A socket under another process's number.
         const Peer deaf("deaf"), peer;
-        std::filesystem::rename(runtimeFolder() + "/" + std::to_string(peer.process()), runtimeFolder() + "/" + std::to_string(deaf.process()));
+        std::filesystem::rename(runtimeFolder() + "/" + std::to_string(peer.process()),
+                                runtimeFolder() + "/" + std::to_string(deaf.process()));
         EXPECT_EQ(send(event("echo"_code, deaf.address())).status, procNotFound);
     }
     // What those have left who were killed is cleared away by the next one.
-    const auto sockets = [] { return std::distance(std::filesystem::directory_iterator(runtimeFolder()), {}); };
+    const auto sockets = [] {
+        return std::distance(std::filesystem::directory_iterator(runtimeFolder()), {});
+    };
     const Peer peer;
     EXPECT_EQ(sockets(), 2);
     EXPECT_EQ(send([&] {
                   OwnedDesc quit;
-                  AECreateAppleEvent(kCoreEventClass, kAEQuitApplication, peer.address().get(), kAutoGenerateReturnID, 0, quit.out());
+                  AECreateAppleEvent(kCoreEventClass, kAEQuitApplication, peer.address().get(),
+                                     kAutoGenerateReturnID, 0, quit.out());
                   return quit;
               }())
                   .status,
@@ -319,8 +356,10 @@ TEST(AppleEventProcessTest, NobodyElseGetsIn)
     EXPECT_TRUE(runUntil([&] { return sockets() == 1; }));  // who ends by himself leaves nothing
 
     // Who may be everybody's is nobody's.
-    std::filesystem::permissions(runtimeFolder(), std::filesystem::perms::others_exec, std::filesystem::perm_options::add);
-    EXPECT_EQ(send(event("echo"_code, descOfNumber(typeKernelProcessID, SInt32(getppid())))).status, procNotFound);
+    std::filesystem::permissions(runtimeFolder(), std::filesystem::perms::others_exec,
+                                 std::filesystem::perm_options::add);
+    EXPECT_EQ(send(event("echo"_code, descOfNumber(typeKernelProcessID, SInt32(getppid())))).status,
+              procNotFound);
 }
 
 TEST(AppleEventProcessTest, ManyThreadsAndAForkedChild)
@@ -332,7 +371,8 @@ TEST(AppleEventProcessTest, ManyThreadsAndAForkedChild)
         threads.emplace_back([&, t] {
             for (int i = 0; i < 50; ++i) {
                 const std::string text = std::to_string(t) + "/" + std::to_string(i);
-                good += textParam(send(event("echo"_code, peer.address(), text)).reply.get(), keyDirectObject) == text;
+                good += textParam(send(event("echo"_code, peer.address(), text)).reply.get(),
+                                  keyDirectObject) == text;
             }
         });
     for (std::thread &thread : threads)
@@ -341,7 +381,8 @@ TEST(AppleEventProcessTest, ManyThreadsAndAForkedChild)
     // A child has connections of its own.
     const pid_t child = fork();
     if (child == 0)
-        _exit(numberParam(send(event("echo"_code, peer.address())).reply.get(), "sent"_code) == getpid() ? 0 : 1);
+        _exit(numberParam(send(event("echo"_code, peer.address())).reply.get(), "sent"_code) == getpid() ? 0
+                                                                                                         : 1);
     int status = -1;
     waitpid(child, &status, 0);
     EXPECT_EQ(status, 0);
@@ -356,8 +397,10 @@ TEST(AppleEventProcessTest, TheSystemProcess)
 {
     const auto ask = [](AEEventID id, AESendMode mode = kAENoReply) {
         OwnedDesc event;
-        AECreateAppleEvent(kCoreEventClass, id, descOfNumber(typeProcessSerialNumber, ProcessSerialNumber{0, kSystemProcess}).get(),
-                           kAutoGenerateReturnID, 0, event.out());
+        AECreateAppleEvent(
+            kCoreEventClass, id,
+            descOfNumber(typeProcessSerialNumber, ProcessSerialNumber{0, kSystemProcess}).get(),
+            kAutoGenerateReturnID, 0, event.out());
         return send(event, mode).status;
     };
     // Never the machine's own.

@@ -19,20 +19,26 @@ NSString *ns(const char *text) { return text ? [NSString stringWithUTF8String:te
 std::string find(NSBundle *bundle, const char *name, const char *type, const char *folder = nullptr)
 {
     NSString *path = [bundle pathForResource:ns(name) ofType:ns(type) inDirectory:ns(folder)];
-    return path ? fs::path(tarvik::utf8(path).value()).lexically_relative(tarvik::utf8([bundle bundlePath]).value()).native() : "";
+    return path ? fs::path(tarvik::utf8(path).value())
+                      .lexically_relative(tarvik::utf8([bundle bundlePath]).value())
+                      .native()
+                : "";
 }
 
 TEST(BundleSearch, FindsNamesInEveryPlaceAndForm)
 {
     tarvik::Pool pool;
     TemporaryFolder folder;
-    for (const char *made : {"B.bundle/Resources/English.lproj", "B.bundle/Resources/Sub/English.lproj", "B.bundle/Loose"})
+    for (const char *made :
+         {"B.bundle/Resources/English.lproj", "B.bundle/Resources/Sub/English.lproj", "B.bundle/Loose"})
         fs::create_directories(folder / made);
-    for (const char *file : {"B.bundle/Resources/a.b.c", "B.bundle/Resources/bare", "B.bundle/Resources/English.lproj/told.txt",
-                             "B.bundle/Resources/Sub/inner.png", "B.bundle/Resources/Sub/English.lproj/deep.txt",
-                             "B.bundle/Loose/outer.txt", "B.bundle/top.txt", "B.bundle/Resources/caf\xC3\xA9.txt"})
+    for (const char *file :
+         {"B.bundle/Resources/a.b.c", "B.bundle/Resources/bare", "B.bundle/Resources/English.lproj/told.txt",
+          "B.bundle/Resources/Sub/inner.png", "B.bundle/Resources/Sub/English.lproj/deep.txt",
+          "B.bundle/Loose/outer.txt", "B.bundle/top.txt", "B.bundle/Resources/caf\xC3\xA9.txt"})
         folder.write(file, "x");
-    NSBundle *bundle = [NSBundle bundleWithPath:tarvik::nsstring(fs::canonical(folder / "B.bundle").native())];
+    NSBundle *bundle =
+        [NSBundle bundleWithPath:tarvik::nsstring(fs::canonical(folder / "B.bundle").native())];
     const struct {
         const char *name, *type, *folder, *found;
     } cases[] = {{"a", "b.c", nullptr, "Resources/a.b.c"},
@@ -50,7 +56,8 @@ TEST(BundleSearch, FindsNamesInEveryPlaceAndForm)
                  {"none", "txt", "Sub", ""},
                  {"none", "txt", "Nowhere", ""}};
     for (const auto &each : cases)
-        EXPECT_EQ(find(bundle, each.name, each.type, each.folder), each.found) << each.name << '|' << (each.folder ? each.folder : "");
+        EXPECT_EQ(find(bundle, each.name, each.type, each.folder), each.found)
+            << each.name << '|' << (each.folder ? each.folder : "");
 }
 
 TEST(BundleSearch, ABundleMadeAnewSeesWhatIsNew)
@@ -70,11 +77,13 @@ TEST(BundleSearch, ABundleMadeAnewSeesWhatIsNew)
 TEST(BundleSearch, ALibraryMayComeToBeAtAnyTime)
 {
     tarvik::Pool pool;
-    NSString *library = [NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSUserDomainMask, YES) lastObject];
+    NSString *library =
+        [NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSUserDomainMask, YES) lastObject];
     const fs::path root(tarvik::utf8(library).value()), spot = root / "Pictures/spot.png";
     ASSERT_FALSE(fs::exists(root)) << "tests run under a home of their own";
     const auto found = [] {
-        return tarvik::utf8([NSBundle pathForLibraryResource:@"spot" ofType:@"png" inDirectory:@"Pictures"]).value_or("");
+        return tarvik::utf8([NSBundle pathForLibraryResource:@"spot" ofType:@"png" inDirectory:@"Pictures"])
+            .value_or("");
     };
     EXPECT_EQ(found(), "");
     fs::create_directories(spot.parent_path());

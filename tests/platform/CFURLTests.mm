@@ -247,7 +247,8 @@ TEST(CFURLAccess, ReadsAndWritesProperties)
     EXPECT_EQ(error, kCFURLUnknownSchemeError);
     EXPECT_FALSE(CFURLDestroyResource(based, &error));
     CFURLRef unserved = urlOf("gopher://h/x");
-    EXPECT_FALSE(CFURLCreateDataAndPropertiesFromResource(nullptr, unserved, &data, nullptr, nullptr, &error));
+    EXPECT_FALSE(
+        CFURLCreateDataAndPropertiesFromResource(nullptr, unserved, &data, nullptr, nullptr, &error));
     EXPECT_EQ(error, kCFURLUnknownSchemeError);
     CFRelease(unserved);
     CFRelease(based);

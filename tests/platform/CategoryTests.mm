@@ -12,10 +12,22 @@
 - (int)ownOfTheTests;
 @end
 @implementation NSUndoManager (ReplacedInTests)
-- (NSInteger)groupingLevel { return 0; }
-- (BOOL)isKindOfClass:(Class)other { return [super isKindOfClass:other]; }
-+ (id)alloc { return [super alloc]; }
-- (int)ownOfTheTests { return 1; }
+- (NSInteger)groupingLevel
+{
+    return 0;
+}
+- (BOOL)isKindOfClass:(Class)other
+{
+    return [super isKindOfClass:other];
+}
++ (id)alloc
+{
+    return [super alloc];
+}
+- (int)ownOfTheTests
+{
+    return 1;
+}
 @end
 
 namespace {
@@ -80,7 +92,8 @@ TEST(Categories, NoneReplacesAMethodOfThePlatform)
 
 TEST(Categories, AReplacedMethodIsNoticed)
 {
-    const std::set<std::string> expected = {"-[NSUndoManager groupingLevel]", "-[NSUndoManager isKindOfClass:]", "+[NSUndoManager alloc]"};
+    const std::set<std::string> expected = {"-[NSUndoManager groupingLevel]",
+                                            "-[NSUndoManager isKindOfClass:]", "+[NSUndoManager alloc]"};
     EXPECT_EQ(methodsReplacedBy("tarvik-tests-platform"), expected);
 }
 

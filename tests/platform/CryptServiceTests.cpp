@@ -11,13 +11,11 @@
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
 
-namespace
-{
+namespace {
 
 const std::string kVector = fromHex("000102030405060708090a0b0c0d0e0f");
 
-class CryptService : public testing::Test
-{
+class CryptService : public testing::Test {
 protected:
     ~CryptService() override
     {
@@ -345,8 +343,7 @@ TEST_F(CryptService, FreedKeysAreWiped)
     EXPECT_EQ(CSSMERR_CSSM_INVALID_ADDIN_HANDLE, CSSM_FreeKey(csp, nullptr, &key, CSSM_FALSE));
 }
 
-class RSAKeys : public CryptService
-{
+class RSAKeys : public CryptService {
 protected:
     RSAKeys()
     {

@@ -7,11 +7,9 @@
 #include "tests/support/Crypt.h"
 #include "tests/support/Hex.h"
 
-namespace
-{
+namespace {
 
-class CryptVectors : public testing::Test
-{
+class CryptVectors : public testing::Test {
 protected:
     ~CryptVectors() override { std::printf("%d known answers\n", answers_); }
 

@@ -14,8 +14,7 @@
 #include <map>
 #include <set>
 
-namespace
-{
+namespace {
 
 namespace fs = std::filesystem;
 
@@ -33,7 +32,8 @@ std::string pathOf(const FSRef &ref)
     UInt8 path[4096];
     return FSRefMakePath(&ref, path, sizeof path) == noErr ? reinterpret_cast<const char *>(path) : "none";
 }
-OSStatus copy(const std::string &source, const std::string &folder, CFStringRef name, OptionBits options, FSRef *target = nullptr)
+OSStatus copy(const std::string &source, const std::string &folder, CFStringRef name, OptionBits options,
+              FSRef *target = nullptr)
 {
     const FSRef from = refOf(source), into = refOf(folder);
     return FSCopyObjectSync(&from, &into, name, target, options);
@@ -105,9 +105,11 @@ TEST_F(FileOperations, CopyWholeItems)
     folder_.write("plain", "plain");
     for (const std::string name : {"other:name", "top", "link"}) {
         const FSRef file = refOf(root_ / "plain"), into = refOf(to_);
-        CFStringRef text = CFStringCreateWithCString(nullptr, name == "other:name" ? "other/name" : name.c_str(), kCFStringEncodingUTF8);
+        CFStringRef text = CFStringCreateWithCString(
+            nullptr, name == "other:name" ? "other/name" : name.c_str(), kCFStringEncodingUTF8);
         EXPECT_EQ(FSCopyObjectSync(&file, &into, text, nullptr, 0), dupFNErr);
-        EXPECT_TRUE(name == "top" ? fs::is_directory(to_ / name) : folder_.read("to/" + name) != "plain") << "was left alone";
+        EXPECT_TRUE(name == "top" ? fs::is_directory(to_ / name) : folder_.read("to/" + name) != "plain")
+            << "was left alone";
         EXPECT_EQ(FSCopyObjectSync(&file, &into, text, nullptr, kFSFileOperationOverwrite), noErr);
         CFRelease(text);
         EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(to_ / name)));
@@ -125,7 +127,8 @@ TEST_F(FileOperations, ThatFailLeaveNothing)
     folder_.write("to/top/old", "old");
     EXPECT_EQ(copy(top_, top_ / "sub", nullptr, 0), badMovErr);
     EXPECT_EQ(copy(top_, root_, nullptr, kFSFileOperationOverwrite), dupFNErr) << "itself";
-    EXPECT_EQ(copy(top_ / "file", root_, CFSTR("top"), kFSFileOperationOverwrite), dupFNErr) << "what holds it";
+    EXPECT_EQ(copy(top_ / "file", root_, CFSTR("top"), kFSFileOperationOverwrite), dupFNErr)
+        << "what holds it";
     EXPECT_EQ(copy(top_, top_ / "file", nullptr, 0), errFSNotAFolder);
     EXPECT_EQ(copy(top_, to_, CFSTR(""), 0), errFSMissingName);
     const FSRef ref = refOf(top_);
@@ -155,8 +158,8 @@ struct Told {
     std::string item;
     int references = 1;
 
-    static void tell(FSFileOperationRef, const FSRef *item, FSFileOperationStage stage, OSStatus error, CFDictionaryRef status,
-                     void *info)
+    static void tell(FSFileOperationRef, const FSRef *item, FSFileOperationStage stage, OSStatus error,
+                     CFDictionaryRef status, void *info)
     {
         auto &told = *static_cast<Told *>(info);
         told.stages.push_back(stage);
@@ -164,11 +167,13 @@ struct Told {
         told.item = pathOf(*item);
         if (stage == kFSOperationStageComplete)
             CFRunLoopStop(CFRunLoopGetCurrent());
-        for (CFStringRef key : {kFSOperationTotalBytesKey, kFSOperationBytesCompleteKey, kFSOperationBytesRemainingKey,
-                                kFSOperationTotalObjectsKey, kFSOperationObjectsCompleteKey}) {
+        for (CFStringRef key :
+             {kFSOperationTotalBytesKey, kFSOperationBytesCompleteKey, kFSOperationBytesRemainingKey,
+              kFSOperationTotalObjectsKey, kFSOperationObjectsCompleteKey}) {
             char text[64];
             CFStringGetCString(key, text, sizeof text, kCFStringEncodingUTF8);
-            CFNumberGetValue(static_cast<CFNumberRef>(CFDictionaryGetValue(status, key)), kCFNumberSInt64Type, &told.last[text]);
+            CFNumberGetValue(static_cast<CFNumberRef>(CFDictionaryGetValue(status, key)), kCFNumberSInt64Type,
+                             &told.last[text]);
         }
     }
     bool isOver() const { return !stages.empty() && stages.back() == kFSOperationStageComplete; }
@@ -179,7 +184,8 @@ struct Told {
                     ++const_cast<Told *>(static_cast<const Told *>(info))->references;
                     return info;
                 },
-                [](const void *info) { --const_cast<Told *>(static_cast<const Told *>(info))->references; }, nullptr};
+                [](const void *info) { --const_cast<Told *>(static_cast<const Told *>(info))->references; },
+                nullptr};
     }
 };
 
@@ -193,14 +199,17 @@ TEST_F(FileOperations, InTheBackgroundTellTheRunLoop)
         FSFileOperationStage stage = 9;
         EXPECT_EQ(FSFileOperationCopyStatus(operation, nullptr, &stage, nullptr, nullptr, nullptr), noErr);
         EXPECT_EQ(stage, UInt32(kFSOperationStageUndefined));
-        EXPECT_EQ(FSFileOperationScheduleWithRunLoop(operation, CFRunLoopGetCurrent(), kCFRunLoopDefaultMode), noErr);
+        EXPECT_EQ(FSFileOperationScheduleWithRunLoop(operation, CFRunLoopGetCurrent(), kCFRunLoopDefaultMode),
+                  noErr);
         if (isCancelled) {
             EXPECT_EQ(FSFileOperationCancel(operation), noErr);
         }
         CFStringRef name = isCancelled ? CFSTR("cancelled") : CFSTR("copy");
         ASSERT_EQ(FSCopyObjectAsync(operation, &from, &into, name, 0, Told::tell, 0.01, &context), noErr);
-        EXPECT_EQ(FSCopyObjectAsync(operation, &from, &into, name, 0, Told::tell, 0.01, &context), paramErr) << "one copy";
-        EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 600, false), kCFRunLoopRunStopped) << "and at once";
+        EXPECT_EQ(FSCopyObjectAsync(operation, &from, &into, name, 0, Told::tell, 0.01, &context), paramErr)
+            << "one copy";
+        EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 600, false), kCFRunLoopRunStopped)
+            << "and at once";
         ASSERT_TRUE(told.isOver());
         const size_t calls = told.stages.size();
         CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0.1, false);

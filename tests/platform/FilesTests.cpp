@@ -15,8 +15,7 @@
 #include <thread>
 #include <vector>
 
-namespace
-{
+namespace {
 
 namespace fs = std::filesystem;
 
@@ -235,8 +234,8 @@ TEST(FileReferences, NamesOfEveryKind)
     const std::pair<std::string, std::u16string> names[] = {
         {"a:b", u"a/b"},
         {"\xE6\x97\xA5\xF0\x9F\x8D\x8E", u"\u65E5\U0001F34E"},
-        {"caf\xE9", u"caf\xDCE9"},                     // Latin-1: no UTF-8
-        {"\xED\xA0\x80", u"\xDCED\xDCA0\xDC80"},       // half a surrogate pair, as bytes
+        {"caf\xE9", u"caf\xDCE9"},                // Latin-1: no UTF-8
+        {"\xED\xA0\x80", u"\xDCED\xDCA0\xDC80"},  // half a surrogate pair, as bytes
         {std::string(255, 'n'), std::u16string(255, u'n')}};
     for (const auto &[bytes, name] : names) {
         folder.write(bytes, "");

@@ -11,7 +11,10 @@
 
 namespace {
 
-uint64_t serial(const ProcessSerialNumber &number) { return uint64_t(number.highLongOfPSN) << 32 | number.lowLongOfPSN; }
+uint64_t serial(const ProcessSerialNumber &number)
+{
+    return uint64_t(number.highLongOfPSN) << 32 | number.lowLongOfPSN;
+}
 
 /// A child that waits to be ended.
 class Child {
@@ -65,13 +68,15 @@ TEST(ProcessManager, NumbersLastAsLongAsTheirProcesses)
     EXPECT_EQ(pid, getpid());
     ASSERT_EQ(GetProcessForPID(getpid(), &again), noErr);
     EXPECT_EQ(serial(again), serial(self));
-    const ProcessSerialNumber current = {0, kCurrentProcess}, none = {0, kNoProcess}, system = {0, kSystemProcess};
+    const ProcessSerialNumber current = {0, kCurrentProcess}, none = {0, kNoProcess},
+                              system = {0, kSystemProcess};
     EXPECT_EQ(GetProcessPID(&current, &pid), noErr);
     EXPECT_EQ(pid, getpid());
     Boolean same = false;
     EXPECT_EQ(SameProcess(&self, &current, &same), noErr);
     EXPECT_TRUE(same);
-    for (const ProcessSerialNumber &number : {none, system, ProcessSerialNumber{0, 0xFFFFFFFF}, ProcessSerialNumber{0xFFFFFFFF, 0xFFFFFFFF}})
+    for (const ProcessSerialNumber &number :
+         {none, system, ProcessSerialNumber{0, 0xFFFFFFFF}, ProcessSerialNumber{0xFFFFFFFF, 0xFFFFFFFF}})
         EXPECT_EQ(GetProcessPID(&number, &pid), procNotFound);
 
     Child child;
@@ -106,7 +111,10 @@ TEST(ProcessManager, ThreadsAreNoProcessesAndForksAreOthers)
     if (child == 0) {
         ProcessSerialNumber self;
         pid_t pid = 0;
-        _exit(GetCurrentProcess(&self) == noErr && serial(self) != serial(parent) && GetProcessPID(&self, &pid) == noErr && pid == getpid() ? 0 : 1);
+        _exit(GetCurrentProcess(&self) == noErr && serial(self) != serial(parent) &&
+                      GetProcessPID(&self, &pid) == noErr && pid == getpid()
+                  ? 0
+                  : 1);
     }
     int status = -1;
     waitpid(child, &status, 0);

@@ -255,19 +255,22 @@ TEST_F(PropertyList, MutabilityIsAsAsked)
 // The bytes are those of Python's plistlib.
 TEST_F(PropertyList, ReadsTheBinaryForm)
 {
-    const std::string bytes =
-        fromHex("62706c6973743030d70102030405060708090e161718195562797465735464656570576e756d626572735474657874547768"
-                "656e537965736300fc006e00ef4f101400ff00ff00ff00ff00ff00ff00ff00ff00ff00ffd10a0b5161a20c0da0d0a70f1011"
-                "12131415100013ffffffffffffffff10ff1200010000137fffffffffffffff140000000000000000ffffffffffffffff233f"
-                "f800000000000055706c61696e334196945c94000000096465e5672cd83dde0008171d222a2f34383f56595b5e5f60686a73"
-                "757a83949da3acad0000000000000101000000000000001a000000000000000000000000000000b6");
+    const std::string bytes = fromHex(
+        "62706c6973743030d70102030405060708090e161718195562797465735464656570576e756d626572735474657874547768"
+        "656e537965736300fc006e00ef4f101400ff00ff00ff00ff00ff00ff00ff00ff00ff00ffd10a0b5161a20c0da0d0a70f1011"
+        "12131415100013ffffffffffffffff10ff1200010000137fffffffffffffff140000000000000000ffffffffffffffff233f"
+        "f800000000000055706c61696e334196945c94000000096465e5672cd83dde0008171d222a2f34383f56595b5e5f60686a73"
+        "757a83949da3acad0000000000000101000000000000001a000000000000000000000000000000b6");
     const std::string expected =
-        kStart.substr(kStart.find("<plist")) + "<dict><key>bytes</key><data>AP8A/wD/AP8A/wD/AP8A/wD/AP8=</data>"
+        kStart.substr(kStart.find("<plist")) +
+        "<dict><key>bytes</key><data>AP8A/wD/AP8A/wD/AP8A/wD/AP8=</data>"
         "<key>deep</key><dict><key>a</key><array><array/><dict/></array></dict>"
         "<key>numbers</key><array><integer>0</integer><integer>-1</integer><integer>255</integer>"
-        "<integer>65536</integer><integer>9223372036854775807</integer><integer>18446744073709551615</integer>"
+        "<integer>65536</integer><integer>9223372036854775807</integer><integer>18446744073709551615</"
+        "integer>"
         "<real>1.5</real></array><key>text</key><string>plain</string><key>when</key>"
-        "<date>2004-01-02T03:04:05Z</date><key>yes</key><true/><key>ünï</key><string>日本😀</string></dict>" + kEnd;
+        "<date>2004-01-02T03:04:05Z</date><key>yes</key><true/><key>ünï</key><string>日本😀</string></dict>" +
+        kEnd;
     id list = parsed(bytes);
     EXPECT_TRUE([list isEqual:parsed(expected)]) << written(list);
     // What gnustep-base writes (the largest integer as -1) is read through Foundation's own call, with the

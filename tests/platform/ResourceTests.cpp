@@ -16,15 +16,22 @@ constexpr SInt8 kRead = 1, kWrite = 3;
 // A fork made byte by byte as the published format has it: one 'TEXT' 128 named "hi" and one 'vers' 1.
 std::string madeByHand()
 {
-    const std::string data = "\0\0\0\5hello"s + "\0\0\0\12"s + "\x01\x23\x80\x00\x00\x0E\x01" "a" "\x01" "b"s;
+    const std::string data = "\0\0\0\5hello"s + "\0\0\0\12"s +
+                             "\x01\x23\x80\x00\x00\x0E\x01"
+                             "a"
+                             "\x01"
+                             "b"s;
     const std::string types = "\0\1"s + "TEXT\0\0\0\x12"s + "vers\0\0\0\x1E"s;
     const std::string references = "\0\x80\0\0\0\0\0\0\0\0\0\0"s + "\0\1\xFF\xFF\x08\0\0\x09\0\0\0\0"s;
     const std::string names = "\2hi"s;
-    auto word = [](size_t value) { return std::string{char(value >> 24), char(value >> 16), char(value >> 8), char(value)}; };
+    auto word = [](size_t value) {
+        return std::string{char(value >> 24), char(value >> 16), char(value >> 8), char(value)};
+    };
     const size_t mapLength = 28 + types.size() + references.size() + names.size();
     const std::string header = word(256) + word(256 + data.size()) + word(data.size()) + word(mapLength);
     const std::string lists = "\0\x1C"s + "\0"s + char(28 + types.size() + references.size());
-    return header + std::string(240, '\0') + data + header + std::string(8, '\0') + lists + types + references + names;
+    return header + std::string(240, '\0') + data + header + std::string(8, '\0') + lists + types +
+           references + names;
 }
 
 class Resources : public testing::Test {
@@ -37,7 +44,10 @@ protected:
         error_ = FSOpenResourceFile(&ref, 0, nullptr, permission, &number);
         return number;
     }
-    static std::string text(Handle handle) { return handle ? std::string(*handle, size_t(GetHandleSize(handle))) : "(none)"; }
+    static std::string text(Handle handle)
+    {
+        return handle ? std::string(*handle, size_t(GetHandleSize(handle))) : "(none)";
+    }
 
     TemporaryFolder folder_;
     OSErr error_ = noErr;
@@ -59,7 +69,10 @@ TEST_F(Resources, ReadsThePublishedFormat)
     EXPECT_TRUE(number == 128 && type == kText && name[0] == 2 && name[1] == 'h');
     EXPECT_EQ(Get1NamedResource(kText, reinterpret_cast<ConstStr255Param>("\2hi")), greeting);
     // A version stands in this processor's order.
-    EXPECT_EQ(text(Get1Resource(kVersion, 1)), "\x00\x80\x23\x01\x0E\x00\x01" "a" "\x01" "b"s);
+    EXPECT_EQ(text(Get1Resource(kVersion, 1)), "\x00\x80\x23\x01\x0E\x00\x01"
+                                               "a"
+                                               "\x01"
+                                               "b"s);
     EXPECT_EQ(GetResAttrs(Get1Resource(kVersion, 1)), resProtected);
     EXPECT_EQ(Get1Resource(kText, 129), nullptr);
     EXPECT_EQ(ResError(), resNotFound);

@@ -7,7 +7,8 @@
 
 namespace {
 
-OSAID compiled(const Scripting &scripting, std::string_view source, SInt32 mode = kOSAModeNull, OSAID script = kOSANullScript)
+OSAID compiled(const Scripting &scripting, std::string_view source, SInt32 mode = kOSAModeNull,
+               OSAID script = kOSANullScript)
 {
     AEDesc desc;
     AECreateDesc(typeUTF8Text, source.data(), Size(source.size()), &desc);
@@ -29,7 +30,8 @@ std::string executed(Scripting &scripting, OSAID script)
 TEST(ScriptComponent, StoredScriptsKeepTheirPropertiesAndTakeNoDamage)
 {
     Scripting scripting;
-    const OSAID script = compiled(scripting, "property n : 0\nproperty l : {1, {name:\"é\", |my x|:2.5}}\nset n to n + 1\nset end of l to n\n{n, l}");
+    const OSAID script = compiled(scripting, "property n : 0\nproperty l : {1, {name:\"é\", |my "
+                                             "x|:2.5}}\nset n to n + 1\nset end of l to n\n{n, l}");
     EXPECT_EQ(executed(scripting, script), "{1, {1, {name:\"é\", |my x|:2.5}, 1}}");
     AEDesc data;
     ASSERT_EQ(OSAStore(scripting.get(), script, typeOSAGenericStorage, kOSAModeNull, &data), noErr);
@@ -72,11 +74,17 @@ TEST(ScriptComponent, AContextGoesOnLiving)
 
 TEST(ScriptComponent, ARunawayScriptIsStoppedWhateverItCatches)
 {
-    for (const char *source : {"repeat\nend repeat", "repeat\ntry\nrepeat\nend repeat\nend try\nend repeat", "on f()\nend\nrepeat\nf()\nend repeat",
-                               "delay 1000", "do shell script \"sleep 1000\"", "repeat with i from 1 to 500000000\nend"}) {
+    for (const char *source : {"repeat\nend repeat", "repeat\ntry\nrepeat\nend repeat\nend try\nend repeat",
+                               "on f()\nend\nrepeat\nf()\nend repeat", "delay 1000",
+                               "do shell script \"sleep 1000\"", "repeat with i from 1 to 500000000\nend"}) {
         Scripting scripting;
         int asked = 0;
-        OSASetActiveProc(scripting.get(), [](SRefCon counter) { return ++*reinterpret_cast<int *>(counter) > 1 ? OSErr(-128) : OSErr(noErr); }, SRefCon(&asked));
+        OSASetActiveProc(
+            scripting.get(),
+            [](SRefCon counter) {
+                return ++*reinterpret_cast<int *>(counter) > 1 ? OSErr(-128) : OSErr(noErr);
+            },
+            SRefCon(&asked));
         EXPECT_EQ(scripting.run(source), "error -128: User canceled.") << source;
     }
 }
@@ -84,14 +92,20 @@ TEST(ScriptComponent, ARunawayScriptIsStoppedWhateverItCatches)
 TEST(ScriptComponent, DescriptorsBothWays)
 {
     Scripting scripting;
-    for (const char *source : {"{1, 2.5, \"é😀\", true, {a:1, name:\"n\"}, January, text, missing value}", "date \"2026-11-23 13:05:00\"", "POSIX file \"/tmp/a b\"", "«data abcd0102»"}) {
+    for (const char *source :
+         {"{1, 2.5, \"é😀\", true, {a:1, name:\"n\"}, January, text, missing value}",
+          "date \"2026-11-23 13:05:00\"", "POSIX file \"/tmp/a b\"", "«data abcd0102»"}) {
         const OSAID script = compiled(scripting, source);
         OSAID value = kOSANullScript, back = kOSANullScript;
         OSAExecute(scripting.get(), script, kOSANullScript, kOSAModeNull, &value);
         AEDesc desc;
-        ASSERT_EQ(OSACoerceToDesc(scripting.get(), value, typeWildCard, kOSAModeNull, &desc), noErr) << source;
+        ASSERT_EQ(OSACoerceToDesc(scripting.get(), value, typeWildCard, kOSAModeNull, &desc), noErr)
+            << source;
         ASSERT_EQ(OSACoerceFromDesc(scripting.get(), &desc, kOSAModeNull, &back), noErr) << source;
-        EXPECT_EQ(scripting.display(back), scripting.display(value).find("a:1") == std::string::npos ? scripting.display(value) : "{1, 2.5, \"é😀\", true, {name:\"n\", a:1}, January, text, missing value}");
+        EXPECT_EQ(scripting.display(back),
+                  scripting.display(value).find("a:1") == std::string::npos
+                      ? scripting.display(value)
+                      : "{1, 2.5, \"é😀\", true, {name:\"n\", a:1}, January, text, missing value}");
         AEDisposeDesc(&desc);
     }
 }
@@ -119,9 +133,12 @@ TEST(ScriptComponent, HostileScripts)
 {
     Scripting scripting;
     EXPECT_EQ(scripting.run("set l to {}\nrepeat 300000 times\nset l to {l}\nend\ncount l"), "1");
-    EXPECT_EQ(scripting.run("set l to {}\nrepeat 3000 times\nset l to {l}\nend\nl as text"), "error -2706: Stack overflow.");
-    EXPECT_EQ(scripting.run("set l to {}\nrepeat 3000 times\nset l to {l}\nend\ncopy l to m"), "error -2706: Stack overflow.");
-    EXPECT_EQ(scripting.run("set s to \"abcdefgh\"\nrepeat\nset s to s & s\nend"), "error -108: Out of memory.");
+    EXPECT_EQ(scripting.run("set l to {}\nrepeat 3000 times\nset l to {l}\nend\nl as text"),
+              "error -2706: Stack overflow.");
+    EXPECT_EQ(scripting.run("set l to {}\nrepeat 3000 times\nset l to {l}\nend\ncopy l to m"),
+              "error -2706: Stack overflow.");
+    EXPECT_EQ(scripting.run("set s to \"abcdefgh\"\nrepeat\nset s to s & s\nend"),
+              "error -108: Out of memory.");
     const std::string deep = std::string(5000, '(') + "1" + std::string(5000, ')');
     EXPECT_EQ(scripting.run(deep), "error -2741: The script is nested too deeply.");
     std::string blocks;

@@ -57,8 +57,10 @@ TEST(ScriptLanguage, WordsAsVariables)
 {
     expect({
         {"set name to 5\nset running to name + 1\n{name, running}", "{5, 6}"},
-        {"tell application \"no such program\" to if false then set frontmost to true\nset day to 3\nday", "3"},
-        {"on f(a)\nif a is frontmost then return 1\n0\nend f\nif false then\ntell application \"no such program\"\nset frontmost to true\nset list to {}\nset end of list to 2\nend tell\nend if\n"
+        {"tell application \"no such program\" to if false then set frontmost to true\nset day to 3\nday",
+         "3"},
+        {"on f(a)\nif a is frontmost then return 1\n0\nend f\nif false then\ntell application \"no such "
+         "program\"\nset frontmost to true\nset list to {}\nset end of list to 2\nend tell\nend if\n"
          "f(application \"no such program\")",
          "error -600: Application isn’t running."},
         {"set frontmost to 1\nif frontmost is frontmost then return \"same\"", "\"same\""},
@@ -80,9 +82,12 @@ TEST(ScriptLanguage, Text)
         {"second word of \"one two\"", "\"two\""},
         {"last paragraph of \"a\\nb\\r\\nc\"", "\"c\""},
         {"count paragraphs of \"a\\n\\nb\"", "3"},
-        {"set AppleScript's text item delimiters to \", \"\ntext items of \"a, b, c\"", "{\"a\", \"b\", \"c\"}"},
+        {"set AppleScript's text item delimiters to \", \"\ntext items of \"a, b, c\"",
+         "{\"a\", \"b\", \"c\"}"},
         {"{1, 2, 3} as text", "\"1, 2, 3\""},  // the delimiters stay
-        {"set text item delimiters to {\"-\", \"+\"}\nset x to text items of \"1-2+3\"\nset text item delimiters to \"\"\nx", "{\"1\", \"2\", \"3\"}"},
+        {"set text item delimiters to {\"-\", \"+\"}\nset x to text items of \"1-2+3\"\nset text item "
+         "delimiters to \"\"\nx",
+         "{\"1\", \"2\", \"3\"}"},
         {"\"abc\" = \"ABC\"", "true"},
         {"considering case\n\"abc\" = \"ABC\"\nend considering", "false"},
         {"ignoring white space\n\"a b\" = \"ab\"\nend ignoring", "true"},
@@ -98,7 +103,8 @@ TEST(ScriptLanguage, Text)
         {"quoted form of \"it's\"", "\"'it'\\\\''s'\""},
         {"ASCII character 65", "\"A\""},
         {"character 9 of \"abc\"", "error -1728: Can’t get character 9 of \"abc\"."},
-        {"set s to \"abc\"\nset character 1 of s to \"x\"", "error -10006: Can’t set character 1 of \"abc\" to \"x\"."},
+        {"set s to \"abc\"\nset character 1 of s to \"x\"",
+         "error -10006: Can’t set character 1 of \"abc\" to \"x\"."},
         {"set s to \"a\"\nset t to s\nset s to s & \"b\"\n{s, t}", "{\"ab\", \"a\"}"},
         {"set s to \"a\"\nset s to s & s & s\ns", "\"aaa\""},
     });
@@ -202,11 +208,14 @@ TEST(ScriptLanguage, Handlers)
         {"on f(x, y)\nreturn x * y\nend f\nf(6, 7)", "42"},
         {"fact(10)\non fact(n)\nif n < 2 then return 1\nreturn n * fact(n - 1)\nend", "3628800"},
         {"on f()\nend\nf()", ""},
-        {"on f()\nend\nset x to f()", "error -2763: No result was returned from some part of this expression."},
+        {"on f()\nend\nset x to f()",
+         "error -2763: No result was returned from some part of this expression."},
         {"on f(x)\nend\nf(1, 2)", "error -1721: {1, 2} doesn’t match the parameters {x} for f."},
         {"g()", "error -1708: «script» doesn’t understand the “g” message."},
         {"on f({a, b})\na - b\nend\nf({5, 3})", "2"},
-        {"to find of l above low given rounding:r\nif r then return {l, low}\nlow\nend find\nfind of {1} above 3 given rounding:true", "{{1}, 3}"},
+        {"to find of l above low given rounding:r\nif r then return {l, low}\nlow\nend find\nfind of {1} "
+         "above 3 given rounding:true",
+         "{{1}, 3}"},
         {"on move by n from a given fast:f\n{n, a, f}\nend\nmove by 2 from 1 with fast", "{2, 1, true}"},
         {"on f(x)\nset x to x + 1\nend\nset x to 1\nf(x)\nx", "1"},
         {"property total : 10\non add(n)\nset total to total + n\nend\nadd(5)\ntotal", "15"},
@@ -221,16 +230,27 @@ TEST(ScriptLanguage, Handlers)
 TEST(ScriptLanguage, ScriptObjects)
 {
     expect({
-        {"script Counter\nproperty n : 0\non bump()\nset n to n + 1\nend\nend script\ntell Counter to bump()\nCounter's bump()\nn of Counter", "2"},
-        {"on make(v)\nscript\nproperty value : v\non get_()\nvalue\nend\nend script\nend\nset a to make(1)\nset b to make(2)\n{a's get_(), b's get_()}", "{1, 2}"},
+        {"script Counter\nproperty n : 0\non bump()\nset n to n + 1\nend\nend script\ntell Counter to "
+         "bump()\nCounter's bump()\nn of Counter",
+         "2"},
+        {"on make(v)\nscript\nproperty value : v\non get_()\nvalue\nend\nend script\nend\nset a to "
+         "make(1)\nset b to make(2)\n{a's get_(), b's get_()}",
+         "{1, 2}"},
         {"on make(v)\nscript\non get_()\nv\nend\nend script\nend\nmake(7)'s get_()", "7"},
-        {"script A\non hi()\n\"A\" & who()\nend\non who()\n\"a\"\nend\nend script\nscript B\nproperty parent : A\non who()\n\"b\"\nend\nend script\nB's hi()", "\"Ab\""},
+        {"script A\non hi()\n\"A\" & who()\nend\non who()\n\"a\"\nend\nend script\nscript B\nproperty parent "
+         ": A\non who()\n\"b\"\nend\nend script\nB's hi()",
+         "\"Ab\""},
         {"script A\nproperty x : 1\nproperty y : x + 1\nend\ny of A", "2"},
-        {"script A\nproperty l : {1}\nend\ncopy A to b\nset end of b's l to 2\n{A's l, b's l}", "{{1}, {1, 2}}"},
+        {"script A\nproperty l : {1}\nend\ncopy A to b\nset end of b's l to 2\n{A's l, b's l}",
+         "{{1}, {1, 2}}"},
         {"script A\non run\n\"ran\"\nend\nend script\nrun script A", "\"ran\""},
         {"run script \"1 + 1\"", "2"},
-        {"set l to {1, 2}\nset r to a reference to item 1 of l\nset contents of r to 9\n{l, contents of r, r + 1}", "{{9, 2}, 9, 10}"},
-        {"property big : {1, 2}\nset r to a reference to big\nset end of r to 3\n{count r, item 3 of r, my big}", "{3, 3, {1, 2, 3}}"},
+        {"set l to {1, 2}\nset r to a reference to item 1 of l\nset contents of r to 9\n{l, contents of r, r "
+         "+ 1}",
+         "{{9, 2}, 9, 10}"},
+        {"property big : {1, 2}\nset r to a reference to big\nset end of r to 3\n{count r, item 3 of r, my "
+         "big}",
+         "{3, 3, {1, 2, 3}}"},
     });
 }
 
@@ -245,10 +265,14 @@ TEST(ScriptLanguage, Errors)
         {"try\n1 / 0\nend try\n5", "5"},
         {"on f()\nerror \"in\" number 7\nend\ntry\nf()\non error number n\nn\nend", "7"},
         {"try\ntry\nerror \"a\"\non error m\nerror m & \"b\"\nend\non error m\nm\nend", "\"ab\""},
-        {"considering case\ntry\nignoring case\nerror \"x\"\nend ignoring\nend try\n\"a\" = \"A\"\nend considering", "false"},
-        {"try\ntry\nerror \"x\" number 7\non error number -128\n1\nend\non error m number n\n{m, n}\nend", "{\"x\", 7}"},
+        {"considering case\ntry\nignoring case\nerror \"x\"\nend ignoring\nend try\n\"a\" = \"A\"\nend "
+         "considering",
+         "false"},
+        {"try\ntry\nerror \"x\" number 7\non error number -128\n1\nend\non error m number n\n{m, n}\nend",
+         "{\"x\", 7}"},
         {"try\nerror number -128\non error number -128\n1\nend", "1"},
-        {"try\nerror \"p\" partial result {1} from {2}\non error m from f partial result p\n{f, p}\nend", "{{2}, {1}}"},
+        {"try\nerror \"p\" partial result {1} from {2}\non error m from f partial result p\n{f, p}\nend",
+         "{{2}, {1}}"},
     });
 }
 
@@ -256,10 +280,13 @@ TEST(ScriptLanguage, Dates)
 {
     expect({
         {"date \"November 23, 2026 13:05\"", "date \"Monday, November 23, 2026 at 1:05:00 PM\""},
-        {"set d to date \"2026-01-31 00:00:00\"\nset month of d to February\nd", "date \"Tuesday, March 3, 2026 at 12:00:00 AM\""},
+        {"set d to date \"2026-01-31 00:00:00\"\nset month of d to February\nd",
+         "date \"Tuesday, March 3, 2026 at 12:00:00 AM\""},
         {"(date \"1/2/2026\") - (date \"1/1/2026\")", "86400"},
         {"(date \"2/28/2028\") + 2 * days", "date \"Wednesday, March 1, 2028 at 12:00:00 AM\""},
-        {"set d to date \"3/4/2026 05:06:07\"\n{year of d, month of d, day of d, weekday of d, hours of d, minutes of d, seconds of d, time of d}", "{2026, March, 4, Wednesday, 5, 6, 7, 18367}"},
+        {"set d to date \"3/4/2026 05:06:07\"\n{year of d, month of d, day of d, weekday of d, hours of d, "
+         "minutes of d, seconds of d, time of d}",
+         "{2026, March, 4, Wednesday, 5, 6, 7, 18367}"},
         {"date string of date \"3/4/2026\"", "\"Wednesday, March 4, 2026\""},
         {"(date \"1/1/2026\") < (date \"1/2/2026\")", "true"},
         {"date \"gibberish\"", "error -30720: Invalid date and time \"gibberish\"."},
@@ -301,7 +328,8 @@ TEST(ScriptLanguage, TheManualsExamplesGiveWhatItSays)
         const std::string example = page.substr(at, page.find("```", at) - at);
         const size_t arrow = example.find("--> ");
         ASSERT_NE(arrow, std::string::npos) << example;
-        const std::string source = example.substr(0, arrow), result = example.substr(arrow + 4, example.size() - arrow - 5);
+        const std::string source = example.substr(0, arrow),
+                          result = example.substr(arrow + 4, example.size() - arrow - 5);
         EXPECT_EQ(scripting.run(source), result) << source;
         // Each begins with the delimiters that a new script finds.
         scripting.run("set AppleScript's text item delimiters to \"\"");

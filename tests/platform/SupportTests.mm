@@ -15,8 +15,8 @@ namespace {
 
 TEST(Bridge, TextIsByteExact)
 {
-    const std::string_view cases[] = {"",       "plain", "a\0b\0"sv, "é€", "\U0001F600 \U0010FFFF", "\uFFFE\uFEFF",
-                                      "\uFEFF", "\uFEFF\uFEFFx"};
+    const std::string_view cases[] = {
+        "", "plain", "a\0b\0"sv, "é€", "\U0001F600 \U0010FFFF", "\uFFFE\uFEFF", "\uFEFF", "\uFEFF\uFEFFx"};
     for (std::string_view text : cases)
         EXPECT_EQ(tarvik::utf8(tarvik::nsstring(text)), text);
     for (std::string_view bad : {"\xFF"sv, "\xC3"sv, "\xED\xA0\x80"sv, "a\xF4\x90\x80\x80"sv})
@@ -32,7 +32,8 @@ TEST(Bridge, HalfAPairHasNoUTF8Form)
     NSMutableString *between = [NSMutableString string];
     [between appendString:high];
     [between appendString:@"y"];
-    for (NSString *half : {high, [whole substringFromIndex:256], [high substringFromIndex:255], static_cast<NSString *>(between)}) {
+    for (NSString *half : {high, [whole substringFromIndex:256], [high substringFromIndex:255],
+                           static_cast<NSString *>(between)}) {
         EXPECT_GT([half length], 0u);
         EXPECT_EQ(tarvik::utf8(half), std::nullopt);
     }

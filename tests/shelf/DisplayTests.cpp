@@ -56,7 +56,8 @@ public:
     {
         const std::string status = readFile("/proc/" + std::to_string(process_) + "/status");
         const size_t mask = status.find("SigCgt:");
-        return mask != std::string::npos && (std::stoull(status.substr(mask + 7), nullptr, 16) >> (signal - 1) & 1);
+        return mask != std::string::npos &&
+               (std::stoull(status.substr(mask + 7), nullptr, 16) >> (signal - 1) & 1);
     }
     void send(int signal) const { kill(process_, signal); }
     bool endsWithin(std::chrono::seconds patience)
@@ -81,7 +82,9 @@ protected:
     {
         int ends[2];
         ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
-        server_.emplace(std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0", "1024x640x24", "-nolisten", "tcp"}, ends[1]);
+        server_.emplace(std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0", "1024x640x24",
+                                                 "-nolisten", "tcp"},
+                        ends[1]);
         close(ends[1]);
         std::string number;
         for (char c; read(ends[0], &c, 1) == 1 && c != '\n';)
@@ -94,7 +97,9 @@ protected:
     }
     void awaitWindow()
     {
-        const auto isShown = [] { return runProgram({"xdotool", "search", "--onlyvisible", "--name", "^Shelf$"}).status == 0; };
+        const auto isShown = [] {
+            return runProgram({"xdotool", "search", "--onlyvisible", "--name", "^Shelf$"}).status == 0;
+        };
         for (int i = 0; i < 300 && !isShown(); ++i)
             std::this_thread::sleep_for(100ms);
         ASSERT_TRUE(isShown());

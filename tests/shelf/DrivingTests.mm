@@ -16,7 +16,8 @@ protected:
     /// The name field of a file panel.
     static NSForm *nameField(NSWindow *panel)
     {
-        return (NSForm *)find([panel contentView], [](NSView *view) { return [view isKindOfClass:[NSForm class]]; });
+        return (NSForm *)find([panel contentView],
+                              [](NSView *view) { return [view isKindOfClass:[NSForm class]]; });
     }
     /// Types a name into the file panel that is there, and chooses it.
     void answer(const std::string &name)
@@ -24,7 +25,9 @@ protected:
         NSWindow *panel = sheet();
         ASSERT_TRUE([panel isKindOfClass:[NSSavePanel class]]);
         NSForm *field = nameField(panel);
-        const auto shows = [&] { return [field currentEditor] && [[[field currentEditor] string] isEqual:ns(name)]; };
+        const auto shows = [&] {
+            return [field currentEditor] && [[[field currentEditor] string] isEqual:ns(name)];
+        };
         ASSERT_TRUE(drive("type --delay 30 " + name, shows)) << str([[field currentEditor] string]);
         ASSERT_TRUE(drive("key Return", [&] { return [shelf_->mWindow attachedSheet] != panel; }));
     }
@@ -40,7 +43,9 @@ protected:
             --row;
         ASSERT_GE(row, 0);
         const NSRect item = [list cellFrameAtRow:row column:0];
-        const auto isChosen = [&] { return [[[nameField(panel) cellAtIndex:0] stringValue] isEqual:ns(name)]; };
+        const auto isChosen = [&] {
+            return [[[nameField(panel) cellAtIndex:0] stringValue] isEqual:ns(name)];
+        };
         ASSERT_TRUE(drive(click(onScreen(list, NSMakePoint(NSMinX(item) + 30, NSMidY(item)))), isChosen));
         const auto isGone = [&] { return [shelf_->mWindow attachedSheet] != panel; };
         ASSERT_TRUE(drive(click(middleOf(buttonTitled([panel contentView], @"OK"))), isGone));
@@ -93,13 +98,15 @@ TEST_F(Driven, MakesAnImageOfAFolder)
     ASSERT_TRUE(toFront());
     ASSERT_TRUE(drive("key ctrl+n", [&] { return [shelf_->mWindow attachedSheet] != nil; }));
     pick("Letters");
-    ASSERT_TRUE(eventually([&] { return [[shelf_->mWindow attachedSheet] isMemberOfClass:[NSSavePanel class]]; }));
+    ASSERT_TRUE(
+        eventually([&] { return [[shelf_->mWindow attachedSheet] isMemberOfClass:[NSSavePanel class]]; }));
     EXPECT_EQ(str([[nameField(sheet()) cellAtIndex:0] stringValue]), "Letters.img");
     answer("Mail.img");
     ASSERT_TRUE(idle());
     EXPECT_EQ(names(), "Mail");
     EXPECT_EQ(files(), (std::vector<std::string>{"Letters", "Mail.img"}));
-    EXPECT_TRUE(runProgram({"unsquashfs", "-cat", folder_ / "Mail.img", "one"}).out == std::string(100000, 'x'));
+    EXPECT_TRUE(runProgram({"unsquashfs", "-cat", folder_ / "Mail.img", "one"}).out ==
+                std::string(100000, 'x'));
 }
 
 TEST_F(Driven, ACancelledImageLeavesNothingBehind)
@@ -132,7 +139,8 @@ TEST_F(Driven, SaysWhyItIsStillMounted)
         GTEST_SKIP() << "this user may use neither loop devices nor FUSE";
     std::filesystem::create_directory(folder_ / "source");
     folder_.write("source/file", "text");
-    [shelf_ makeImage:ns(folder_ / ("busy-" + std::to_string(getpid()) + ".img")) ofFolder:ns(folder_ / "source")];
+    [shelf_ makeImage:ns(folder_ / ("busy-" + std::to_string(getpid()) + ".img"))
+             ofFolder:ns(folder_ / "source")];
     ASSERT_TRUE(idle());
     select({0});
     ASSERT_TRUE(toFront());
@@ -160,7 +168,10 @@ TEST_F(Driven, PublishesToAServer)
         ASSERT_TRUE(toFront());
         ASSERT_TRUE(drive("key ctrl+shift+e", [&] { return [shelf_->mWindow attachedSheet] != nil; }));
         NSWindow *panel = sheet();
-        const auto shows = [&] { return [[panel firstResponder] isKindOfClass:[NSText class]] && [[(NSText *)[panel firstResponder] string] isEqual:ns(url)]; };
+        const auto shows = [&] {
+            return [[panel firstResponder] isKindOfClass:[NSText class]] &&
+                   [[(NSText *)[panel firstResponder] string] isEqual:ns(url)];
+        };
         ASSERT_TRUE(drive("key ctrl+a sleep 0.2 type --delay 15 " + url, shows));
         ASSERT_TRUE(drive("key Return", [&] { return [shelf_->mWindow attachedSheet] != panel; }));
         ASSERT_TRUE(idle());
@@ -173,14 +184,16 @@ TEST_F(Driven, PublishesToAServer)
     EXPECT_NE(kept.find("Content-Type: text/xml\r\n"), std::string::npos) << kept;
     EXPECT_EQ(kept.substr(kept.find("\r\n\r\n") + 4), xmlOfRows([shelf_->mRows datasourceArray]));
 
-    for (const auto &[url, why] : {std::pair{server.url("/status/503"), "status 503"},
-                                   {"http://127.0.0.1:" + std::to_string(freePort()) + "/x", "publish again"}}) {
+    for (const auto &[url, why] :
+         {std::pair{server.url("/status/503"), "status 503"},
+          {"http://127.0.0.1:" + std::to_string(freePort()) + "/x", "publish again"}}) {
         publish(url);
         NSWindow *alert = sheet();
         EXPECT_NE(texts([alert contentView]).find(why), std::string::npos) << texts([alert contentView]);
         ASSERT_TRUE(drive("key Return", [&] { return [shelf_->mWindow attachedSheet] == nil; }));
     }
-    EXPECT_EQ(str([[NSUserDefaults standardUserDefaults] stringForKey:@"PublishAddress"]), server.url("/keep"));
+    EXPECT_EQ(str([[NSUserDefaults standardUserDefaults] stringForKey:@"PublishAddress"]),
+              server.url("/keep"));
 }
 
 TEST_F(Driven, IsAllOnTheKeyboard)
@@ -203,7 +216,10 @@ TEST_F(Driven, IsAllOnTheKeyboard)
     beginIn(folder_.path());
     ASSERT_TRUE(drive("key ctrl+e", [&] { return [shelf_->mWindow attachedSheet] != nil; }));
     answer("list.xml");
-    EXPECT_EQ(runProgram({"xmllint", "--xpath", "count(/catalogue/image[label='Green'])", folder_ / "list.xml"}).out, "1\n");
+    EXPECT_EQ(
+        runProgram({"xmllint", "--xpath", "count(/catalogue/image[label='Green'])", folder_ / "list.xml"})
+            .out,
+        "1\n");
     [shelf_ exportTo:ns(folder_ / "none/list.xml")];
     EXPECT_NE(texts([sheet() contentView]).find("could not be written"), std::string::npos);
 }
@@ -221,9 +237,12 @@ TEST_F(Driven, SetsALabelFromItsButton)
         if (!isShown())
             return;
         NSWindow *window = [[menu menuRepresentation] window];
-        const NSPoint corner = [[label window] convertBaseToScreen:[label convertPoint:NSZeroPoint toView:nil]];
+        const NSPoint corner = [[label window] convertBaseToScreen:[label convertPoint:NSZeroPoint
+                                                                                toView:nil]];
         EXPECT_NEAR(NSMinX([window frame]), corner.x, 3);
-        EXPECT_NEAR(NSMaxY([window frame]), [[label window] convertBaseToScreen:[label convertRect:[label bounds] toView:nil].origin].y, 3);
+        EXPECT_NEAR(
+            NSMaxY([window frame]),
+            [[label window] convertBaseToScreen:[label convertRect:[label bounds] toView:nil].origin].y, 3);
         const NSRect area = [[menu menuRepresentation] rectOfItemAtIndex:orange];
         item = onScreen([menu menuRepresentation], NSMakePoint(NSMidX(area), NSMidY(area)));
     });
@@ -244,9 +263,15 @@ TEST_F(Driven, SharesTheClipboardWithOtherPrograms)
     select({0, 1});
     ASSERT_TRUE(toFront());
     std::string copied;
-    ASSERT_TRUE(drive("key ctrl+c", [&] { return [[[NSPasteboard generalPasteboard] types] containsObject:@"TarvikShelfRows"]; }));
-    EXPECT_EQ(runProgram({"timeout", "20", "xclip", "-selection", "clipboard", "-o"}).out, first + "\n" + second);
-    ASSERT_EQ(runProgram({"xclip", "-selection", "clipboard"}, "a list:\nfile://" + folder_.path().native() + "/%C3%B6.img\n").status, 0);
+    ASSERT_TRUE(drive("key ctrl+c", [&] {
+        return [[[NSPasteboard generalPasteboard] types] containsObject:@"TarvikShelfRows"];
+    }));
+    EXPECT_EQ(runProgram({"timeout", "20", "xclip", "-selection", "clipboard", "-o"}).out,
+              first + "\n" + second);
+    ASSERT_EQ(runProgram({"xclip", "-selection", "clipboard"},
+                         "a list:\nfile://" + folder_.path().native() + "/%C3%B6.img\n")
+                  .status,
+              0);
     EXPECT_TRUE(drive("key ctrl+v", [&] { return [[shelf_->mRows datasourceArray] count] == 3; })) << names();
     EXPECT_NE(names().find("ö"), std::string::npos);
 }
@@ -257,9 +282,13 @@ TEST_F(Driven, DragsRowsToAnotherPlace)
         add(name);
     NSTableView *table = shelf_->mWindow->mTable;
     ASSERT_TRUE(toFront());
-    const auto at = [&](int row, CGFloat down) { return onScreen(table, NSMakePoint(60, NSMinY(rowOnTable(row)) + down)); };
-    EXPECT_TRUE(drive("mousemove " + at(0, 11) + " sleep 0.2 mousedown 1 sleep 0.2 mousemove_relative 2 5 sleep 0.2 mousemove " + at(1, 11) +
-                          " sleep 0.3 mousemove " + at(2, 16) + " sleep 0.3 mousemove_relative 0 1 sleep 0.4 mouseup 1",
+    const auto at = [&](int row, CGFloat down) {
+        return onScreen(table, NSMakePoint(60, NSMinY(rowOnTable(row)) + down));
+    };
+    EXPECT_TRUE(drive("mousemove " + at(0, 11) +
+                          " sleep 0.2 mousedown 1 sleep 0.2 mousemove_relative 2 5 sleep 0.2 mousemove " +
+                          at(1, 11) + " sleep 0.3 mousemove " + at(2, 16) +
+                          " sleep 0.3 mousemove_relative 0 1 sleep 0.4 mouseup 1",
                       [&] { return names() == "bcad"; }))
         << names();
     EXPECT_EQ([table selectedRow], 2);

@@ -1,7 +1,7 @@
 // The application's own objects in a window on the display, for tests that look at them and drive them.
 #pragma once
-#include <apps/Shelf/ShelfController.h>
 #import <Tarvik/support/Bridge.h>
+#include <apps/Shelf/ShelfController.h>
 #include <gtest/gtest.h>
 #include <tests/support/TemporaryFolder.h>
 #include <tests/ui/Desktop.h>

@@ -1,8 +1,8 @@
 #include "ShelfFixture.h"
 
-#include <apps/Shelf/Style.h>
 #import <GNUstepGUI/GSDisplayServer.h>
 #import <Tarvik/support/ArrayRange.h>
+#include <apps/Shelf/Style.h>
 #include <tests/support/Program.h>
 
 void ShelfApplication::SetUp()
@@ -38,7 +38,8 @@ namespace {
 
 std::string numberOnDisplay(NSWindow *window)
 {
-    return std::to_string(reinterpret_cast<uintptr_t>([GSCurrentServer() windowDevice:int([window windowNumber])]));
+    return std::to_string(
+        reinterpret_cast<uintptr_t>([GSCurrentServer() windowDevice:int([window windowNumber])]));
 }
 
 /// Whether the application and the display agree that it gets what is typed.
@@ -67,14 +68,17 @@ bool ShelfApplication::drive(const std::string &words, const std::function<bool(
 NSWindow *ShelfApplication::sheet()
 {
     NSWindow *found = nil;
-    eventually([&] { return (found = [shelf_->mWindow attachedSheet]) != nil && [found isVisible] && hasKeyboard(found); });
+    eventually([&] {
+        return (found = [shelf_->mWindow attachedSheet]) != nil && [found isVisible] && hasKeyboard(found);
+    });
     return found;
 }
 
 bool ShelfApplication::isWhole(NSWindow *window)
 {
     const NSSize size = [[window contentView] frame].size;
-    const std::string expected = "Geometry: " + std::to_string(int(size.width)) + "x" + std::to_string(int(size.height)) + "\n";
+    const std::string expected =
+        "Geometry: " + std::to_string(int(size.width)) + "x" + std::to_string(int(size.height)) + "\n";
     return runProgram({"xdotool", "getwindowgeometry", numberOnDisplay(window)}).out.ends_with(expected);
 }
 
@@ -133,5 +137,6 @@ std::string ShelfApplication::names() const
 std::string ShelfApplication::cell(int row, NSString *key)
 {
     NSTableColumn *column = [shelf_->mWindow->mTable tableColumnWithIdentifier:key];
-    return str([[shelf_->mRows tableView:shelf_->mWindow->mTable objectValueForTableColumn:column row:row] description]);
+    return str([[shelf_->mRows tableView:shelf_->mWindow->mTable objectValueForTableColumn:column
+                                     row:row] description]);
 }

@@ -44,15 +44,15 @@ TEST_F(ShelfApplication, DeletesAndUndoes)
     select({1});
     NSString *key = [NSString stringWithFormat:@"%C", unichar(NSDeleteFunctionKey)];
     [NSApp postEvent:[NSEvent keyEventWithType:NSKeyDown
-                                      location:NSZeroPoint
-                                 modifierFlags:0
-                                     timestamp:0
-                                  windowNumber:[shelf_->mWindow windowNumber]
-                                       context:nil
-                                    characters:key
-                   charactersIgnoringModifiers:key
-                                     isARepeat:NO
-                                       keyCode:0]
+                                            location:NSZeroPoint
+                                       modifierFlags:0
+                                           timestamp:0
+                                        windowNumber:[shelf_->mWindow windowNumber]
+                                             context:nil
+                                          characters:key
+                         charactersIgnoringModifiers:key
+                                           isARepeat:NO
+                                             keyCode:0]
              atStart:NO];
     EXPECT_TRUE(eventually([this] { return names() == "acd"; }));
 }
@@ -77,7 +77,8 @@ TEST_F(ShelfApplication, CutsAndPastes)
     [pasteboard setString:ns("some words\nfile://" + file + "\n") forType:NSStringPboardType];
     [shelf_->mRows paste:nil];
     EXPECT_EQ(names(), "bcat");
-    [pasteboard declareTypes:[NSArray arrayWithObjects:@"TarvikShelfRows", NSFilenamesPboardType, nil] owner:nil];
+    [pasteboard declareTypes:[NSArray arrayWithObjects:@"TarvikShelfRows", NSFilenamesPboardType, nil]
+                       owner:nil];
     [pasteboard setData:tarvik::nsdata("\x01\x02 no list") forType:@"TarvikShelfRows"];
     [pasteboard setPropertyList:@"no list" forType:NSFilenamesPboardType];
     [shelf_->mRows paste:nil];
@@ -178,7 +179,9 @@ TEST_F(ShelfApplication, SaysWhatToDo)
 TEST_F(ShelfApplication, LivesWithForeignRows)
 {
     close();
-    NSArray *odd = [NSArray arrayWithObjects:@"a text", [NSArray array], [NSDictionary dictionaryWithObject:[NSNumber numberWithInt:1] forKey:kPath], nil];
+    NSArray *odd = [NSArray
+        arrayWithObjects:@"a text", [NSArray array],
+                         [NSDictionary dictionaryWithObject:[NSNumber numberWithInt:1] forKey:kPath], nil];
     [[NSUserDefaults standardUserDefaults] setObject:odd forKey:kImagesDefault];
     open();
     add("a.img");
@@ -186,7 +189,10 @@ TEST_F(ShelfApplication, LivesWithForeignRows)
     [shelf_->mWindow display];
     [shelf_ setSortKey:kPath];
     [shelf_->mWindow->mTable selectAll:nil];
-    for (SEL action : {@selector(mountImages:), @selector(verifyImages:), @selector(setImageLabel:), @selector(exportCatalogue:)})
+    for (SEL action : {
+             @selector(mountImages:), @selector(verifyImages:), @selector(setImageLabel:),
+                 @selector(exportCatalogue:)
+         })
         [shelf_ validateAction:action];
     close();
     EXPECT_EQ([[[NSUserDefaults standardUserDefaults] arrayForKey:kImagesDefault] count], 4u);  // kept

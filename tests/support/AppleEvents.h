@@ -10,7 +10,8 @@
 /// "docu"_code
 constexpr FourCharCode operator""_code(const char *letters, size_t)
 {
-    return FourCharCode(uint8_t(letters[0])) << 24 | FourCharCode(uint8_t(letters[1])) << 16 | FourCharCode(uint8_t(letters[2])) << 8 | uint8_t(letters[3]);
+    return FourCharCode(uint8_t(letters[0])) << 24 | FourCharCode(uint8_t(letters[1])) << 16 |
+           FourCharCode(uint8_t(letters[2])) << 8 | uint8_t(letters[3]);
 }
 
 inline tarvik::OwnedDesc descOf(DescType type, std::string_view bytes)

@@ -20,7 +20,8 @@ std::string libraryOf(const void *address)
     return path.substr(path.rfind('/') + 1);
 }
 
-using Implementations = std::map<std::string, std::vector<std::string>>;  // selector to the libraries that implement it
+using Implementations =
+    std::map<std::string, std::vector<std::string>>;  // selector to the libraries that implement it
 
 Implementations implementations(Class place)
 {
@@ -60,8 +61,11 @@ std::set<std::string> methodsReplacedBy(const std::string &library)
                 for (Class owner : {place, above}) {
                     const auto &owners = owner == place ? here : there->second;
                     const auto &others = owner == place ? there->second : here;
-                    if (std::any_of(owners.begin(), owners.end(), isOurs) && !std::all_of(others.begin(), others.end(), isOurs) && !isOurs(libraryOf((const void *)owner)))
-                        replaced.insert(std::string(class_isMetaClass(owner) ? "+[" : "-[") + class_getName(owner) + " " + selector + "]");
+                    if (std::any_of(owners.begin(), owners.end(), isOurs) &&
+                        !std::all_of(others.begin(), others.end(), isOurs) &&
+                        !isOurs(libraryOf((const void *)owner)))
+                        replaced.insert(std::string(class_isMetaClass(owner) ? "+[" : "-[") +
+                                        class_getName(owner) + " " + selector + "]");
                 }
             }
         }

@@ -45,8 +45,7 @@ inline CSSM_KEY keyOf(CSSM_ALGORITHMS algorithm, const std::string &bytes,
     return key;
 }
 
-class CryptSession
-{
+class CryptSession {
 public:
     CryptSession();
     ~CryptSession();

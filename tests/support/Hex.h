@@ -24,8 +24,7 @@ inline std::string fromHex(const std::string &text)
     return bytes;
 }
 
-class RandomBytes
-{
+class RandomBytes {
 public:
     explicit RandomBytes(uint32_t seed) : engine_(seed) {}
     std::string operator()(size_t length)

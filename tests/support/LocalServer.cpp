@@ -54,8 +54,9 @@ std::string Companion::firstLine()
 
 Authority::Authority(const TemporaryFolder &folder) : folder_(folder)
 {
-    runProgram({"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-days",
-                "30", "-subj", "/CN=Test authority", "-keyout", folder / "ca.key", "-out", folder / "ca.crt"});
+    runProgram({"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes",
+                "-days", "30", "-subj", "/CN=Test authority", "-keyout", folder / "ca.key", "-out",
+                folder / "ca.crt"});
 }
 
 std::string Authority::file() const { return folder_ / "ca.crt"; }
@@ -64,20 +65,21 @@ Certificate Authority::issue(const std::string &label, int days, const std::stri
 {
     const Certificate made{folder_ / (label + ".crt"), folder_ / (label + ".key")};
     const std::string request = folder_ / (label + ".csr");
-    runProgram({"openssl", "req", "-new", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-subj",
-                "/CN=" + label, "-keyout", made.key, "-out", request});
+    runProgram({"openssl", "req", "-new", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes",
+                "-subj", "/CN=" + label, "-keyout", made.key, "-out", request});
     const std::string extensions = folder_.write(label + ".ext", "subjectAltName=" + names + "\n");
     // A negative number of days: a certificate that has already ended.
-    runProgram({"openssl", "x509", "-req", "-in", request, "-CA", file(), "-CAkey", folder_ / "ca.key", "-CAcreateserial",
-                "-days", std::to_string(days), "-extfile", extensions, "-out", made.file});
+    runProgram({"openssl", "x509", "-req", "-in", request, "-CA", file(), "-CAkey", folder_ / "ca.key",
+                "-CAcreateserial", "-days", std::to_string(days), "-extfile", extensions, "-out", made.file});
     return made;
 }
 
 Certificate Authority::selfSigned(const std::string &label)
 {
     const Certificate made{folder_ / (label + ".crt"), folder_ / (label + ".key")};
-    runProgram({"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-days", "30",
-                "-subj", "/CN=localhost", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout", made.key, "-out", made.file});
+    runProgram({"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes",
+                "-days", "30", "-subj", "/CN=localhost", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout",
+                made.key, "-out", made.file});
     return made;
 }
 
@@ -86,7 +88,8 @@ static const char *const kServer = TARVIK_TESTS_HELPER "/tarvik-test-server";
 LocalServer::LocalServer() : scheme_("http"), program_({kServer}), port_(std::stoi(program_.firstLine())) {}
 
 LocalServer::LocalServer(const Certificate &certificate)
-    : scheme_("https"), program_({kServer, certificate.file, certificate.key}), port_(std::stoi(program_.firstLine()))
+    : scheme_("https"), program_({kServer, certificate.file, certificate.key}),
+      port_(std::stoi(program_.firstLine()))
 {
 }
 
@@ -98,13 +101,15 @@ std::string LocalServer::url(const std::string &path) const
 static std::string proxyConfiguration(const TemporaryFolder &folder, int port)
 {
     const std::string log = folder / "proxy.log";
-    return folder.write("proxy.conf", "Port " + std::to_string(port) +
-                                          "\nListen 127.0.0.1\nTimeout 60\nMaxClients 50\nLogLevel Connect\nLogFile \"" + log +
-                                          "\"\nAllow 127.0.0.1\n");
+    return folder.write("proxy.conf",
+                        "Port " + std::to_string(port) +
+                            "\nListen 127.0.0.1\nTimeout 60\nMaxClients 50\nLogLevel Connect\nLogFile \"" +
+                            log + "\"\nAllow 127.0.0.1\n");
 }
 
 ForwardProxy::ForwardProxy(const TemporaryFolder &folder)
-    : folder_(folder), port_(freePort()), program_({"tinyproxy", "-d", "-c", proxyConfiguration(folder, port_)})
+    : folder_(folder), port_(freePort()),
+      program_({"tinyproxy", "-d", "-c", proxyConfiguration(folder, port_)})
 {
     sockaddr_in address{};
     address.sin_family = AF_INET;

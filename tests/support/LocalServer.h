@@ -31,7 +31,8 @@ class Authority {
 public:
     explicit Authority(const TemporaryFolder &folder);
     /// For 127.0.0.1 and localhost unless `names` says other subject alternative names.
-    Certificate issue(const std::string &label, int days, const std::string &names = "IP:127.0.0.1,DNS:localhost");
+    Certificate issue(const std::string &label, int days,
+                      const std::string &names = "IP:127.0.0.1,DNS:localhost");
     /// Signed by itself.
     Certificate selfSigned(const std::string &label);
     /// To be trusted, as SSL_CERT_FILE.

@@ -1,7 +1,7 @@
 // main of every test binary: a pool around each test.
-#include <gtest/gtest.h>
 #import <Foundation/Foundation.h>
 #import <Tarvik/support/Pool.h>
+#include <gtest/gtest.h>
 
 #include <memory>
 

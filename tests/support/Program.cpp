@@ -34,7 +34,8 @@ ProgramResult runProgram(const std::vector<std::string> &words, const std::strin
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), folder.read("out"), folder.read("error")};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), folder.read("out"),
+            folder.read("error")};
 }
 
 ProgramResult runTarvik(std::vector<std::string> words, const std::string &input)

@@ -26,8 +26,8 @@ struct Load {
     NSURLRequestCachePolicy policy = NSURLRequestReloadIgnoringCacheData;
     double limit = 10;
     bool refusesRedirects = false;
-    std::string user = {}, password = {};                       // the answer to the first challenge
+    std::string user = {}, password = {};                 // the answer to the first challenge
     std::function<void(NSURLConnection *)> onChunk = {};  // called with each
-    double patience = 15;                                       // then the transfer is left as it is
+    double patience = 15;                                 // then the transfer is left as it is
 };
 Transfer run(const Load &load);

@@ -80,10 +80,10 @@ Transfer run(const Load &load)
 {
     using Clock = std::chrono::steady_clock;
     Transfer transfer;
-    NSMutableURLRequest *request =
-        [NSMutableURLRequest requestWithURL:[NSURL URLWithString:[NSString stringWithUTF8String:load.url.c_str()]]
-                                cachePolicy:load.policy
-                            timeoutInterval:load.limit];
+    NSMutableURLRequest *request = [NSMutableURLRequest
+         requestWithURL:[NSURL URLWithString:[NSString stringWithUTF8String:load.url.c_str()]]
+            cachePolicy:load.policy
+        timeoutInterval:load.limit];
     [request setHTTPMethod:[NSString stringWithUTF8String:load.method.c_str()]];
     if (!load.body.empty())
         [request setHTTPBody:[NSData dataWithBytes:load.body.data() length:load.body.size()]];
@@ -97,7 +97,8 @@ Transfer run(const Load &load)
     const auto elapsed = [&] { return std::chrono::duration<double>(Clock::now() - start).count(); };
     NSURLConnection *connection = [NSURLConnection connectionWithRequest:request delegate:delegate];
     while (!transfer.ended && elapsed() < load.patience)
-        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.2]];
+        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode
+                                 beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.2]];
     transfer.seconds = elapsed();
     if (!transfer.ended)
         [connection cancel];

@@ -7,10 +7,13 @@
 inline std::u32string referenceDecode(const std::string &text)
 {
     std::u32string result;
-    const auto byte = [&](size_t at) -> uint32_t { return at < text.size() ? static_cast<uint8_t>(text[at]) : 0; };
+    const auto byte = [&](size_t at) -> uint32_t {
+        return at < text.size() ? static_cast<uint8_t>(text[at]) : 0;
+    };
     size_t at = 0;
     while (at < text.size()) {
-        const uint32_t b = byte(at), b1 = byte(at + 1) & 0x3F, b2 = byte(at + 2) & 0x3F, b3 = byte(at + 3) & 0x3F;
+        const uint32_t b = byte(at), b1 = byte(at + 1) & 0x3F, b2 = byte(at + 2) & 0x3F,
+                       b3 = byte(at + 3) & 0x3F;
         uint32_t codePoint = 0;
         if ((b & 0xF0) == 0xF0) {
             codePoint = (b & 0x07) << 18 | b1 << 12 | b2 << 6 | b3;

@@ -21,8 +21,8 @@ OSErr look(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
 {
     long count = 0;
     AECountItems(event, &count);
-    gSeen =
-        std::to_string(count) + " " + textParam(event, keyDirectObject) + " " + textParam(event, "more"_code) + (reply->dataHandle ? " asked" : "");
+    gSeen = std::to_string(count) + " " + textParam(event, keyDirectObject) + " " +
+            textParam(event, "more"_code) + (reply->dataHandle ? " asked" : "");
     const SInt32 n = SInt32(refcon);
     return reply->dataHandle ? AEPutParamPtr(reply, keyDirectObject, typeSInt32, &n, sizeof n) : OSErr(noErr);
 }
@@ -30,7 +30,9 @@ OSErr look(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
 std::string dataIn(const AEDescList *list, DescType type)
 {
     const CFOwned<CFDataRef> data(AppleEventCopyData(list, type));
-    return data ? std::string(reinterpret_cast<const char *>(CFDataGetBytePtr(data.get())), size_t(CFDataGetLength(data.get()))) : "none";
+    return data ? std::string(reinterpret_cast<const char *>(CFDataGetBytePtr(data.get())),
+                              size_t(CFDataGetLength(data.get())))
+                : "none";
 }
 
 }  // namespace
@@ -39,9 +41,11 @@ TEST(AppleEventFunctionTest, SendsPlainData)
 {
     ASSERT_TRUE(AppleEventInstallHandler(kTest, "look"_code, look, 7));
     const auto send = [&](AEEventID id, AppleEvent *reply, std::initializer_list<AppleEventParam> params) {
-        return AppleEventSendDataArray(typeKernelProcessID, &gSelf, sizeof gSelf, kTest, id, reply, params.begin(), CFIndex(params.size()));
+        return AppleEventSendDataArray(typeKernelProcessID, &gSelf, sizeof gSelf, kTest, id, reply,
+                                       params.begin(), CFIndex(params.size()));
     };
-    const AppleEventParam object = {keyDirectObject, typeUTF8Text, "Emma", 4}, more = {"more"_code, typeText, "x", 1};
+    const AppleEventParam object = {keyDirectObject, typeUTF8Text, "Emma", 4},
+                          more = {"more"_code, typeText, "x", 1};
     EXPECT_TRUE(send("look"_code, nullptr, {object, more}));
     EXPECT_EQ(gSeen, "2 Emma x");
     // Without data, without size, and what no descriptor can be made of: left out, and the event is sent.
@@ -53,7 +57,8 @@ TEST(AppleEventFunctionTest, SendsPlainData)
                       {"nul4"_code, typeAEList, "x", 1}}));
     EXPECT_EQ(gSeen, "1 Emma none");
     OwnedDesc reply;
-    EXPECT_TRUE(AppleEventSendData(typeKernelProcessID, &gSelf, sizeof gSelf, kTest, "look"_code, reply.get(), typeUTF8Text, "Jane", 4));
+    EXPECT_TRUE(AppleEventSendData(typeKernelProcessID, &gSelf, sizeof gSelf, kTest, "look"_code, reply.get(),
+                                   typeUTF8Text, "Jane", 4));
     EXPECT_EQ(gSeen, "1 Jane none asked");
     SInt32 n = 0;
     EXPECT_TRUE(AppleEventGetParamDescData(reply.get(), keyDirectObject, typeSInt32, &n, sizeof n));

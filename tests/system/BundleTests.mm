@@ -30,13 +30,19 @@ std::string text(NSString *string) { return string ? *tarvik::utf8(string) : "(n
 
 TEST(Versions, NumbersAsText)
 {
-    const NumVersion beta{3, betaStage, 0x45, 0x10}, final{0, finalStage, 0x23, 0x01}, odd{7, 0x99, 0x00, 0x0A};
+    const NumVersion beta{3, betaStage, 0x45, 0x10}, final{0, finalStage, 0x23, 0x01},
+        odd{7, 0x99, 0x00, 0x0A};
     EXPECT_EQ(text(NumVersionCopyString(&beta, false)), "10.4.69b");
     EXPECT_EQ(text(NumVersionCopyString(&beta, true)), "10.4.69b.3");
     EXPECT_EQ(text(NumVersionCopyString(&final, true)), "1.2.35.0");  // the bug is the whole byte: known so
     EXPECT_EQ(text(NumVersionCopyString(&odd, true)), "A.0.0.7");
     EXPECT_EQ(text(NumVersionCopyString(nullptr, true)), "(null)");
-    VersRec record{beta, 14, "\x04" "1\xE9" "2b", "\x03" "abc"};
+    VersRec record{beta, 14,
+                   "\x04"
+                   "1\xE9"
+                   "2b",
+                   "\x03"
+                   "abc"};
     EXPECT_EQ(text(VersRecCopyVersionString(&record, false)), "10.4.69b");
     EXPECT_EQ(text(VersRecCopyShortString(&record, kCFStringEncodingISOLatin1)), "1é2b");
     EXPECT_EQ(text(VersRecCopyShortString(&record, kCFStringEncodingMacRoman)), "1È2b");
@@ -53,10 +59,19 @@ TEST(Versions, FromTheCurrentResourceFile)
     ResFileRefNum number;
     ASSERT_EQ(FSOpenResourceFile(&ref, 0, nullptr, 3, &number), noErr);
     const std::string_view forms[] = {
-        "\x03\x60\x45\x10\x0E\x00\x03" "1.0" "\x02" "ab"sv,  // in memory: this processor's order
-        "\x03\x60\x45\x10\x0E\x00\x00"sv,                    // 7 bytes
-        "\x03\x60\x45\x10\x0E\x00\x09" "1.0" "\x02" "ab"sv,  // a string past the end
-        "\x03\x60\x45\x10\x0E\x00\x03" "1.0" "\x03" "ab"sv,
+        "\x03\x60\x45\x10\x0E\x00\x03"
+        "1.0"
+        "\x02"
+        "ab"sv,                            // in memory: this processor's order
+        "\x03\x60\x45\x10\x0E\x00\x00"sv,  // 7 bytes
+        "\x03\x60\x45\x10\x0E\x00\x09"
+        "1.0"
+        "\x02"
+        "ab"sv,  // a string past the end
+        "\x03\x60\x45\x10\x0E\x00\x03"
+        "1.0"
+        "\x03"
+        "ab"sv,
     };
     SInt16 id = 1;
     for (std::string_view form : forms) {
@@ -89,14 +104,17 @@ protected:
         fs::create_directories(contents / "Resources" / "French.lproj");
         fs::create_directories(contents / "Resources" / "German.lproj");
         folder_.write("Host.app/Contents/Info.plist",
-                      "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>CFBundleExecutable</key><string>Host</string>"
+                      "<?xml version=\"1.0\"?><plist "
+                      "version=\"1.0\"><dict><key>CFBundleExecutable</key><string>Host</string>"
                       "<key>CFBundleIdentifier</key><string>org.example.host</string></dict></plist>");
         folder_.write("Host.app/Contents/MacOS/Host", "#!/bin/sh\n");
         fs::permissions(contents / "MacOS" / "Host", fs::perms::owner_all);
         folder_.write("Host.app/Contents/Resources/data.txt", "data");
-        folder_.write("Host.app/Contents/Resources/French.lproj/Main.strings", "\"hello\" = \"bonjour \\\"été\\\"\";\n");
+        folder_.write("Host.app/Contents/Resources/French.lproj/Main.strings",
+                      "\"hello\" = \"bonjour \\\"été\\\"\";\n");
         folder_.write("Host.app/Contents/Resources/German.lproj/Main.strings",
-                      "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>hello</key><string>grüß 😀</string></dict></plist>");
+                      "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>hello</key><string>grüß "
+                      "😀</string></dict></plist>");
         std::string utf16 = "\xFF\xFE";
         for (char c : "\"hello\" = \"sechzehn\";"s)
             utf16 += {c, '\0'};
@@ -120,10 +138,13 @@ protected:
 TEST_F(Bundles, FoldersAroundABundle)
 {
     EXPECT_EQ(path(CFBundleCopyDirectoryURL(bundle_)), root_);
-    EXPECT_EQ(path(CFBundleCopyDirectoryURLAppendingPathComponent(bundle_, CFSTR("x y"), false)), root_ + "/x y");
-    EXPECT_EQ(path(CFBundleCopyExecutableDirectoryURLAppendingPathComponent(bundle_, nullptr, true)), root_ + "/Host.app/Contents/MacOS");
-    EXPECT_EQ(path(CFBundleCopyResourcesDirectoryURLAppendingPathComponent(bundle_, CFSTR("data.txt"), false)),
-              root_ + "/Host.app/Contents/Resources/data.txt");
+    EXPECT_EQ(path(CFBundleCopyDirectoryURLAppendingPathComponent(bundle_, CFSTR("x y"), false)),
+              root_ + "/x y");
+    EXPECT_EQ(path(CFBundleCopyExecutableDirectoryURLAppendingPathComponent(bundle_, nullptr, true)),
+              root_ + "/Host.app/Contents/MacOS");
+    EXPECT_EQ(
+        path(CFBundleCopyResourcesDirectoryURLAppendingPathComponent(bundle_, CFSTR("data.txt"), false)),
+        root_ + "/Host.app/Contents/Resources/data.txt");
     NSBundle *object = (NSBundle *)bundle_;
     EXPECT_EQ(text([object executablePath:@"helper"]), root_ + "/Host.app/Contents/MacOS/helper");
     EXPECT_EQ(text([object executablePath:nil]), "(nil)");
@@ -144,10 +165,12 @@ TEST_F(Bundles, BundlesFromPlaces)
     EXPECT_FALSE(CFBundleGetResourceFSRef(bundle_, CFSTR("none"), CFSTR("txt"), nullptr, &ref));
     EXPECT_FALSE(CFBundleGetResourceFSRef(nullptr, CFSTR("data"), CFSTR("txt"), nullptr, &ref));
 
-    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8 *>((root_ + "/Host.app").c_str()), &ref, nullptr), noErr);
+    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8 *>((root_ + "/Host.app").c_str()), &ref, nullptr),
+              noErr);
     const tarvik::CFOwned<CFBundleRef> again(CFBundleCreateFromFSRef(&ref));
     EXPECT_EQ(text([(NSBundle *)again.get() bundlePath]), root_ + "/Host.app");
-    const tarvik::CFOwned<CFBundleRef> plug(CFBundleCreateFromBundleExecutableDirectory(bundle_, CFSTR("Plug.bundle")));
+    const tarvik::CFOwned<CFBundleRef> plug(
+        CFBundleCreateFromBundleExecutableDirectory(bundle_, CFSTR("Plug.bundle")));
     EXPECT_EQ(text([(NSBundle *)plug.get() identifiedName]), "Plug");  // no identifier: the folder's name
     EXPECT_EQ(CFBundleCreateFromBundleExecutableDirectory(bundle_, CFSTR("")), nullptr);
     EXPECT_EQ(CFBundleCreateFromBundleExecutableDirectory(bundle_, CFSTR("None.bundle")), nullptr);
@@ -159,7 +182,9 @@ TEST_F(Bundles, BundlesFromPlaces)
 TEST_F(Bundles, TextsOfALocalization)
 {
     const auto look = [&](CFStringRef key, CFStringRef fallback, const char *table, const char *language) {
-        return text(CFBundleCopyStringForLocalization(bundle_, key, fallback, (CFStringRef)tarvik::nsstring(table), (CFStringRef)tarvik::nsstring(language)));
+        return text(CFBundleCopyStringForLocalization(bundle_, key, fallback,
+                                                      (CFStringRef)tarvik::nsstring(table),
+                                                      (CFStringRef)tarvik::nsstring(language)));
     };
     EXPECT_EQ(look(CFSTR("hello"), nullptr, "Main", "French"), "bonjour \"été\"");
     EXPECT_EQ(look(CFSTR("hello"), nullptr, "Main", "German"), "grüß 😀");
@@ -169,7 +194,8 @@ TEST_F(Bundles, TextsOfALocalization)
     EXPECT_EQ(look(CFSTR("none"), nullptr, "Main", "French"), "");
     EXPECT_EQ(look(nullptr, CFSTR("default"), "Main", "French"), "default");
     EXPECT_EQ(look(nullptr, nullptr, "Main", "French"), "(null)");
-    EXPECT_EQ(CFBundleCopyStringsDictionaryForLocalization(bundle_, CFSTR("Main"), CFSTR("Klingon")), nullptr);
+    EXPECT_EQ(CFBundleCopyStringsDictionaryForLocalization(bundle_, CFSTR("Main"), CFSTR("Klingon")),
+              nullptr);
 }
 
 TEST_F(Bundles, ContentsOfURLs)

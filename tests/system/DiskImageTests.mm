@@ -131,10 +131,10 @@ TEST_F(DiskImages, MadeMountedFoundAndUnmounted)
 
 TEST_F(DiskImages, PathsOfEveryKindSurviveTheTrip)
 {
-    for (const std::string &rest : std::vector<std::string>
-         {" with  blanks.img", "'quotes'\"\"$(x)`.img", "Zürich 東京 😀.img", "line\nfeed\ttab\\010.img",
-          "a,b,ro=\\,c.img", "&lt;<x>&.img", "-leading\r.img", "no ending", "..",
-          std::string(255 - name().size(), 'n')}) {
+    for (const std::string &rest : std::vector<std::string>{
+             " with  blanks.img", "'quotes'\"\"$(x)`.img", "Zürich 東京 😀.img", "line\nfeed\ttab\\010.img",
+             "a,b,ro=\\,c.img", "&lt;<x>&.img", "-leading\r.img", "no ending", "..",
+             std::string(255 - name().size(), 'n')}) {
         DiskImage *image = created(rest);
         const std::string point = text([image mount]);
         EXPECT_NE(point, "nil") << rest;
@@ -191,9 +191,16 @@ TEST_F(DiskImages, PartitionsAreMountedOneByOne)
         std::vector<int> squashfs, ext4;  // MiB where one stands
         std::vector<std::string> numbers;
     } tables[] = {
-        {"dos", "label: dos\nstart=2048,size=8192,type=83\nstart=10240,size=2048,type=82\nstart=12288,type=5\n"
-                "start=14336,size=4096,type=83\nstart=20480,size=8192,type=83\n", {7}, {1, 10}, {"p1", "p5", "p6"}},
-        {"gpt", "label: gpt\nstart=2048,size=8192\nstart=10240,size=4096\n11: start=16384,size=8192\n", {5}, {1, 8},
+        {"dos",
+         "label: dos\nstart=2048,size=8192,type=83\nstart=10240,size=2048,type=82\nstart=12288,type=5\n"
+         "start=14336,size=4096,type=83\nstart=20480,size=8192,type=83\n",
+         {7},
+         {1, 10},
+         {"p1", "p5", "p6"}},
+        {"gpt",
+         "label: gpt\nstart=2048,size=8192\nstart=10240,size=4096\n11: start=16384,size=8192\n",
+         {5},
+         {1, 8},
          {"p1", "p2", "p11"}}};
     for (const auto &table : tables) {
         const std::string disk = path(std::string(".") + table.kind);
@@ -201,15 +208,22 @@ TEST_F(DiskImages, PartitionsAreMountedOneByOne)
         fs::resize_file(disk, 16 << 20);
         ASSERT_EQ(runProgram({"sfdisk", "-q", disk}, table.script).status, 0);
         for (const int at : table.squashfs)
-            ASSERT_EQ(runProgram({"dd", "status=none", "conv=notrunc", "bs=1M", "seek=" + std::to_string(at), "if=" + path(".img"), "of=" + disk}).status, 0);
+            ASSERT_EQ(runProgram({"dd", "status=none", "conv=notrunc", "bs=1M", "seek=" + std::to_string(at),
+                                  "if=" + path(".img"), "of=" + disk})
+                          .status,
+                      0);
         for (const int at : table.ext4)
-            ASSERT_EQ(runProgram({"mke2fs", "-q", "-t", "ext4", "-d", source_, "-E", "offset=" + std::to_string(at << 20), disk, "4096k"}).status, 0);
+            ASSERT_EQ(runProgram({"mke2fs", "-q", "-t", "ext4", "-d", source_, "-E",
+                                  "offset=" + std::to_string(at << 20), disk, "4096k"})
+                          .status,
+                      0);
 
         const ProgramResult result = hdiutil({"attach", disk});
         ASSERT_EQ(result.status, 0) << result.error;
         NSString *first = [imageAt(disk) mountPoint];
         std::vector<std::string> numbers;
-        for (NSDictionary *image : tarvik::each<NSDictionary>([[DiskImage frameworkInfomation] objectForKey:@"images"])) {
+        for (NSDictionary *image :
+             tarvik::each<NSDictionary>([[DiskImage frameworkInfomation] objectForKey:@"images"])) {
             if (text([image objectForKey:@"image-path"]) != disk)
                 continue;
             for (NSDictionary *entity : tarvik::each<NSDictionary>([image objectForKey:@"system-entities"])) {

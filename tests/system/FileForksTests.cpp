@@ -13,8 +13,7 @@
 #include <cstdlib>
 #include <memory>
 
-namespace
-{
+namespace {
 
 namespace fs = std::filesystem;
 

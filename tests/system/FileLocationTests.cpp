@@ -41,15 +41,21 @@ TEST(FilePaths, AreTakenApart)
 {
     const struct {
         const char *path, *name, *folder;
-    } cases[] = {{"/usr/lib", "lib", "/usr"}, {"/usr/lib/", "", "/usr/lib"}, {"lib", "lib", ""},
-                 {"/lib", "lib", ""},         {"", "", ""},                  {"a//b", "b", "a/"}};
+    } cases[] = {{"/usr/lib", "lib", "/usr"},
+                 {"/usr/lib/", "", "/usr/lib"},
+                 {"lib", "lib", ""},
+                 {"/lib", "lib", ""},
+                 {"", "", ""},
+                 {"a//b", "b", "a/"}};
     for (const auto &[path, name, folder] : cases) {
         EXPECT_EQ(Utils::GetFilenameFromPath(path), name) << path;
         EXPECT_EQ(Utils::GetDirFromPath(path), folder) << path;
     }
     const struct {
         const char *path, *parent, *name;
-    } parents[] = {{"/usr/lib/", "/usr", "lib"}, {"/usr/lib:", "/usr", "lib"}, {"/a\\b\\", "", "a\\b"},
+    } parents[] = {{"/usr/lib/", "/usr", "lib"},
+                   {"/usr/lib:", "/usr", "lib"},
+                   {"/a\\b\\", "", "a\\b"},
                    {"/usr/l\xC3\xB6", "/usr", "l\xC3\xB6"}};
     for (const auto &[path, parent, name] : parents) {
         std::string found, folder;
@@ -101,7 +107,8 @@ TEST(FileFunctions, KeepTheirQuirks)
 TEST(FileFunctions, MakeExamineAndRemove)
 {
     const TemporaryFolder folder;
-    const std::string file = folder.write("file", "five!"), sub = folder / "sub", missing = folder / "missing";
+    const std::string file = folder.write("file", "five!"), sub = folder / "sub",
+                      missing = folder / "missing";
     struct stat status;
     ASSERT_EQ(stat(file.c_str(), &status), 0);
     EXPECT_EQ(Utils::GetFileCreationDate(file), uint32_t(status.st_ctime));
@@ -126,7 +133,8 @@ TEST(FileFunctions, MakeExamineAndRemove)
     std::string endless = sub;
     for (int i = 0; i < 500'000; ++i)
         endless += "/e";
-    EXPECT_FALSE(Utils::CreateDirPath(endless, false)) << "and neither runs out of stack nor makes a part of it";
+    EXPECT_FALSE(Utils::CreateDirPath(endless, false))
+        << "and neither runs out of stack nor makes a part of it";
     EXPECT_FALSE(fs::exists(sub + "/e"));
 
     for (bool recursive : {false, true})
@@ -146,7 +154,10 @@ TEST(SpecialFolders, FollowTheUsersSettings)
     EXPECT_TRUE(fs::is_directory(base + "/tmp")) << "made when missing";
     setenv("TMPDIR", "relative", 1);
     EXPECT_EQ(Utils::GetTempDirName(), "/tmp");
-    setenv("TMPDIR", (base + "/" + std::string(200, 'x') + "/" + std::string(255, 'y') + "/" + std::string(60, 'z')).c_str(), 1);
+    setenv("TMPDIR",
+           (base + "/" + std::string(200, 'x') + "/" + std::string(255, 'y') + "/" + std::string(60, 'z'))
+               .c_str(),
+           1);
     EXPECT_EQ(Utils::GetTempDirName(), "") << "more than 511 bytes";
     setenv("TMPDIR", folder.write("file", "").c_str(), 1);
     EXPECT_EQ(Utils::GetTempDirName(), "");
@@ -154,7 +165,8 @@ TEST(SpecialFolders, FollowTheUsersSettings)
     setenv("HOME", base.c_str(), 1);
     EXPECT_EQ(Utils::GetUserDocumentsDirName(), base + "/Documents");
     fs::create_directory(folder / ".config");
-    folder.write(".config/user-dirs.dirs", "# as xdg-user-dirs writes it\nXDG_DOCUMENTS_DIR=\"$HOME/My \\\"Papers\\\"\"\n");
+    folder.write(".config/user-dirs.dirs",
+                 "# as xdg-user-dirs writes it\nXDG_DOCUMENTS_DIR=\"$HOME/My \\\"Papers\\\"\"\n");
     EXPECT_EQ(Utils::GetUserDocumentsDirName(), base + "/My \"Papers\"");
     TFileLocationInfo support;
     ASSERT_TRUE(file_utils::GetAppSupportFolder(support));
@@ -193,7 +205,8 @@ TEST(FileLocation, IsMadeExaminedAndRemoved)
     const TemporaryFolder folder;
     const std::string file = folder / "file", sub = folder / "sub";
     for (const bool asURL : {false, true}) {
-        const TFileLocationInfo named = asURL ? byURL(file) : at(file), named2 = asURL ? byURL(sub + "/") : at(sub + "/");
+        const TFileLocationInfo named = asURL ? byURL(file) : at(file),
+                                named2 = asURL ? byURL(sub + "/") : at(sub + "/");
         EXPECT_FALSE(named.IsFile());
         EXPECT_TRUE(file_utils::CreateFile(named));
         folder.write("file", "text");
@@ -232,9 +245,11 @@ TEST(FileLocation, IsMadeExaminedAndRemoved)
     const TFileLocationInfo none;
     EXPECT_EQ(none.GetFullPath(), "");
     EXPECT_EQ(none.CreateCFURL(), nullptr);
-    for (auto operation : {file_utils::CreateFile, file_utils::CreateDir, file_utils::DeleteFile, file_utils::DeleteDir})
+    for (auto operation :
+         {file_utils::CreateFile, file_utils::CreateDir, file_utils::DeleteFile, file_utils::DeleteDir})
         EXPECT_FALSE(operation(none));
-    EXPECT_FALSE(none.IsFile() || none.IsFolder() || none.CreateFile() || none.Delete() || file_utils::SetPermissions(none, true));
+    EXPECT_FALSE(none.IsFile() || none.IsFolder() || none.CreateFile() || none.Delete() ||
+                 file_utils::SetPermissions(none, true));
 }
 
 }  // namespace

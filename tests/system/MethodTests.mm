@@ -1,5 +1,6 @@
 #define TARVIK_METHOD_CLASS
-#import <Tarvik/system/Method.h>
+#import <Tarvik/system/Method.h>  // first
+
 #import <Tarvik/Tarvik.h>
 #import <Tarvik/support/Guard.h>
 #import <Tarvik/support/Pool.h>
@@ -20,9 +21,11 @@ TEST(Method, SendsItsSelectorToItsTarget)
     EXPECT_TRUE([append responds]);
     [append performWithObject:@"c"];
     EXPECT_TRUE([text isEqualToString:@"bc"]);
-    EXPECT_TRUE([[[Method methodWithTarget:text selector:@selector(uppercaseString)] perform] isEqualToString:@"BC"]);
+    EXPECT_TRUE([[[Method methodWithTarget:text
+                                  selector:@selector(uppercaseString)] perform] isEqualToString:@"BC"]);
     NSMutableDictionary *const table = [NSMutableDictionary dictionary];
-    [[Method methodWithTarget:table selector:@selector(setObject:forKey:)] performWithObject:text withObject:@"key"];
+    [[Method methodWithTarget:table selector:@selector(setObject:forKey:)] performWithObject:text
+                                                                                  withObject:@"key"];
     EXPECT_EQ([table objectForKey:@"key"], text);
 
     Method *const missing = [Method methodWithTarget:text selector:@selector(invalidate)];
@@ -44,7 +47,8 @@ TEST(Method, IsKnownToTheRuntimeByItsName)
     EXPECT_EQ([Method superclass], [NSObject class]);
     id<Method> made = [MethodClass() methodWithTarget:@"x" selector:@selector(length)];
     EXPECT_TRUE([made isMemberOfClass:[Method class]] && [made responds]);
-    EXPECT_TRUE([[Deriving methodWithTarget:@"x" selector:@selector(length)] isMemberOfClass:[Deriving class]]);
+    EXPECT_TRUE([[Deriving methodWithTarget:@"x"
+                                   selector:@selector(length)] isMemberOfClass:[Deriving class]]);
     NSMutableString *const target = [NSMutableString string];
     const NSUInteger before = [target retainCount];
     [Method methodWithTarget:target selector:@selector(length)];

@@ -1,10 +1,10 @@
 // Opening: real desktop entries and application folders in a private home, whose programs say what they were
 // given.
+#include <Carbon/LSOpen.h>
 #import <Tarvik/Tarvik.h>
 #import <Tarvik/support/ArrayRange.h>
 #import <Tarvik/support/Bridge.h>
 #import <Tarvik/support/Pool.h>
-#include <Carbon/LSOpen.h>
 #include <gtest/gtest.h>
 #include <tests/support/Program.h>
 #include <tests/support/TemporaryFolder.h>
@@ -94,7 +94,7 @@ TEST_F(Opening, WithTheDesktopsChoiceAndWithoutWaiting)
     EXPECT_EQ(childProcesses(), 0u) << "nobody has to wait for them";
 
     EXPECT_FALSE(CFURLOpenWithLSLaunchFlags(url("none.txt"), kLSLaunchDefaults));
-    EXPECT_FALSE(CFURLOpenWithLSLaunchFlags((CFURLRef)@"/etc/hosts", kLSLaunchDefaults));
+    EXPECT_FALSE(CFURLOpenWithLSLaunchFlags((CFURLRef) @"/etc/hosts", kLSLaunchDefaults));
     EXPECT_FALSE(CFURLOpenWithLSLaunchFlags(nullptr, kLSLaunchDefaults));
     EXPECT_EQ(LSOpenCFURLRef((CFURLRef)[NSURL URLWithString:@"unknown-to-all:x"], nullptr),
               kLSApplicationNotFoundErr);

@@ -10,8 +10,8 @@
 
 #include <cstring>
 #include <fcntl.h>
-#include <ftw.h>
 #include <fstream>
+#include <ftw.h>
 #include <set>
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -22,10 +22,24 @@
 @interface RaisingPath : NSString
 @end
 @implementation RaisingPath
-- (NSUInteger)length { return 1; }
-- (unichar)characterAtIndex:(NSUInteger)index { return unichar('a' + index); }
-- (NSArray *)pathComponents { [NSException raise:@"Broken" format:@"parts"]; return nil; }
-- (NSString *)stringByExpandingTildeInPath { [NSException raise:@"Broken" format:@"tilde"]; return nil; }
+- (NSUInteger)length
+{
+    return 1;
+}
+- (unichar)characterAtIndex:(NSUInteger)index
+{
+    return unichar('a' + index);
+}
+- (NSArray *)pathComponents
+{
+    [NSException raise:@"Broken" format:@"parts"];
+    return nil;
+}
+- (NSString *)stringByExpandingTildeInPath
+{
+    [NSException raise:@"Broken" format:@"tilde"];
+    return nil;
+}
 @end
 
 namespace {
@@ -127,7 +141,8 @@ TEST_F(PathStrings, CopiesLeaveAloneWhatLinksLeadTo)
         EXPECT_EQ(fs::read_symlink(root_ / copy / "link"), root_ / "outside");
         EXPECT_EQ(fs::status(root_ / copy / "plain").permissions(), fs::perms(0640));
     }
-    NSDictionary *mode = [NSDictionary dictionaryWithObject:[NSNumber numberWithInt:0640] forKey:NSFilePosixPermissions];
+    NSDictionary *mode = [NSDictionary dictionaryWithObject:[NSNumber numberWithInt:0640]
+                                                     forKey:NSFilePosixPermissions];
     EXPECT_TRUE([manager changeFileAttributes:mode atPath:at("link")]) << "by itself follows links, as ever";
     EXPECT_EQ(fs::status(root_ / "outside").permissions(), fs::perms(0640));
 }
@@ -315,7 +330,9 @@ TEST_F(PathStrings, BackslashesAreNoSlashes)
     EXPECT_EQ(text([kept objectForKey:@"Path"]), text([path stringByAbbreviatingWithTildeInPath]));
     EXPECT_EQ(text([NSString stringWithStoreableDictionary:kept resolveAliasFirst:NO]), text(path));
     EXPECT_EQ(text([[path stringByAppendingString:@"//./x"] stringByStandardizingPath]), text(path) + "/x");
-    EXPECT_EQ(text([[NSHomeDirectory() stringByAppendingPathComponent:@"a\\b"] stringByAbbreviatingWithTildeInPath]), "~/a\\b");
+    EXPECT_EQ(text([[NSHomeDirectory() stringByAppendingPathComponent:@"a\\b"]
+                  stringByAbbreviatingWithTildeInPath]),
+              "~/a\\b");
 }
 
 TEST_F(PathStrings, NamesThatAreNotUTF8)

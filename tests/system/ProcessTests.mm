@@ -21,7 +21,10 @@ namespace {
 namespace fs = std::filesystem;
 using tarvik::CFOwned;
 
-uint64_t serial(const ProcessSerialNumber &number) { return uint64_t(number.highLongOfPSN) << 32 | number.lowLongOfPSN; }
+uint64_t serial(const ProcessSerialNumber &number)
+{
+    return uint64_t(number.highLongOfPSN) << 32 | number.lowLongOfPSN;
+}
 
 class BundleProcesses : public testing::Test {
 protected:
@@ -31,8 +34,10 @@ protected:
         fs::create_directories(root_ / "Ink.app/Resources/tools");
         for (const char *name : {"plain", "Ink.app/Ink", "Ink.app/Resources/tools/helper"})
             fs::copy_file("/bin/sleep", root_ / name);
-        folder_.write("Ink.app/Resources/Info-gnustep.plist", "{ NSExecutable = Ink; ApplicationName = \"Ink & Paper\"; CFBundleIdentifier = \"org.tarvik.Ink\"; "
-                                                              "CFBundleSignature = \"iNk!\"; }");
+        folder_.write("Ink.app/Resources/Info-gnustep.plist",
+                      "{ NSExecutable = Ink; ApplicationName = \"Ink & Paper\"; CFBundleIdentifier = "
+                      "\"org.tarvik.Ink\"; "
+                      "CFBundleSignature = \"iNk!\"; }");
     }
     ~BundleProcesses() override
     {
@@ -89,7 +94,9 @@ protected:
             return "no process";
         if (const OSStatus error = GetProcessBundleLocation(&number, &item))
             return std::to_string(error);
-        return fs::path(tarvik::utf8([NSString stringWithFSRef:&item]).value()).lexically_relative(root_).native();
+        return fs::path(tarvik::utf8([NSString stringWithFSRef:&item]).value())
+            .lexically_relative(root_)
+            .native();
     }
 
     tarvik::Pool pool_;
@@ -102,7 +109,8 @@ TEST_F(BundleProcesses, AreFoundByTheFolderOrTheExecutable)
 {
     EXPECT_EQ(found("Ink.app"), 0);
     EXPECT_FALSE([path("Ink.app") isRunningProcess]);
-    const pid_t ink = start("Ink.app/Ink"), helper = start("Ink.app/Resources/tools/helper"), plain = start("plain");
+    const pid_t ink = start("Ink.app/Ink"), helper = start("Ink.app/Resources/tools/helper"),
+                plain = start("plain");
     EXPECT_EQ(found("Ink.app"), ink) << "of two, the first";
     EXPECT_EQ(found("Ink.app/Ink"), 0) << "an executable in a folder isn't what stands for its process";
     EXPECT_EQ(found("plain"), plain);
@@ -117,7 +125,8 @@ TEST_F(BundleProcesses, AreFoundByTheFolderOrTheExecutable)
     EXPECT_TRUE(CFURLGetProcessSerialNumber(url.get(), &number));
     EXPECT_TRUE([path("Ink.app") getProcessSerialNumber:&same]);
     EXPECT_EQ(serial(number), serial(same));
-    const CFOwned<CFDictionaryRef> about(ProcessInformationCopyDictionary(&number, kProcessDictionaryIncludeAllInformationMask));
+    const CFOwned<CFDictionaryRef> about(
+        ProcessInformationCopyDictionary(&number, kProcessDictionaryIncludeAllInformationMask));
     NSDictionary *const dictionary = (NSDictionary *)about.get();
     ProcessSerialNumber self;
     GetCurrentProcess(&self);
@@ -133,7 +142,10 @@ TEST_F(BundleProcesses, AreFoundByTheFolderOrTheExecutable)
     const CFOwned<CFMutableDataRef> list(FSCopyAllProcess());
     const auto *refs = reinterpret_cast<const FSRef *>(CFDataGetBytePtr(list.get()));
     ASSERT_EQ(CFDataGetLength(list.get()) % 80, 0);
-    const auto count = [&](const FSRef &item) { return std::count_if(refs, refs + CFDataGetLength(list.get()) / 80, [&](const FSRef &one) { return FSCompareFSRefs(&one, &item) == noErr; }); };
+    const auto count = [&](const FSRef &item) {
+        return std::count_if(refs, refs + CFDataGetLength(list.get()) / 80,
+                             [&](const FSRef &one) { return FSCompareFSRefs(&one, &item) == noErr; });
+    };
     EXPECT_EQ(count(app), 2);
     EXPECT_EQ(count(ref("plain")), 1);
     EXPECT_EQ(count(ref("Ink.app/Ink")), 0);
@@ -178,7 +190,8 @@ TEST_F(BundleProcesses, KeepTheirNumberAndFollowTheirFiles)
     ASSERT_EQ(GetProcessForPID(child, &before), noErr);
     FSRef self;
     ASSERT_TRUE(FSGetCurrentProcess(&self));
-    EXPECT_TRUE([[NSString stringWithFSRef:&self] hasSuffix:tarvik::nsstring(location(child).substr(location(child).rfind('/') + 1))]);
+    EXPECT_TRUE([[NSString stringWithFSRef:&self]
+        hasSuffix:tarvik::nsstring(location(child).substr(location(child).rfind('/') + 1))]);
     ASSERT_EQ(write(wait[1], "x", 1), 1);
     for (int i = 0; i < 300 && location(child) != "plain"; ++i)
         usleep(10000);
@@ -205,10 +218,14 @@ TEST_F(BundleProcesses, TheCallersOwn)
 TEST_F(BundleProcesses, WalksEndWhenToldSo)
 {
     int calls = 0;
-    const auto first = [](const ProcessSerialNumber *, void *count) -> Boolean { return ++*static_cast<int *>(count) < 2; };
+    const auto first = [](const ProcessSerialNumber *, void *count) -> Boolean {
+        return ++*static_cast<int *>(count) < 2;
+    };
     EXPECT_FALSE(EnumerateAllProcess(first, &calls));
     EXPECT_EQ(calls, 2);
-    const auto all = [](const ProcessSerialNumber *, void *count) -> Boolean { return ++*static_cast<int *>(count); };
+    const auto all = [](const ProcessSerialNumber *, void *count) -> Boolean {
+        return ++*static_cast<int *>(count);
+    };
     EXPECT_TRUE(EnumerateAllProcess(all, &calls));
     EXPECT_GT(calls, 3);
     EXPECT_FALSE(EnumerateAllProcess(nullptr, nullptr));
@@ -231,12 +248,16 @@ TEST_F(BundleProcesses, FailWithoutADisplayAndForWhatIsNone)
     EXPECT_EQ(CFStringCopyFrontProcessName(), nullptr);
     EXPECT_FALSE([path("plain") isFrontProcess] || [path("plain") activateProcess]);
 
-    EXPECT_FALSE(FSGetProcessSerialNumber(nullptr, &number) || FSIsRunningProcess(nullptr) || FSIsFrontProcess(nullptr) || FSGetCurrentProcess(nullptr));
-    EXPECT_FALSE(CFURLIsRunningProcess((CFURLRef)path("plain")) || CFURLIsRunningProcess(nullptr) || LSLaunchURLWithLaunchFlags((CFURLRef)@"x", 0));
+    EXPECT_FALSE(FSGetProcessSerialNumber(nullptr, &number) || FSIsRunningProcess(nullptr) ||
+                 FSIsFrontProcess(nullptr) || FSGetCurrentProcess(nullptr));
+    EXPECT_FALSE(CFURLIsRunningProcess((CFURLRef)path("plain")) || CFURLIsRunningProcess(nullptr) ||
+                 LSLaunchURLWithLaunchFlags((CFURLRef) @"x", 0));
     number = {1, 1};
-    EXPECT_FALSE(CFURLGetProcessSerialNumber((CFURLRef)[NSURL URLWithString:@"http://localhost/plain"], &number));
+    EXPECT_FALSE(
+        CFURLGetProcessSerialNumber((CFURLRef)[NSURL URLWithString:@"http://localhost/plain"], &number));
     EXPECT_EQ(serial(number), 0u);
-    EXPECT_FALSE([path("nothing") getProcessSerialNumber:&number] || [path("nothing") isRunningProcess] || [path("plain") getProcessSerialNumber:nullptr]);
+    EXPECT_FALSE([path("nothing") getProcessSerialNumber:&number] || [path("nothing") isRunningProcess] ||
+                 [path("plain") getProcessSerialNumber:nullptr]);
     EXPECT_FALSE([path("plain") isMachOBinary]);
     EXPECT_EQ([path("nothing") applicationOfRole:kLSRolesAll], nil);
     EXPECT_FALSE([path("nothing") launchWithLaunchFlags:kLSLaunchDefaults]);

@@ -6,8 +6,7 @@
 #import <Tarvik/support/Pool.h>
 #include <gtest/gtest.h>
 
-namespace
-{
+namespace {
 
 TEST(ResourceFileFunctions, ResourcesOfAFileKeepBesideItsContents)
 {

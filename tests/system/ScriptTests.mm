@@ -29,7 +29,11 @@ struct Outcome {
     std::string text;
     bool operator==(const Outcome &) const = default;
 };
-void PrintTo(const Outcome &outcome, std::ostream *out) { *out << outcome.status << " " << std::hex << outcome.textType << " " << outcome.resultType << " " << outcome.text; }
+void PrintTo(const Outcome &outcome, std::ostream *out)
+{
+    *out << outcome.status << " " << std::hex << outcome.textType << " " << outcome.resultType << " "
+         << outcome.text;
+}
 
 template <class Run>
 Outcome outcomeOf(Run run)
@@ -42,17 +46,23 @@ Outcome outcomeOf(Run run)
 TEST(Scripts, FromStrings)
 {
     const tarvik::Pool pool;
-    const auto run = [](NSString *source) { return outcomeOf([&](AEDesc *text, AEDesc *result) { return [source executeOSAScript:text returned:result]; }); };
+    const auto run = [](NSString *source) {
+        return outcomeOf(
+            [&](AEDesc *text, AEDesc *result) { return [source executeOSAScript:text returned:result]; });
+    };
     const Outcome unavailable{-4960, typeNull, typeNull, ""};
     EXPECT_EQ(run(@"2 + 3"), (Outcome{0, typeChar, typeSInt32, "5"}));
     EXPECT_EQ(run(@"\"é\" & 1"), (Outcome{0, typeChar, typeChar, "é1"}));
     EXPECT_EQ(run(@"{1, \"a\", {x:2}}"), (Outcome{0, typeChar, typeAEList, "1, a, x:2"}));
     EXPECT_EQ(run(@"1 = 1"), (Outcome{0, typeChar, typeBoolean, "true"}));
     EXPECT_EQ(run(@"error \"no\" number 9"), (Outcome{errOSAScriptError, typeChar, typeNull, "no"}));
-    EXPECT_EQ(run(@"if"), (Outcome{errOSAScriptError, typeChar, typeNull, "Expected expression but found end of script."}));
+    EXPECT_EQ(run(@"if"), (Outcome{errOSAScriptError, typeChar, typeNull,
+                                   "Expected expression but found end of script."}));
     EXPECT_EQ(run(@"return"), (Outcome{0, typeNull, typeNull, ""})) << "a script that gives nothing";
     EXPECT_EQ(run(@""), unavailable);
-    EXPECT_EQ(outcomeOf([](AEDesc *text, AEDesc *result) { return OSAExecuteScriptString(nullptr, text, result); }), unavailable);
+    EXPECT_EQ(
+        outcomeOf([](AEDesc *text, AEDesc *result) { return OSAExecuteScriptString(nullptr, text, result); }),
+        unavailable);
     EXPECT_EQ(OSAExecuteScriptString(CFSTR("1"), nullptr, nullptr), 0);
 }
 
@@ -64,9 +74,13 @@ TEST(Scripts, FromFiles)
         std::ofstream(folder.path() / name, std::ios::binary) << bytes;
         return tarvik::nsstring((folder.path() / name).string());
     };
-    NSString *source = write("run.applescript", "property n : 1\non run\nset n to n + 1\nend run\non open files\ncount files\nend open\non add(a, b)\na + b\nend add\n");
+    NSString *source =
+        write("run.applescript", "property n : 1\non run\nset n to n + 1\nend run\non open files\ncount "
+                                 "files\nend open\non add(a, b)\na + b\nend add\n");
     const auto run = [](NSString *path, const AppleEvent *event = nullptr) {
-        return outcomeOf([&](AEDesc *text, AEDesc *result) { return [path executeOSAScriptFile:event result:text returned:result]; });
+        return outcomeOf([&](AEDesc *text, AEDesc *result) {
+            return [path executeOSAScriptFile:event result:text returned:result];
+        });
     };
     EXPECT_EQ(run(source), (Outcome{0, typeChar, typeSInt32, "2"}));
     const Outcome unavailable{-4960, typeNull, typeNull, ""};
@@ -74,7 +88,10 @@ TEST(Scripts, FromFiles)
     EXPECT_EQ(run(write("binary", std::string("a\0b", 3))), unavailable);
     EXPECT_EQ(run(@"/no/such/file"), unavailable);
     EXPECT_EQ(run(@""), unavailable);
-    EXPECT_EQ(run(write("utf16", std::string("\xFF\xFE" "3\0 \0+\0 \0004\0", 12))), (Outcome{0, typeChar, typeSInt32, "7"}));
+    EXPECT_EQ(run(write("utf16", std::string("\xFF\xFE"
+                                             "3\0 \0+\0 \0004\0",
+                                             12))),
+              (Outcome{0, typeChar, typeSInt32, "7"}));
     EXPECT_EQ(run(write("failing", "error \"x\"")), (Outcome{errOSAScriptError, typeChar, typeNull, "x"}));
 
     // Events: open, a subroutine, and one that the script doesn't know.
@@ -83,11 +100,13 @@ TEST(Scripts, FromFiles)
     AECreateList(nullptr, 0, false, list.out());
     AEPutPtr(list.get(), 0, typeUTF8Text, "a", 1);
     AEPutPtr(list.get(), 0, typeUTF8Text, "b", 1);
-    AECreateAppleEvent(kCoreEventClass, kAEOpenDocuments, nullptr, kAutoGenerateReturnID, kAnyTransactionID, &event);
+    AECreateAppleEvent(kCoreEventClass, kAEOpenDocuments, nullptr, kAutoGenerateReturnID, kAnyTransactionID,
+                       &event);
     AEPutParamDesc(&event, keyDirectObject, list.get());
     EXPECT_EQ(run(source, &event), (Outcome{0, typeChar, typeSInt32, "2"}));
     AEDisposeDesc(&event);
-    AECreateAppleEvent(0x61736372 /* 'ascr' */, 0x70736272 /* 'psbr' */, nullptr, kAutoGenerateReturnID, kAnyTransactionID, &event);
+    AECreateAppleEvent(0x61736372 /* 'ascr' */, 0x70736272 /* 'psbr' */, nullptr, kAutoGenerateReturnID,
+                       kAnyTransactionID, &event);
     AEPutParamPtr(&event, 0x736E616D /* 'snam' */, typeUTF8Text, "add", 3);
     AEPutParamDesc(&event, keyDirectObject, list.get());
     EXPECT_EQ(run(source, &event).text, "Can’t make \"a\" into type number.");
@@ -98,9 +117,16 @@ TEST(Scripts, FromFiles)
 
     FSRef ref;
     ASSERT_TRUE([source getFSRef:&ref]);
-    EXPECT_EQ(outcomeOf([&](AEDesc *text, AEDesc *result) { return OSARunScriptFileRef(&ref, text, result); }), (Outcome{0, typeChar, typeSInt32, "2"}));
-    EXPECT_EQ(outcomeOf([](AEDesc *text, AEDesc *result) { return OSARunScriptFileRef(nullptr, text, result); }), unavailable);
-    EXPECT_EQ(outcomeOf([&](AEDesc *text, AEDesc *result) { return [source runOSAScriptFile:text returned:result]; }), (Outcome{0, typeChar, typeSInt32, "2"}));
+    EXPECT_EQ(
+        outcomeOf([&](AEDesc *text, AEDesc *result) { return OSARunScriptFileRef(&ref, text, result); }),
+        (Outcome{0, typeChar, typeSInt32, "2"}));
+    EXPECT_EQ(
+        outcomeOf([](AEDesc *text, AEDesc *result) { return OSARunScriptFileRef(nullptr, text, result); }),
+        unavailable);
+    EXPECT_EQ(outcomeOf([&](AEDesc *text, AEDesc *result) {
+                  return [source runOSAScriptFile:text returned:result];
+              }),
+              (Outcome{0, typeChar, typeSInt32, "2"}));
 
     ComponentInstance component = OpenDefaultComponent(kOSAComponentType, kAppleScriptSubtype);
     EXPECT_NE([source loadOSAFile:component], OSAID(kOSANullScript));

@@ -21,7 +21,10 @@ using Evaluate = std::function<uint32_t(const std::string &)>;
 }
 @end
 @implementation Evaluator
-- (uint32_t)treeRoundEvaluatePath:(NSString *)path { return (*static_cast<const Evaluate *>(mEvaluate))(tarvik::utf8(path).value()); }
+- (uint32_t)treeRoundEvaluatePath:(NSString *)path
+{
+    return (*static_cast<const Evaluate *>(mEvaluate))(tarvik::utf8(path).value());
+}
 @end
 
 namespace {
@@ -60,11 +63,16 @@ protected:
     Paths listed(const std::string &name) const
     {
         Paths paths;
-        for (NSString *entry : tarvik::each<NSString>([[NSFileManager defaultManager] directoryContentsAtPath:tarvik::nsstring((root_ / name).native())]))
-            paths.push_back(name.empty() ? tarvik::utf8(entry).value() : name + "/" + tarvik::utf8(entry).value());
+        for (NSString *entry : tarvik::each<NSString>([[NSFileManager defaultManager]
+                 directoryContentsAtPath:tarvik::nsstring((root_ / name).native())]))
+            paths.push_back(name.empty() ? tarvik::utf8(entry).value()
+                                         : name + "/" + tarvik::utf8(entry).value());
         return paths;
     }
-    static void append(Paths &paths, const Paths &more) { paths.insert(paths.end(), more.begin(), more.end()); }
+    static void append(Paths &paths, const Paths &more)
+    {
+        paths.insert(paths.end(), more.begin(), more.end());
+    }
 
     tarvik::Pool pool_;
     TemporaryFolder folder_;
@@ -73,7 +81,8 @@ protected:
 
 TEST_F(TreeRounds, GoLevelByLevelInTheFileManagersOrder)
 {
-    make({"a/one", "a/two/deep/deeper", "a/.hidden/x", "b/three/y", "b/\xC3\xA9t\xC3\xA9", "c/", "not asked"});
+    make(
+        {"a/one", "a/two/deep/deeper", "a/.hidden/x", "b/three/y", "b/\xC3\xA9t\xC3\xA9", "c/", "not asked"});
     Paths expected = listed("a");
     for (const char *root : {"b", "c"})
         append(expected, listed(root));
@@ -92,10 +101,13 @@ TEST_F(TreeRounds, FollowTheVerdicts)
     const std::string first = a[0];
     EXPECT_EQ(round({"a", "b"}, {{first, 0x100}}), Paths({first}));
     EXPECT_EQ(round({"a", "b"}, {{first, 0x102}}), Paths({first})) << "the stop is looked at first";
-    EXPECT_EQ(round({"a", "b"}, {{first, 2}}), Paths({first, b[0], b[1], b[0] + "/x", b[1] + "/x"})) << "the rest of a, and what it begins with";
-    EXPECT_EQ(round({"a", "b"}, {{a[1], 3}}), Paths({first, a[1], b[0], b[1], first + "/x", b[0] + "/x", b[1] + "/x"}));
+    EXPECT_EQ(round({"a", "b"}, {{first, 2}}), Paths({first, b[0], b[1], b[0] + "/x", b[1] + "/x"}))
+        << "the rest of a, and what it begins with";
+    EXPECT_EQ(round({"a", "b"}, {{a[1], 3}}),
+              Paths({first, a[1], b[0], b[1], first + "/x", b[0] + "/x", b[1] + "/x"}));
     for (const uint32_t skip : {1u, 4u, 0x80u, 0x200u, 0x80000000u})
-        EXPECT_EQ(round({"a"}, {{first, skip}}), Paths({first, a[1], a[2], a[1] + "/x", a[2] + "/x"})) << skip;
+        EXPECT_EQ(round({"a"}, {{first, skip}}), Paths({first, a[1], a[2], a[1] + "/x", a[2] + "/x"}))
+            << skip;
     // A stop in the second level, after the whole of the first.
     EXPECT_EQ(round({"a"}, {{first + "/x", 0x100}}), Paths({first, a[1], a[2], first + "/x"}));
 }
@@ -112,7 +124,8 @@ TEST_F(TreeRounds, EndWhereLinksMakeRings)
     fs::create_symlink("a", root_ / "as link");
     Paths asked = round({"a"});
     // Each link is asked about; a link to a folder leads into it, once the round isn't inside of that already.
-    for (const char *path : {"a/self", "a/loop", "a/sub/up", "a/sub/up/other", "a/away/away", "a/away/back", "a/elsewhere/far/away", "a/elsewhere/far/back"})
+    for (const char *path : {"a/self", "a/loop", "a/sub/up", "a/sub/up/other", "a/away/away", "a/away/back",
+                             "a/elsewhere/far/away", "a/elsewhere/far/back"})
         EXPECT_EQ(std::count(asked.begin(), asked.end(), path), 1) << path;
     EXPECT_EQ(std::set<std::string>(asked.begin(), asked.end()).size(), asked.size());
     for (const char *path : {"a/self/file", "a/loop/file", "a/away/back/file", "a/elsewhere/far/back/file"})
@@ -142,11 +155,14 @@ TEST_F(TreeRounds, RefuseWhatTheyCantDo)
     EXPECT_FALSE([tree start:roots withDelegate:nil]);
     EXPECT_FALSE([tree start:roots withDelegate:@"no delegate"]);
     const LoggedMessages logged;
-    const Evaluate raising = [](const std::string &) -> uint32_t { return [NSException raise:@"Sick" format:@"of %@", @"it"], 0; };
+    const Evaluate raising = [](const std::string &) -> uint32_t {
+        return [NSException raise:@"Sick" format:@"of %@", @"it"], 0;
+    };
     evaluator->mEvaluate = &raising;
     EXPECT_FALSE([tree start:roots withDelegate:evaluator]);
     ASSERT_EQ(logged.count(), 1u);
-    EXPECT_EQ(logged[0], "-[TreeRound start:withDelegate:]:56: unexpected exception: name[Sick] reason[of it]");
+    EXPECT_EQ(logged[0],
+              "-[TreeRound start:withDelegate:]:56: unexpected exception: name[Sick] reason[of it]");
 }
 
 }  // namespace

@@ -30,7 +30,8 @@ struct Converted {
 Converted convert(std::string_view from, TextEncoding to, UInt32 bytesPerCharacter = 0)
 {
     Converted result{};
-    char *buffer = CFStringAllocTECConvertedText(text(from), to, bytesPerCharacter, &result.in, &result.out, &result.status);
+    char *buffer = CFStringAllocTECConvertedText(text(from), to, bytesPerCharacter, &result.in, &result.out,
+                                                 &result.status);
     EXPECT_NE(buffer, nullptr);
     result.bytes = buffer ? std::string(buffer, result.out) : "";
     free(buffer);
@@ -41,7 +42,8 @@ TEST(EncodedCStrings, TheBufferHasTwoBytesForEachUnit)
 {
     EXPECT_EQ(taken(CFStringAllocCString(text("Zürich"), kCFStringEncodingMacRoman)), "Z\x9Frich");
     EXPECT_EQ(taken(CFStringAllocCString(text("日本語"), kCFStringEncodingUTF8)), "<null>");
-    EXPECT_EQ(taken(CFStringAllocCString(text("日本語"), kCFStringEncodingEUC_JP)), "\xC6\xFC\xCB\xDC\xB8\xEC");
+    EXPECT_EQ(taken(CFStringAllocCString(text("日本語"), kCFStringEncodingEUC_JP)),
+              "\xC6\xFC\xCB\xDC\xB8\xEC");
     EXPECT_EQ(taken(CFStringAllocCString(text("日"), kCFStringEncodingASCII)), "<null>");
     // UTF-8 does not fit: the first of the list that does.
     EXPECT_NE(taken(CFStringAllocConvertableCString(text("日本語"))), "<null>");
@@ -56,10 +58,12 @@ TEST(EncodedCStrings, CallersBuffers)
     EXPECT_STREQ(buffer, "aé");
     EXPECT_TRUE(CFStringGetConvertableCString(text("aé"), buffer, 3));  // another encoding needs less
     EXPECT_FALSE(CFStringGetConvertableCString(text("abc"), buffer, 3));
-    EXPECT_FALSE(CFStringGetConvertableCString(text("a"), buffer, 0) || CFStringGetConvertableCString(nullptr, buffer, 8));
+    EXPECT_FALSE(CFStringGetConvertableCString(text("a"), buffer, 0) ||
+                 CFStringGetConvertableCString(nullptr, buffer, 8));
     unsigned char pascal[8];
     EXPECT_TRUE(CFStringGetConvertablePascalString(text("aé"), pascal, 8));
-    EXPECT_EQ(std::string(pascal, pascal + 4), "\x03" "aé");
+    EXPECT_EQ(std::string(pascal, pascal + 4), "\x03"
+                                               "aé");
     EXPECT_FALSE(CFStringGetConvertablePascalString(text("abcdefgh"), pascal, 8));
 
     memset(buffer, '#', sizeof buffer);
@@ -101,7 +105,8 @@ TEST(FileNameRecords, HoldOneToThe255Units)
 TEST(TextConverter, CountsAndStatusValues)
 {
     Converted all = convert("é1", kCFStringEncodingMacRoman);
-    EXPECT_EQ(all.bytes, "\x8E" "1");
+    EXPECT_EQ(all.bytes, "\x8E"
+                         "1");
     EXPECT_EQ(all.in, 4u);
     EXPECT_EQ(all.status, noErr);
     Converted lacking = convert("ab日c", kCFStringEncodingMacRoman);
@@ -128,8 +133,8 @@ TEST(TextConverter, FromLegacyBytesAndOfBrokenOnes)
         Converted result{};
         EXPECT_EQ(TECCreateConverter(&converter, from, kCFStringEncodingUTF8), noErr);
         std::string buffer(room, '\0');
-        result.status = TECConvertText(converter, (const UInt8 *)in.data(), ByteCount(in.size()), &result.in, (UInt8 *)buffer.data(),
-                                       room, &result.out);
+        result.status = TECConvertText(converter, (const UInt8 *)in.data(), ByteCount(in.size()), &result.in,
+                                       (UInt8 *)buffer.data(), room, &result.out);
         result.bytes = buffer.substr(0, result.out);
         TECDisposeConverter(converter);
         return result;
@@ -148,7 +153,8 @@ TEST(TextConverter, PascalStringsAreCut)
     ByteCount out = 0;
     OSStatus status = 1;
     for (size_t length : {size_t(3), size_t(255), size_t(300)}) {
-        StringPtr made = CFStringAllocTECConvertedPascalString(text(std::string(length, 'x')), 0, 1, nullptr, &out, &status);
+        StringPtr made = CFStringAllocTECConvertedPascalString(text(std::string(length, 'x')), 0, 1, nullptr,
+                                                               &out, &status);
         ASSERT_NE(made, nullptr);
         EXPECT_EQ(made[0], std::min<size_t>(length, 255));
         EXPECT_EQ(std::string(made + 1, made + 1 + made[0]), std::string(made[0], 'x'));
@@ -160,9 +166,11 @@ TEST(TextConverter, PascalStringsAreCut)
 
 TEST(EncodingMethods, PascalStringsBytesAndNames)
 {
-    EXPECT_TRUE([[NSString stringWithPascalString:(ConstStringPtr)"\x02" "a\x8E" encoding:kCFStringEncodingMacRoman]
-        isEqual:tarvik::nsstring("aé")]);
-    EXPECT_EQ([NSString stringWithPascalString:(ConstStringPtr)"\x01\xFF" encoding:kCFStringEncodingUTF8], nil);
+    EXPECT_TRUE([[NSString stringWithPascalString:(ConstStringPtr) "\x02"
+                                                                   "a\x8E"
+                                         encoding:kCFStringEncodingMacRoman] isEqual:tarvik::nsstring("aé")]);
+    EXPECT_EQ([NSString stringWithPascalString:(ConstStringPtr) "\x01\xFF" encoding:kCFStringEncodingUTF8],
+              nil);
     EXPECT_EQ([NSString stringWithPascalString:nullptr encoding:0], nil);
     unsigned char pascal[4];
     EXPECT_TRUE([tarvik::nsstring("aé") getPascalString:pascal size:4 encoding:kCFStringEncodingMacRoman]);
@@ -177,7 +185,9 @@ TEST(EncodingMethods, PascalStringsBytesAndNames)
     NSArray *names = [NSString availableStringEncodingLocalizedNames];
     ASSERT_GT([names count], 10u);
     EXPECT_NE([NSString stringEncodingForLocalizedName:[names objectAtIndex:0]], 0u);
-    EXPECT_EQ([NSString stringEncodingForLocalizedName:nil] + [NSString stringEncodingForLocalizedName:@"No such encoding"], 0u);
+    EXPECT_EQ([NSString stringEncodingForLocalizedName:nil] +
+                  [NSString stringEncodingForLocalizedName:@"No such encoding"],
+              0u);
 }
 
 TEST(AppleEventText, InANamedEncoding)

@@ -17,7 +17,8 @@ protected:
         std::filesystem::create_directories(folder / "L.bundle/Resources/English.lproj");
         write("Localizable", "\"Quit\" = \"Leave\";\n\"Same\" = \"Same\";");
         write("Menus", "/* only here */ \"Open\" = \"\\U00d6ffnen\";\n\"Both\" = \"first\";");
-        write("Common", "\"Both\" = \"second\";\n\"Only\" = \"common\";\n\"Odd\" = \"-N-O- -S-U-C-H- -S-T-R-I-N-G- -O-F- -K-E-Y-!-\";");
+        write("Common", "\"Both\" = \"second\";\n\"Only\" = \"common\";\n\"Odd\" = \"-N-O- -S-U-C-H- "
+                        "-S-T-R-I-N-G- -O-F- -K-E-Y-!-\";");
         bundle = [NSBundle bundleWithPath:tarvik::nsstring((folder / "L.bundle").string())];
         ASSERT_NE(bundle, nil);
     }
@@ -41,7 +42,8 @@ TEST_F(Localization, OneTable)
 TEST_F(Localization, TheFirstTableThatKnowsTheKey)
 {
     EXPECT_EQ(utf8(([@"Both" localize:bundle value:@"?" tables:@"Menus", @"Common", nil])), "first");
-    EXPECT_EQ(utf8(([@"Both" localize:bundle value:@"?" tables:@"Absent", @"Common", @"Menus", nil])), "second");
+    EXPECT_EQ(utf8(([@"Both" localize:bundle value:@"?" tables:@"Absent", @"Common", @"Menus", nil])),
+              "second");
     EXPECT_EQ(utf8(([@"Only" localize:bundle value:@"?" tables:@"Menus", @"Common", nil])), "common");
     EXPECT_EQ(utf8(([@"Same" localize:bundle value:@"?" tables:@"Menus", @"Localizable", nil])), "Same");
     EXPECT_EQ(utf8(([@"None" localize:bundle value:@"?" tables:@"Menus", @"Common", nil])), "?");

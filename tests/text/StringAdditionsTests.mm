@@ -35,9 +35,15 @@ std::vector<std::string> lines(std::string_view from)
 
 TEST(Parsing, TheFirstRunOfDigitsSaturates)
 {
-    const std::pair<const char *, int> cases[] = {{"", 0},           {"none", 0},         {"x007y8", 7},
-                                                  {"-5", 5},         {"2147483647", INT_MAX}, {"2147483648", INT_MAX},
-                                                  {"99999999999999999999999", INT_MAX}, {"٣4", 4}, {"1 2", 1}};
+    const std::pair<const char *, int> cases[] = {{"", 0},
+                                                  {"none", 0},
+                                                  {"x007y8", 7},
+                                                  {"-5", 5},
+                                                  {"2147483647", INT_MAX},
+                                                  {"2147483648", INT_MAX},
+                                                  {"99999999999999999999999", INT_MAX},
+                                                  {"٣4", 4},
+                                                  {"1 2", 1}};
     for (const auto &[from, expected] : cases)
         EXPECT_EQ([[text(from) intNumber] intValue], expected) << from;
 }
@@ -180,7 +186,9 @@ uint32_t replaceOneByOne(NSMutableString *in, NSString *what, NSString *with)
 {
     uint32_t count = 0;
     for (NSUInteger end = [in length];; ++count) {
-        const NSRange found = [in rangeOfString:what options:NSLiteralSearch | NSBackwardsSearch range:NSMakeRange(0, end)];
+        const NSRange found = [in rangeOfString:what
+                                        options:NSLiteralSearch | NSBackwardsSearch
+                                          range:NSMakeRange(0, end)];
         if (found.length == 0)
             return count;
         [in replaceCharactersInRange:found withString:with];
@@ -200,7 +208,8 @@ TEST(Editing, ReplacingInOnePassIsTheSame)
     };
     for (int i = 0; i < 3000; ++i) {
         const std::string in = some(20), what = some(2), with = some(3);
-        NSMutableString *one = [NSMutableString stringWithString:text(in)], *other = [NSMutableString stringWithString:one];
+        NSMutableString *one = [NSMutableString stringWithString:text(in)],
+                        *other = [NSMutableString stringWithString:one];
         const uint32_t count = [one find:text(what) andReplaceAll:text(with)];
         ASSERT_EQ(count, replaceOneByOne(other, text(what), text(with))) << in << "|" << what;
         ASSERT_EQ(utf8(one), utf8(other)) << in << "|" << what << "|" << with;
@@ -273,7 +282,8 @@ TEST(Editing, FilteringGoesByTheBytesOfTheSameIndex)
 
 TEST(Editing, PathComponents)
 {
-    const char *const cases[][3] = {{"/a", "b", "/a/b"}, {"/a/", "b", "/a/b"}, {"/a", "/b", "/a/b"}, {"", "b", "b"}, {"/a/", "", "/a/"}};
+    const char *const cases[][3] = {
+        {"/a", "b", "/a/b"}, {"/a/", "b", "/a/b"}, {"/a", "/b", "/a/b"}, {"", "b", "b"}, {"/a/", "", "/a/"}};
     for (const auto &[path, component, expected] : cases) {
         NSMutableString *joined = [NSMutableString stringWithString:text(path)];
         [joined appendPathComponent:text(component)];
@@ -317,14 +327,16 @@ TEST(Strings, AbsentAndExisting)
 {
     EXPECT_TRUE(NSStringIsVoid(nil) && NSStringIsVoid(@"") && !NSStringIsVoid(@"a"));
     EXPECT_TRUE(NSStringIsEqual(@"a", @"a") && !NSStringIsEqual(nil, nil) && !NSStringIsEqual(@"a", nil));
-    EXPECT_TRUE(CFStringIsVoid(nullptr) && CFStringIsVoid((CFStringRef) @"") && CFStringIsVoid((CFStringRef)[NSArray array]));
+    EXPECT_TRUE(CFStringIsVoid(nullptr) && CFStringIsVoid((CFStringRef) @"") &&
+                CFStringIsVoid((CFStringRef)[NSArray array]));
     EXPECT_FALSE(CFStringIsVoid((CFStringRef) @"a"));
     TemporaryFolder folder;
     const std::string file = folder.write("ä b", "");
     ASSERT_EQ(symlink("nowhere", (folder / "dangling").c_str()), 0);
     EXPECT_TRUE(CFStringIsExist((CFStringRef)text(file)));
     EXPECT_TRUE(CFStringIsExist((CFStringRef)text(folder.path().string())));
-    for (const std::string &absent : {file + "x", (folder / "dangling").string(), file + "/x", file + "\0x"s, ""s})
+    for (const std::string &absent :
+         {file + "x", (folder / "dangling").string(), file + "/x", file + "\0x"s, ""s})
         EXPECT_FALSE(CFStringIsExist((CFStringRef)text(absent))) << absent;
     EXPECT_FALSE(CFStringIsExist(nullptr));
 
@@ -358,7 +370,9 @@ TEST(AppleEventText, ByType)
         return out;
     };
     EXPECT_EQ(made(typeText, "gr\u00FC\u00DFe"), "grüße");
-    EXPECT_EQ(made(typeText, "gr\x9F\xA7" "e"), "grüße");
+    EXPECT_EQ(made(typeText, "gr\x9F\xA7"
+                             "e"),
+              "grüße");
     EXPECT_EQ(made(typeText, ""), "");
     EXPECT_EQ(made(typeUTF8Text, "\xFF"), "<none>");
     EXPECT_EQ(made(typeUnicodeText, "\x3D\xD8\x00\xDE"sv), "\U0001F600");

@@ -25,8 +25,8 @@ void withEachKernel(Body body)
 // A text of characters drawn from one repertoire after the other, in runs, so that blocks are pure as well as mixed.
 std::u32string randomText(std::mt19937 &random, size_t length)
 {
-    static constexpr std::pair<char32_t, char32_t> kRepertoires[] = {{0x20, 0x7E},     {0xA0, 0x3FF},      {0x800, 0xFFFF},
-                                                                     {0x4E00, 0x9FFF}, {0x10000, 0x1FFFFF}, {1, 0x1FFFFF}};
+    static constexpr std::pair<char32_t, char32_t> kRepertoires[] = {
+        {0x20, 0x7E}, {0xA0, 0x3FF}, {0x800, 0xFFFF}, {0x4E00, 0x9FFF}, {0x10000, 0x1FFFFF}, {1, 0x1FFFFF}};
     std::u32string text;
     while (text.size() < length) {
         const auto [first, last] = kRepertoires[random() % std::size(kRepertoires)];
@@ -44,7 +44,8 @@ std::string encodeAll(const std::u32string &text)
         if (c <= 0xFFFF)
             bytes += referenceEncode({c});
         else
-            bytes += {char(0xF0 | c >> 18), char(0x80 | (c >> 12 & 0x3F)), char(0x80 | (c >> 6 & 0x3F)), char(0x80 | (c & 0x3F))};
+            bytes += {char(0xF0 | c >> 18), char(0x80 | (c >> 12 & 0x3F)), char(0x80 | (c >> 6 & 0x3F)),
+                      char(0x80 | (c & 0x3F))};
     }
     return bytes;
 }
@@ -58,16 +59,20 @@ TEST(UTF8, Decoding)
         {"\xC3\xA9", U"\xE9"},
         {"\xE2\x82\xAC", U"\x20AC"},
         {"\xF0\x9F\x98\x80", U"\x1F600"},
-        {"\xA9", U"\x29"},              // a stray continuation byte
-        {"\xC3(", U"\xE8"},             // a byte of another form in its place: six bits of it count
-        {"\xE2\x82", U"\x2080"},        // missing bytes are 0
+        {"\xA9", U"\x29"},        // a stray continuation byte
+        {"\xC3(", U"\xE8"},       // a byte of another form in its place: six bits of it count
+        {"\xE2\x82", U"\x2080"},  // missing bytes are 0
         {"\xFF\xBF\xBF\xBF", U"\x1FFFFF"},
         {"\xF8\x80\x80\x81", U"\x1"},
-        {"\xED\xA0\xBD", U"\xD83D"},    // half a surrogate pair
-        {"\xC1\x81", U"A"},             // overlong
+        {"\xED\xA0\xBD", U"\xD83D"},  // half a surrogate pair
+        {"\xC1\x81", U"A"},           // overlong
         {"ab\0cd"s, U"ab"},
-        {"ab\x80" "cd", U"ab"},         // each of these is a code point 0
-        {"ab\xC0\x80" "cd", U"ab"},
+        {"ab\x80"
+         "cd",
+         U"ab"},  // each of these is a code point 0
+        {"ab\xC0\x80"
+         "cd",
+         U"ab"},
         {"ab\xE0", U"ab"},
     };
     for (const auto &[text, result] : cases) {
@@ -112,10 +117,14 @@ TEST(UTF8, ShortSequencesOfAnyBytes)
         case 0: break;
         case 1: text = std::string(random() % 67, 'a') + sequence; break;
         case 2: text = std::string(random() % 67, 'a') + sequence + std::string(70, 'z'); break;
-        default: text = std::string(30, 'a') + "\xC3\xA9\xE2\x82\xAC" + std::string(random() % 30, 'b') + sequence + std::string(70, 'z');
+        default:
+            text = std::string(30, 'a') + "\xC3\xA9\xE2\x82\xAC" + std::string(random() % 30, 'b') +
+                   sequence + std::string(70, 'z');
         }
         const std::u32string expected = referenceDecode(text);
-        withEachKernel([&](const Kernel &kernel) { ASSERT_EQ(decodeInPieces(kernel, text, 200), expected) << testing::PrintToString(text); });
+        withEachKernel([&](const Kernel &kernel) {
+            ASSERT_EQ(decodeInPieces(kernel, text, 200), expected) << testing::PrintToString(text);
+        });
         if (HasFatalFailure())
             return;
     }
@@ -147,7 +156,9 @@ TEST(UTF8, EveryElementEncodes)
     std::u32string all;
     for (char32_t c = 0; c < 0x11000; c++)
         all += c;
-    withEachKernel([&](const Kernel &kernel) { EXPECT_EQ(encodeInPieces(kernel, all, 3 * all.size()), referenceEncode(all)); });
+    withEachKernel([&](const Kernel &kernel) {
+        EXPECT_EQ(encodeInPieces(kernel, all, 3 * all.size()), referenceEncode(all));
+    });
 }
 
 // Texts of all the ways through the public functions, among them ones whose length is badly guessed from samples.

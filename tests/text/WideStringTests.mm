@@ -66,11 +66,13 @@ TEST(WideString, FromPlatformStrings)
 {
     EXPECT_EQ(Utils::nsstring2wstring(nil), L"");
     EXPECT_EQ(Utils::nsstring2wstring(@""), L"");
-    EXPECT_EQ(Utils::nsstring2wstring([NSString stringWithUTF8String:"a\xE2\x82\xAC\xF0\x9F\x98\x80"]), wstring(L"a\x20AC\xD83D\xDE00"));
+    EXPECT_EQ(Utils::nsstring2wstring([NSString stringWithUTF8String:"a\xE2\x82\xAC\xF0\x9F\x98\x80"]),
+              wstring(L"a\x20AC\xD83D\xDE00"));
     NSString *const pair = [NSString stringWithUTF8String:"\xF0\x9F\x98\x80"];
     EXPECT_EQ(Utils::nsstring2wstring([pair substringFromIndex:1]), wstring(L"\xDE00"));
     const unichar withZero[] = {0x20AC, 0, 'z'};
-    EXPECT_EQ(Utils::nsstring2wstring([NSString stringWithCharacters:withZero length:3]), wstring(L"\x20AC\0z", 3));
+    EXPECT_EQ(Utils::nsstring2wstring([NSString stringWithCharacters:withZero length:3]),
+              wstring(L"\x20AC\0z", 3));
     NSString *const many = [@"" stringByPaddingToLength:5000 withString:@"0123456789" startingAtIndex:0];
     const wstring wide = Utils::nsstring2wstring(many);
     ASSERT_EQ(wide.size(), 5000u);
@@ -86,8 +88,19 @@ TEST(NumberText, WritingAndReading)
     EXPECT_EQ(Utils::int2wstring(-42), L"-42");
     EXPECT_EQ(Utils::long2wstring(42), L"42");
     const std::pair<std::string, int32_t> cases[] = {
-        {"", 0}, {"x7", 0}, {" \t\n-17 files", -17}, {"+5", 5}, {"- 5", 0}, {"007", 7}, {"0x10", 0}, {"12\0" "34"s, 12},
-        {"2147483648", INT32_MAX}, {"4294967297", INT32_MAX}, {"-99999999999999999999", INT32_MIN},
+        {"", 0},
+        {"x7", 0},
+        {" \t\n-17 files", -17},
+        {"+5", 5},
+        {"- 5", 0},
+        {"007", 7},
+        {"0x10", 0},
+        {"12\0"
+         "34"s,
+         12},
+        {"2147483648", INT32_MAX},
+        {"4294967297", INT32_MAX},
+        {"-99999999999999999999", INT32_MIN},
     };
     for (const auto &[text, number] : cases) {
         EXPECT_EQ(Utils::string2int(text), number) << text;
@@ -101,8 +114,8 @@ TEST(NumberText, WritingAndReading)
 TEST(NumberText, ByteSizes)
 {
     const std::pair<uint32_t, const char *> cases[] = {
-        {0, "0 Bytes"}, {1024, "1024 Bytes"}, {1025, "1 KB"}, {2047, "1 KB"}, {1048576, "1024 KB"},
-        {1049599, "1024 KB"}, {1049600, "1 MB"}, {UINT32_MAX, "4095 MB"}};
+        {0, "0 Bytes"},       {1024, "1024 Bytes"}, {1025, "1 KB"},    {2047, "1 KB"},
+        {1048576, "1024 KB"}, {1049599, "1024 KB"}, {1049600, "1 MB"}, {UINT32_MAX, "4095 MB"}};
     for (const auto &[size, text] : cases)
         EXPECT_EQ(Utils::bytesize2string(size), text);
 }
@@ -113,13 +126,25 @@ TEST(Version, Comparing)
         const wchar_t *a, *b;
         int order;
     } const cases[] = {
-        {L"10.4.10", L"10.4.9", 1}, {L"1..2", L"1.2", 0}, {L".1.2.", L"1.2", 0}, {L"1.0", L"1", 1}, {L"1.2.0", L"1.2", 1},
-        {L"", L"0", -1}, {L"", L"...", 0}, {L"b2", L"0", 0}, {L"3rc1", L"3", 0}, {L"2", L"1.9.9", 1}, {L"-1", L"0", -1},
-        {L"01.02", L"1.2", 0}, {L"99999999999", L"2147483647", 0},
+        {L"10.4.10", L"10.4.9", 1},
+        {L"1..2", L"1.2", 0},
+        {L".1.2.", L"1.2", 0},
+        {L"1.0", L"1", 1},
+        {L"1.2.0", L"1.2", 1},
+        {L"", L"0", -1},
+        {L"", L"...", 0},
+        {L"b2", L"0", 0},
+        {L"3rc1", L"3", 0},
+        {L"2", L"1.9.9", 1},
+        {L"-1", L"0", -1},
+        {L"01.02", L"1.2", 0},
+        {L"99999999999", L"2147483647", 0},
     };
     for (const auto &[a, b, order] : cases) {
-        EXPECT_EQ(Utils::compare_version(a, b), order) << Utils::wstring2string(a) << " " << Utils::wstring2string(b);
-        EXPECT_EQ(Utils::compare_version(b, a), -order) << Utils::wstring2string(b) << " " << Utils::wstring2string(a);
+        EXPECT_EQ(Utils::compare_version(a, b), order)
+            << Utils::wstring2string(a) << " " << Utils::wstring2string(b);
+        EXPECT_EQ(Utils::compare_version(b, a), -order)
+            << Utils::wstring2string(b) << " " << Utils::wstring2string(a);
     }
 }
 

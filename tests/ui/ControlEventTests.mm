@@ -19,7 +19,8 @@ OSStatus see(EventHandlerCallRef, EventRef event, void *userData)
         seen->hit = EventGetControlCommandID(event);
         return seen->answer;
     }
-    if (GetEventParameter(event, kEventParamDirectObject, typeHICommand, nullptr, sizeof command, nullptr, &command) == noErr)
+    if (GetEventParameter(event, kEventParamDirectObject, typeHICommand, nullptr, sizeof command, nullptr,
+                          &command) == noErr)
         seen->processed = command.commandID;
     return noErr;
 }
@@ -36,12 +37,15 @@ TEST(ControlEvent, TellsTheCommandOfItsControl)
     EventRef event = nullptr;
     ASSERT_EQ(CreateEvent(nullptr, type.eventClass, type.eventKind, 0, kEventAttributeNone, &event), noErr);
     EXPECT_EQ(EventGetControlCommandID(event), 0u);  // about nothing
-    ASSERT_EQ(SetEventParameter(event, kEventParamDirectObject, typeControlRef, sizeof control, &control), noErr);
+    ASSERT_EQ(SetEventParameter(event, kEventParamDirectObject, typeControlRef, sizeof control, &control),
+              noErr);
     EXPECT_EQ(EventGetControlCommandID(event), "save"_code);
     const ControlRef unknown = reinterpret_cast<ControlRef>(uintptr_t(16));
-    ASSERT_EQ(SetEventParameter(event, kEventParamDirectObject, typeControlRef, sizeof unknown, &unknown), noErr);
+    ASSERT_EQ(SetEventParameter(event, kEventParamDirectObject, typeControlRef, sizeof unknown, &unknown),
+              noErr);
     EXPECT_EQ(EventGetControlCommandID(event), 0u);
-    ASSERT_EQ(SetEventParameter(event, kEventParamDirectObject, typeHICommand, sizeof control, &control), noErr);
+    ASSERT_EQ(SetEventParameter(event, kEventParamDirectObject, typeHICommand, sizeof control, &control),
+              noErr);
     EXPECT_EQ(EventGetControlCommandID(event), 0u);  // about something else
     ReleaseEvent(event);
     EXPECT_EQ(EventGetControlCommandID(nullptr), 0u);
@@ -56,7 +60,9 @@ TEST(ControlEvent, AClickReachesTheWindowsHandlers)
     const EventTypeSpec types[] = {EventTypeSpecMake(kEventClassControl, kEventControlHit),
                                    EventTypeSpecMake(kEventClassCommand, kEventCommandProcess)};
     EventHandlerRef handler = nullptr;
-    ASSERT_EQ(InstallEventHandler(GetWindowEventTarget((WindowRef)[window.get() windowRef]), see, 2, types, &seen, &handler), noErr);
+    ASSERT_EQ(InstallEventHandler(GetWindowEventTarget((WindowRef)[window.get() windowRef]), see, 2, types,
+                                  &seen, &handler),
+              noErr);
     window.show();
     {
         const Hand hand("mousemove " + middleOf(button) + " sleep 0.1 mousedown 1 sleep 0.1 mouseup 1");

@@ -42,7 +42,10 @@
 @interface FlippedView : NSView
 @end
 @implementation FlippedView
-- (BOOL)isFlipped { return YES; }
+- (BOOL)isFlipped
+{
+    return YES;
+}
 @end
 
 namespace {
@@ -65,7 +68,10 @@ protected:
 };
 
 NSString *copied(ControlRef control) { return [(NSString *)ControlCopyString(control) autorelease]; }
-NSData *copied(ControlRef control, ControlPartCode part, ResType tag) { return [(NSData *)ControlCopyData(control, part, tag) autorelease]; }
+NSData *copied(ControlRef control, ControlPartCode part, ResType tag)
+{
+    return [(NSData *)ControlCopyData(control, part, tag) autorelease];
+}
 
 TEST_F(Control, HoldsTextAndGivesCopies)
 {
@@ -77,8 +83,10 @@ TEST_F(Control, HoldsTextAndGivesCopies)
     [text appendString:@"!"];  // mutable, and its own
     EXPECT_TRUE([[field_ stringValue] isEqual:@"naïve 😀"]);
     EXPECT_EQ(ControlGetLength(field), 8);
-    EXPECT_TRUE([copied(field, kText, "text"_code) isEqual:[@"naïve 😀" dataUsingEncoding:NSUTF8StringEncoding]]);
-    EXPECT_TRUE(ControlSetData(field, (CFDataRef)[NSData dataWithBytes:"plain" length:5], kText, "text"_code));
+    EXPECT_TRUE(
+        [copied(field, kText, "text"_code) isEqual:[@"naïve 😀" dataUsingEncoding:NSUTF8StringEncoding]]);
+    EXPECT_TRUE(
+        ControlSetData(field, (CFDataRef)[NSData dataWithBytes:"plain" length:5], kText, "text"_code));
     EXPECT_TRUE([copied(field) isEqual:@"plain"]);
 
     const ControlRef button = [button_ controlRef];
@@ -86,7 +94,8 @@ TEST_F(Control, HoldsTextAndGivesCopies)
     EXPECT_EQ(ControlGetLength(button), 0);
     EXPECT_FALSE(ControlSetString(button, (CFStringRef) @"x"));
     EXPECT_FALSE(ControlSetString(field, nullptr));
-    EXPECT_FALSE(ControlSetData(field, (CFDataRef)[NSData dataWithBytes:"\xFF\xFE" length:2], kText, "text"_code));  // no text
+    EXPECT_FALSE(ControlSetData(field, (CFDataRef)[NSData dataWithBytes:"\xFF\xFE" length:2], kText,
+                                "text"_code));  // no text
     EXPECT_TRUE([copied(field) isEqual:@"plain"]);
     EXPECT_EQ(ControlCopyString(nullptr), nullptr);
 }
@@ -166,7 +175,8 @@ TEST_F(Control, IsFoundByItsName)
 
 TEST_F(Control, StandsInTheContentFromItsTopLeftCorner)
 {
-    NSView *flipped = window_.add([[[FlippedView alloc] initWithFrame:NSMakeRect(100, 0, 100, 100)] autorelease]);
+    NSView *flipped =
+        window_.add([[[FlippedView alloc] initWithFrame:NSMakeRect(100, 0, 100, 100)] autorelease]);
     NSButton *inner = [[[NSButton alloc] initWithFrame:NSMakeRect(10, 20, 30, 40)] autorelease];
     [flipped addSubview:inner];
     const CGFloat height = NSHeight([[window_.get() contentView] bounds]);
@@ -213,7 +223,8 @@ TEST_F(Control, IsFittedToItsContent)
     EXPECT_FALSE(ControlSizeToFit([own_ controlRef], nullptr, nullptr));  // no control
     NSControl *without = window_.add([[[NSControl alloc] initWithFrame:NSMakeRect(5, 5, 5, 5)] autorelease]);
     [without setCell:nil];
-    EXPECT_FALSE(ControlSizeToFit([without controlRef], adjust, nullptr));  // all zeros: the adjuster is not asked
+    EXPECT_FALSE(
+        ControlSizeToFit([without controlRef], adjust, nullptr));  // all zeros: the adjuster is not asked
     EXPECT_FALSE(ControlSizeToFit(nullptr, nullptr, nullptr));
 }
 

@@ -12,7 +12,10 @@
 TestWindow::TestWindow(NSRect content)
 {
     [NSApplication sharedApplication];
-    window_ = [[NSWindow alloc] initWithContentRect:content styleMask:NSTitledWindowMask backing:NSBackingStoreBuffered defer:NO];
+    window_ = [[NSWindow alloc] initWithContentRect:content
+                                          styleMask:NSTitledWindowMask
+                                            backing:NSBackingStoreBuffered
+                                              defer:NO];
     [window_ setReleasedWhenClosed:NO];
 }
 
@@ -62,7 +65,10 @@ bool eventually(const std::function<bool()> &condition)
     while (!condition()) {
         tarvik::Pool pool;
         NSDate *soon = [NSDate dateWithTimeIntervalSinceNow:0.02];
-        if (NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask untilDate:soon inMode:NSDefaultRunLoopMode dequeue:YES])
+        if (NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask
+                                                untilDate:soon
+                                                   inMode:NSDefaultRunLoopMode
+                                                  dequeue:YES])
             [NSApp sendEvent:event];
         if ([end timeIntervalSinceNow] < 0)
             return condition();
@@ -92,7 +98,11 @@ void later(double seconds, std::function<void()> function)
 {
     LaterCall *call = [[[LaterCall alloc] init] autorelease];
     call->mFunction = new std::function<void()>(std::move(function));
-    NSTimer *timer = [NSTimer timerWithTimeInterval:seconds target:call selector:@selector(call:) userInfo:nil repeats:NO];
+    NSTimer *timer = [NSTimer timerWithTimeInterval:seconds
+                                             target:call
+                                           selector:@selector(call:)
+                                           userInfo:nil
+                                            repeats:NO];
     for (NSString *mode : {NSDefaultRunLoopMode, NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode})
         [[NSRunLoop currentRunLoop] addTimer:timer forMode:mode];
 }
@@ -115,8 +125,15 @@ void pressWhenShown(NSString *title)
             return pressWhenShown(title);
         [button performClick:nil];
         // A modal loop looks whether it is to end when an event has come.
-        [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined location:NSZeroPoint modifierFlags:0 timestamp:0
-                                        windowNumber:0 context:nil subtype:0 data1:0 data2:0]
+        [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined
+                                            location:NSZeroPoint
+                                       modifierFlags:0
+                                           timestamp:0
+                                        windowNumber:0
+                                             context:nil
+                                             subtype:0
+                                               data1:0
+                                               data2:0]
                  atStart:NO];
     });
 }

@@ -17,7 +17,10 @@
 }
 @end
 @implementation DropTarget
-- (NSDragOperation)draggingEntered:(id<NSDraggingInfo>)info { return (void)info, NSDragOperationCopy; }
+- (NSDragOperation)draggingEntered:(id<NSDraggingInfo>)info
+{
+    return (void)info, NSDragOperationCopy;
+}
 - (BOOL)performDragOperation:(id<NSDraggingInfo>)info
 {
     NSObject *carrier = (NSObject *)info;
@@ -40,7 +43,10 @@
 - (NSPasteboard *)draggingPasteboard;
 @end
 @implementation Carrier
-- (NSPasteboard *)draggingPasteboard { return mPasteboard; }
+- (NSPasteboard *)draggingPasteboard
+{
+    return mPasteboard;
+}
 @end
 
 namespace {
@@ -66,7 +72,8 @@ TEST(FileIconView, IsDraggedOutAsItsFiles)
     to.show();
     from.show();
 
-    const Hand hand("mousemove " + middleOf(icon) + " sleep 0.1 mousedown 1 sleep 0.25 mousemove_relative 15 5 sleep 0.1 mousemove " +
+    const Hand hand("mousemove " + middleOf(icon) +
+                    " sleep 0.1 mousedown 1 sleep 0.25 mousemove_relative 15 5 sleep 0.1 mousemove " +
                     middleOf(target) + " sleep 0.25 mousemove_relative 3 3 sleep 0.25 mouseup 1");
     EXPECT_TRUE(eventually([&] { return target->mPaths != nil; }));
     EXPECT_TRUE([target->mPaths isEqual:paths]);
@@ -76,9 +83,17 @@ TEST(FileIconView, IsDraggedOutAsItsFiles)
 TEST(FileIconView, WithoutFilesHasNothingToDrag)
 {
     const TestWindow window;
-    FileIconView *icon = window.add([[[FileIconView alloc] initWithFrame:NSMakeRect(0, 0, 50, 50)] autorelease]);
-    NSEvent *press = [NSEvent mouseEventWithType:NSLeftMouseDown location:NSMakePoint(5, 5) modifierFlags:0 timestamp:0
-                                    windowNumber:[window.get() windowNumber] context:nil eventNumber:0 clickCount:1 pressure:0];
+    FileIconView *icon =
+        window.add([[[FileIconView alloc] initWithFrame:NSMakeRect(0, 0, 50, 50)] autorelease]);
+    NSEvent *press = [NSEvent mouseEventWithType:NSLeftMouseDown
+                                        location:NSMakePoint(5, 5)
+                                   modifierFlags:0
+                                       timestamp:0
+                                    windowNumber:[window.get() windowNumber]
+                                         context:nil
+                                     eventNumber:0
+                                      clickCount:1
+                                        pressure:0];
     [icon mouseDown:press];
     [icon setFile:@"/etc/passwd"];  // also one that was not made by init
     EXPECT_TRUE([icon image] != nil);
@@ -102,7 +117,8 @@ TEST(Icons, AreTheWorkspaces)
     ASSERT_TRUE(several != nil);
     EXPECT_TRUE(NSEqualSizes([several size], NSMakeSize(48, 48)));
     [several lockFocus];
-    NSBitmapImageRep *pixels = [[[NSBitmapImageRep alloc] initWithFocusedViewRect:NSMakeRect(0, 0, 48, 48)] autorelease];
+    NSBitmapImageRep *pixels =
+        [[[NSBitmapImageRep alloc] initWithFocusedViewRect:NSMakeRect(0, 0, 48, 48)] autorelease];
     [several unlockFocus];
     bool drawn = false;
     for (int i = 0; i < 48 && !drawn; ++i)
@@ -156,12 +172,15 @@ TEST(WorkspaceOpening, AsksTheDesktopsApplications)
     fs::create_directories(root / "data/applications");
     fs::create_directories(root / "config");
     fs::create_directories(root / "papers");
-    fs::permissions(folder.write("viewer", "#!/bin/sh\necho \"$1\" > '" + (root / "new").native() + "' && mv '" + (root / "new").native() + "' '" +
+    fs::permissions(folder.write("viewer", "#!/bin/sh\necho \"$1\" > '" + (root / "new").native() +
+                                               "' && mv '" + (root / "new").native() + "' '" +
                                                (root / "said").native() + "'\n"),
                     fs::perms(0755));
-    folder.write("data/applications/viewer.desktop", "[Desktop Entry]\nType=Application\nName=V\nExec=" + (root / "viewer").native() + " %U\n");
-    folder.write("config/mimeapps.list", "[Default Applications]\ntext/plain=viewer.desktop\ninode/directory=viewer.desktop\n"
-                                         "x-scheme-handler/tarvik-test=viewer.desktop\n");
+    folder.write("data/applications/viewer.desktop",
+                 "[Desktop Entry]\nType=Application\nName=V\nExec=" + (root / "viewer").native() + " %U\n");
+    folder.write("config/mimeapps.list",
+                 "[Default Applications]\ntext/plain=viewer.desktop\ninode/directory=viewer.desktop\n"
+                 "x-scheme-handler/tarvik-test=viewer.desktop\n");
     const auto said = [&] {
         eventually([&] { return fs::exists(root / "said"); });
         const std::string words = folder.read("said");

@@ -29,20 +29,24 @@ std::string stacking()
 {
     xcb_connection_t *const x = xcb_connect(nullptr, nullptr);
     const auto atom = [&](const char *name) {
-        xcb_intern_atom_reply_t *const reply = xcb_intern_atom_reply(x, xcb_intern_atom(x, false, uint16_t(std::strlen(name)), name), nullptr);
+        xcb_intern_atom_reply_t *const reply =
+            xcb_intern_atom_reply(x, xcb_intern_atom(x, false, uint16_t(std::strlen(name)), name), nullptr);
         const xcb_atom_t atom = reply->atom;
         std::free(reply);
         return atom;
     };
     const auto property = [&](xcb_window_t window, const char *name) {
-        xcb_get_property_reply_t *const reply = xcb_get_property_reply(x, xcb_get_property(x, false, window, atom(name), XCB_ATOM_ANY, 0, 1000), nullptr);
+        xcb_get_property_reply_t *const reply = xcb_get_property_reply(
+            x, xcb_get_property(x, false, window, atom(name), XCB_ATOM_ANY, 0, 1000), nullptr);
         std::string bytes;
         if (reply)
-            bytes.assign(static_cast<char *>(xcb_get_property_value(reply)), size_t(xcb_get_property_value_length(reply)));
+            bytes.assign(static_cast<char *>(xcb_get_property_value(reply)),
+                         size_t(xcb_get_property_value_length(reply)));
         std::free(reply);
         return bytes;
     };
-    const std::string windows = property(xcb_setup_roots_iterator(xcb_get_setup(x)).data->root, "_NET_CLIENT_LIST_STACKING");
+    const std::string windows =
+        property(xcb_setup_roots_iterator(xcb_get_setup(x)).data->root, "_NET_CLIENT_LIST_STACKING");
     std::string titles;
     for (size_t i = 0; i + 4 <= windows.size(); i += 4) {
         xcb_window_t window;
@@ -73,11 +77,14 @@ protected:
     {
         fs::create_directories(root_ / (name + ".app/Resources"));
         fs::copy_file(TARVIK_TESTS_HELPER "/tarvik-tests-windowpeer", root_ / (name + ".app") / name);
-        folder_.write(name + ".app/Resources/Info-gnustep.plist", "{ NSExecutable = " + name + "; CFBundleName = \"" + name + " by Name\"; CFBundleIdentifier = \"org.tarvik." +
-                                                                      name + "\"; CFBundleSignature = \"" + name + "\"; ApplicationRelease = \"7.1\"; }");
+        folder_.write(name + ".app/Resources/Info-gnustep.plist",
+                      "{ NSExecutable = " + name + "; CFBundleName = \"" + name +
+                          " by Name\"; CFBundleIdentifier = \"org.tarvik." + name +
+                          "\"; CFBundleSignature = \"" + name + "\"; ApplicationRelease = \"7.1\"; }");
         return root_ / (name + ".app");
     }
-    void start(const std::string &program, const char *titles, const char *word = nullptr)  // GNUstep would open the word as a file
+    void start(const std::string &program, const char *titles,
+               const char *word = nullptr)  // GNUstep would open the word as a file
     {
         setenv("WINDOW_PEER", titles, 1);
         char *words[] = {const_cast<char *>(program.c_str()), const_cast<char *>(word), nullptr};
@@ -92,7 +99,10 @@ protected:
             if (condition())
                 return true;
             [[NSRunLoop currentRunLoop] runUntilDate:[NSDate dateWithTimeIntervalSinceNow:0.02]];
-            while (NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask untilDate:[NSDate distantPast] inMode:NSDefaultRunLoopMode dequeue:YES])
+            while (NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask
+                                                       untilDate:[NSDate distantPast]
+                                                          inMode:NSDefaultRunLoopMode
+                                                         dequeue:YES])
                 [NSApp sendEvent:event];
         }
         return false;
@@ -106,7 +116,10 @@ protected:
             return found == wanted;
         });
     }
-    static std::string activeTitle() { return runProgram({"xdotool", "getactivewindow", "getwindowname"}).out; }
+    static std::string activeTitle()
+    {
+        return runProgram({"xdotool", "getactivewindow", "getwindowname"}).out;
+    }
 
     tarvik::Pool pool_;
     TemporaryFolder folder_;
@@ -163,7 +176,9 @@ TEST_F(FrontProcess, IsTheCallerAfterItsActivation)
 {
     const std::string pen = make("pen2");
     start(pen + "/pen2", "peer4");
-    NSWindow *const window = [[[NSWindow alloc] initWithContentRect:NSMakeRect(300, 300, 200, 100) styleMask:NSTitledWindowMask backing:NSBackingStoreBuffered
+    NSWindow *const window = [[[NSWindow alloc] initWithContentRect:NSMakeRect(300, 300, 200, 100)
+                                                          styleMask:NSTitledWindowMask
+                                                            backing:NSBackingStoreBuffered
                                                               defer:NO] autorelease];
     [window setReleasedWhenClosed:NO];
     [window setTitle:@"peer5"];
@@ -188,18 +203,27 @@ TEST_F(FrontProcess, IsWhatScriptsTellItToBe)
     start(pen + "/pen7", "peer2");
     ASSERT_TRUE(hasWindows("12")) << stacking();
     Scripting scripting;
-    ASSERT_TRUE(comesTrue([&] { return scripting.run("activate application \"pen7\"").empty() && isFront(pen); }));
-    EXPECT_EQ(scripting.run("{frontmost of application \"pen7 by Name\", application \"org.tarvik.ink7\" is frontmost, application \"pen7.app\" is running}"), "{true, false, true}");
-    EXPECT_EQ(scripting.run("tell application \"ink7\"\nset frontmost to true\nrepeat until frontmost\ndelay 0.02\nend\n{name, id, version}\nend"), "{\"ink7 by Name\", \"org.tarvik.ink7\", \"7.1\"}");
+    ASSERT_TRUE(
+        comesTrue([&] { return scripting.run("activate application \"pen7\"").empty() && isFront(pen); }));
+    EXPECT_EQ(scripting.run("{frontmost of application \"pen7 by Name\", application \"org.tarvik.ink7\" is "
+                            "frontmost, application \"pen7.app\" is running}"),
+              "{true, false, true}");
+    EXPECT_EQ(scripting.run("tell application \"ink7\"\nset frontmost to true\nrepeat until frontmost\ndelay "
+                            "0.02\nend\n{name, id, version}\nend"),
+              "{\"ink7 by Name\", \"org.tarvik.ink7\", \"7.1\"}");
     EXPECT_TRUE(isFront(ink));
-    EXPECT_EQ(scripting.run("set frontmost of application \"pen7\" to false"), "error -10006: pen7 got an error: Can’t set frontmost of application \"pen7\" to false.");
+    EXPECT_EQ(scripting.run("set frontmost of application \"pen7\" to false"),
+              "error -10006: pen7 got an error: Can’t set frontmost of application \"pen7\" to false.");
     // What only the program itself can do is not done to it.
-    EXPECT_EQ(scripting.run("tell application \"pen7\" to quit"), "error -1708: pen7 got an error: It doesn’t understand the “quit” message.");
-    EXPECT_EQ(scripting.run("tell application \"pen7\" to get colour"), "error -1728: pen7 got an error: Can’t get colour of application \"pen7\".");
+    EXPECT_EQ(scripting.run("tell application \"pen7\" to quit"),
+              "error -1708: pen7 got an error: It doesn’t understand the “quit” message.");
+    EXPECT_EQ(scripting.run("tell application \"pen7\" to get colour"),
+              "error -1728: pen7 got an error: Can’t get colour of application \"pen7\".");
     EXPECT_EQ(scripting.run("running of application \"pen7\""), "true");
     // One that has no window; one that doesn't run.
     start("/bin/sleep", "", "60");
-    EXPECT_EQ(scripting.run("tell application \"sleep\" to activate"), "error -606: sleep got an error: It has no windows.");
+    EXPECT_EQ(scripting.run("tell application \"sleep\" to activate"),
+              "error -606: sleep got an error: It has no windows.");
     kill(children_[1], SIGKILL);
     ASSERT_TRUE(comesTrue([&] { return scripting.run("application \"pen7\" is not running") == "true"; }));
     EXPECT_EQ(scripting.run("frontmost of application \"pen7\""), "error -600: Application isn’t running.");
@@ -215,14 +239,16 @@ TEST_F(FrontProcess, IsWhatScriptsTellItToBe)
 TEST_F(FrontProcess, ApplicationsAreFoundAndLaunchedByName)
 {
     NSWorkspace *const workspace = [NSWorkspace sharedWorkspace];
-    NSString *const place = [NSSearchPathForDirectoriesInDomains(NSApplicationDirectory, NSUserDomainMask, YES) lastObject];
+    NSString *const place =
+        [NSSearchPathForDirectoriesInDomains(NSApplicationDirectory, NSUserDomainMask, YES) lastObject];
     ASSERT_TRUE([place createDirectories]);
     make("note");
     NSString *const note = [place stringByAppendingPathComponent:@"note.app"];
     fs::rename(root_ / "note.app", fs::path(tarvik::utf8(note).value()));
     EXPECT_TRUE([[workspace applicationForName:@"note.app" creator:nil identifier:nil] isEqualToString:note]);
     EXPECT_TRUE([[workspace applicationForName:nil creator:@"note" identifier:nil] isEqualToString:note]);
-    EXPECT_TRUE([[workspace applicationForName:nil creator:nil identifier:@"org.tarvik.note"] isEqualToString:note]);
+    EXPECT_TRUE([[workspace applicationForName:nil creator:nil
+                                    identifier:@"org.tarvik.note"] isEqualToString:note]);
     EXPECT_EQ([workspace applicationForName:@"none" creator:@"none" identifier:@"none"], nil);
     EXPECT_EQ([workspace applicationForName:nil creator:nil identifier:nil], nil);
 

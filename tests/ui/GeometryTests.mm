@@ -16,9 +16,18 @@ struct RectCase {
 const RectCase kRectCases[] = {
     {"right edge to", [](NSRect *r) { NSRectRightMoveTo(r, 0); }, {{-30, 20}, {30, 40}}},
     {"top edge to", [](NSRect *r) { NSRectTopMoveTo(r, 0); }, {{10, -40}, {30, 40}}},
-    {"left and bottom to", [](NSRect *r) { NSRectLeftMoveTo(r, 1), NSRectBottomMoveTo(r, 2); }, {{1, 2}, {30, 40}}},
-    {"both ways by", [](NSRect *r) { NSRectHorizontalMove(r, -1), NSRectVerticalMove(r, 2); }, {{9, 22}, {30, 40}}},
-    {"centre to", [](NSRect *r) { NSPoint p = {0, 0.5}; NSRectCenterMoveTo(r, &p); }, {{-15, -19.5}, {30, 40}}},
+    {"left and bottom to",
+     [](NSRect *r) { NSRectLeftMoveTo(r, 1), NSRectBottomMoveTo(r, 2); },
+     {{1, 2}, {30, 40}}},
+    {"both ways by",
+     [](NSRect *r) { NSRectHorizontalMove(r, -1), NSRectVerticalMove(r, 2); },
+     {{9, 22}, {30, 40}}},
+    {"centre to",
+     [](NSRect *r) {
+         NSPoint p = {0, 0.5};
+         NSRectCenterMoveTo(r, &p);
+     },
+     {{-15, -19.5}, {30, 40}}},
     {"centre to none", [](NSRect *r) { NSRectCenterMoveTo(r, nullptr); }, {{10, 20}, {30, 40}}},
     {"top by", [](NSRect *r) { NSRectTopResize(r, 5); }, {{10, 20}, {30, 45}}},
     {"top by too much", [](NSRect *r) { NSRectTopResize(r, -41); }, {{10, 20}, {30, 0}}},
@@ -35,10 +44,12 @@ const RectCase kRectCases[] = {
     {"height at the bottom", [](NSRect *r) { NSRectSetHeightResizingBottom(r, 0); }, {{10, 60}, {30, 0}}},
     {"width at the right", [](NSRect *r) { NSRectSetWidthResizingRight(r, 1); }, {{10, 20}, {1, 40}}},
     {"width at the left", [](NSRect *r) { NSRectSetWidthResizingLeft(r, 31); }, {{9, 20}, {31, 40}}},
-    {"negative sizes", [](NSRect *r) {
+    {"negative sizes",
+     [](NSRect *r) {
          NSRectSetHeightResizingTop(r, -1), NSRectSetHeightResizingBottom(r, -1);
          NSRectSetWidthResizingRight(r, -1), NSRectSetWidthResizingLeft(r, -1);
-     }, {{10, 20}, {30, 40}}},
+     },
+     {{10, 20}, {30, 40}}},
 };
 
 TEST(Geometry, AnEdgeOfARectangleMoves)
@@ -47,7 +58,8 @@ TEST(Geometry, AnEdgeOfARectangleMoves)
         NSRect rect = NSMakeRect(10, 20, 30, 40);
         each.change(&rect);
         EXPECT_TRUE(NSEqualRects(rect, each.expected))
-            << each.what << ": " << rect.origin.x << " " << rect.origin.y << " " << rect.size.width << " " << rect.size.height;
+            << each.what << ": " << rect.origin.x << " " << rect.origin.y << " " << rect.size.width << " "
+            << rect.size.height;
         each.change(nullptr);
     }
     NSRect rect = NSMakeRect(10, 20, 30, 40);

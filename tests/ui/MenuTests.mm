@@ -11,7 +11,10 @@
 }
 @end
 @implementation MenuChoice
-- (void)choose:(id)sender { mTag = int([sender tag]); }
+- (void)choose:(id)sender
+{
+    mTag = int([sender tag]);
+}
 @end
 
 namespace {
@@ -20,7 +23,9 @@ NSMenu *menuOfTags(std::initializer_list<int> tags, id target = nil)
 {
     NSMenu *menu = [[[NSMenu alloc] initWithTitle:@"Labels"] autorelease];
     for (int tag : tags) {
-        NSMenuItem *item = [menu addItemWithTitle:[NSString stringWithFormat:@"Item %d", tag] action:@selector(choose:) keyEquivalent:@""];
+        NSMenuItem *item = [menu addItemWithTitle:[NSString stringWithFormat:@"Item %d", tag]
+                                           action:@selector(choose:)
+                                    keyEquivalent:@""];
         [item setTag:tag];
         [item setTarget:target];
     }
@@ -45,8 +50,8 @@ TEST(Menu, ItemsAreFoundByTheTagsOnTheWay)
     EXPECT_EQ(([menu itemWithTags:3, 0]), [menu itemWithTag:3]);
     EXPECT_EQ(([menu itemWithTags:3, 7, 0]), [inner itemWithTag:7]);
     EXPECT_EQ(lookUp(menu, 3, 8, -5, 0), [innermost itemWithTag:-5]);
-    for (NSMenuItem *none : {[menu itemWithTags:0], [menu itemWithTags:4, 0], [menu itemWithTags:3, 9, 0], [menu itemWithTags:1, 7, 0],
-                             [menu itemWithTags:3 arguments:nullptr]})
+    for (NSMenuItem *none : {[menu itemWithTags:0], [menu itemWithTags:4, 0], [menu itemWithTags:3, 9, 0],
+                             [menu itemWithTags:1, 7, 0], [menu itemWithTags:3 arguments:nullptr]})
         EXPECT_EQ(none, nil);
 }
 
@@ -76,7 +81,8 @@ TEST(MenuButton, PopsUpAndAnItemIsChosen)
     const TestWindow window;
     MenuChoice *choice = [[[MenuChoice alloc] init] autorelease];
     NSMenu *menu = menuOfTags({1, 2, 3}, choice);
-    MenuButton *button = window.add([[[MenuButton alloc] initWithFrame:NSMakeRect(40, 120, 100, 30)] autorelease]);
+    MenuButton *button =
+        window.add([[[MenuButton alloc] initWithFrame:NSMakeRect(40, 120, 100, 30)] autorelease]);
     [button awakeFromNib];
     [button setPulldownMenu:menu];
     window.show();
@@ -93,8 +99,9 @@ TEST(MenuButton, PopsUpAndAnItemIsChosen)
             return later(0.1, lookForMenu);
         const NSRect frame = [[shown window] frame], item = [shown rectOfItemAtIndex:1];
         top = NSMakePoint(NSMinX(frame), NSMaxY(frame));
-        second = std::make_unique<Hand>("mousemove " + onScreen(shown, NSMakePoint(NSMidX(item), NSMidY(item))) +
-                                        " sleep 0.1 mousedown 1 sleep 0.1 mouseup 1");
+        second =
+            std::make_unique<Hand>("mousemove " + onScreen(shown, NSMakePoint(NSMidX(item), NSMidY(item))) +
+                                   " sleep 0.1 mousedown 1 sleep 0.1 mouseup 1");
     };
     later(0.1, lookForMenu);
     const Hand press("mousemove " + middleOf(button) + " sleep 0.1 mousedown 1 sleep 0.1 mouseup 1");
@@ -108,7 +115,8 @@ TEST(MenuButton, PopsUpAndAnItemIsChosen)
 TEST(MenuButton, WithoutItsOwnShowsItsContextMenuOrNothing)
 {
     const TestWindow window;
-    MenuButton *button = window.add([[[MenuButton alloc] initWithFrame:NSMakeRect(10, 10, 100, 30)] autorelease]);
+    MenuButton *button =
+        window.add([[[MenuButton alloc] initWithFrame:NSMakeRect(10, 10, 100, 30)] autorelease]);
     [button awakeFromNib];
     EXPECT_EQ([button pulldownMenuCore:YES], nil);
     NSMenu *menu = menuOfTags({1});

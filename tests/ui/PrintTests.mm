@@ -10,7 +10,8 @@ namespace {
 TEST(Print, TheTextIsAsWideAsThePage)
 {
     const TestWindow window;
-    NSTextView *view = window.add([[[NSTextView alloc] initWithFrame:NSMakeRect(5, 6, 2000, 150)] autorelease]);
+    NSTextView *view =
+        window.add([[[NSTextView alloc] initWithFrame:NSMakeRect(5, 6, 2000, 150)] autorelease]);
     NSMutableString *text = [NSMutableString string];
     for (int i = 0; i < 100; ++i)
         [text appendString:@"many words "];

@@ -6,9 +6,9 @@
 #import <Tarvik/support/Bridge.h>
 #import <Tarvik/support/Pool.h>
 #include <gtest/gtest.h>
+#include <tests/support/AppleEvents.h>
 #include <tests/support/Program.h>
 #include <tests/support/TemporaryFolder.h>
-#include <tests/support/AppleEvents.h>
 #include <tests/ui/Desktop.h>
 
 @interface CountedWindow : NSWindow
@@ -55,7 +55,10 @@ public:
         folder_.write("Resources/Broken.xib", "<document><objects><window");
     }
     const TemporaryFolder &folder() const { return folder_; }
-    CFBundleRef get() const { return CFBundleRef([NSBundle bundleWithPath:tarvik::nsstring(folder_.path().native())]); }
+    CFBundleRef get() const
+    {
+        return CFBundleRef([NSBundle bundleWithPath:tarvik::nsstring(folder_.path().native())]);
+    }
 
 private:
     TemporaryFolder folder_;
@@ -88,7 +91,8 @@ TEST(InterfaceFile, GivesAWindowByName)
         EXPECT_EQ(WindowCreateFromNibNameInBundle(missing, CFSTR("main"), bundle.get()), nullptr);
     EXPECT_EQ(WindowCreateFromNibName(CFSTR("Main"), CFSTR("main")), nullptr);  // the test has no resources
     IBNibRef nib = nullptr;
-    EXPECT_EQ(CreateNibReferenceWithCFBundle(bundle.get(), CFSTR("Missing"), &nib), kIBCarbonRuntimeCantFindNibFile);
+    EXPECT_EQ(CreateNibReferenceWithCFBundle(bundle.get(), CFSTR("Missing"), &nib),
+              kIBCarbonRuntimeCantFindNibFile);
     ASSERT_EQ(CreateNibReferenceWithCFBundle(bundle.get(), CFSTR("Main"), &nib), noErr);
     WindowRef window = nullptr;
     EXPECT_EQ(CreateWindowFromNib(nib, CFSTR("menuBar"), &window), kIBCarbonRuntimeObjectNotOfRequestedType);
@@ -111,12 +115,14 @@ TEST(InterfaceFile, GivesTheMenuBar)
     const EventTypeSpec process = EventTypeSpecMake(kEventClassCommand, kEventCommandProcess);
     const auto choose = [](EventHandlerCallRef, EventRef event, void *userData) -> OSStatus {
         HICommand command = {};
-        GetEventParameter(event, kEventParamDirectObject, typeHICommand, nullptr, sizeof command, nullptr, &command);
+        GetEventParameter(event, kEventParamDirectObject, typeHICommand, nullptr, sizeof command, nullptr,
+                          &command);
         *static_cast<UInt32 *>(userData) = command.commandID;
         return noErr;
     };
     EventHandlerRef handler = nullptr;
-    ASSERT_EQ(InstallEventHandler(GetApplicationEventTarget(), choose, 1, &process, &chosen, &handler), noErr);
+    ASSERT_EQ(InstallEventHandler(GetApplicationEventTarget(), choose, 1, &process, &chosen, &handler),
+              noErr);
     [[open menu] performActionForItemAtIndex:0];
     EXPECT_EQ(chosen, "open"_code);
     RemoveEventHandler(handler);
@@ -129,9 +135,16 @@ TEST(BundleImage, TheTypeNamesTheDecoder)
     [NSApplication sharedApplication];
     const Bundle bundle;
     // (gnustep-gui writes a JPEG beyond its buffer when the image is much smaller.)
-    NSBitmapImageRep *drawn = [[[NSBitmapImageRep alloc] initWithBitmapDataPlanes:nullptr pixelsWide:64 pixelsHigh:48 bitsPerSample:8
-                                                                  samplesPerPixel:3 hasAlpha:NO isPlanar:NO
-                                                                   colorSpaceName:NSDeviceRGBColorSpace bytesPerRow:0 bitsPerPixel:0] autorelease];
+    NSBitmapImageRep *drawn = [[[NSBitmapImageRep alloc] initWithBitmapDataPlanes:nullptr
+                                                                       pixelsWide:64
+                                                                       pixelsHigh:48
+                                                                    bitsPerSample:8
+                                                                  samplesPerPixel:3
+                                                                         hasAlpha:NO
+                                                                         isPlanar:NO
+                                                                   colorSpaceName:NSDeviceRGBColorSpace
+                                                                      bytesPerRow:0
+                                                                     bitsPerPixel:0] autorelease];
     const std::string png = *tarvik::bytes([drawn representationUsingType:NSPNGFileType properties:nil]);
     const std::string jpeg = *tarvik::bytes([drawn representationUsingType:NSJPEGFileType properties:nil]);
     const struct {
@@ -163,11 +176,13 @@ TEST(BundleImage, TheTypeNamesTheDecoder)
         }
         CGImageRelease(image);
     }
-    CGDataProviderRef provider = CGDataProviderCreateWithBundleResource(CFSTR("a"), CFSTR("png"), bundle.get());
+    CGDataProviderRef provider =
+        CGDataProviderCreateWithBundleResource(CFSTR("a"), CFSTR("png"), bundle.get());
     EXPECT_EQ(tarvik::bytes((NSData *)provider), png);
     CGDataProviderRelease(provider);
     EXPECT_EQ(CGImageCreateWithBundleResource(CFSTR("missing"), CFSTR("png"), bundle.get()), nullptr);
-    EXPECT_EQ(CGImageCreateWithBundleResource(CFSTR("a"), CFSTR("png"), nullptr), nullptr);  // not in the main bundle
+    EXPECT_EQ(CGImageCreateWithBundleResource(CFSTR("a"), CFSTR("png"), nullptr),
+              nullptr);  // not in the main bundle
     EXPECT_EQ(CGImageCreateWithBundleResource(nullptr, CFSTR("png"), bundle.get()), nullptr);
     EXPECT_EQ(CGImageCreateWithBundleResource(CFSTR("a"), nullptr, bundle.get()), nullptr);
 }
@@ -186,7 +201,8 @@ TEST(Clipboard, IsTheDesktops)
     EXPECT_EQ(ScrapCopyString(scrap), nullptr);
     ASSERT_EQ(PutScrapFlavor(scrap, "TEXT"_code, kScrapFlavorMaskNone, 6, "to \xC3\xA9!"), noErr);
     ASSERT_EQ(PutScrapFlavor(scrap, "own "_code, kScrapFlavorMaskNone, 3, "a\0b"), noErr);
-    EXPECT_EQ(tarvik::bytes([(NSData *)ScrapCopyDataOfFlavor(scrap, "own "_code) autorelease]), std::string("a\0b", 3));
+    EXPECT_EQ(tarvik::bytes([(NSData *)ScrapCopyDataOfFlavor(scrap, "own "_code) autorelease]),
+              std::string("a\0b", 3));
     ASSERT_EQ(PutScrapFlavor(scrap, "none"_code, kScrapFlavorMaskNone, 0, nullptr), noErr);
     EXPECT_EQ(ScrapCopyDataOfFlavor(scrap, "none"_code), nullptr);  // nothing in it
     EXPECT_EQ(ScrapCopyDataOfFlavor(scrap, "miss"_code), nullptr);

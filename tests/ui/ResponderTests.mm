@@ -18,7 +18,10 @@
     }
     return self;
 }
-- (NSString *)description { return mName; }
+- (NSString *)description
+{
+    return mName;
+}
 @end
 
 TEST(Responder, LogsTheChainFromTheReceiverOn)

@@ -70,8 +70,10 @@ protected:
     {
         [NSApplication sharedApplication];
         [NSApp finishLaunching];
-        window_ = [[NSWindow alloc] initWithContentRect:NSMakeRect(200, 300, 600, 400) styleMask:NSTitledWindowMask
-                                                backing:NSBackingStoreBuffered defer:NO];
+        window_ = [[NSWindow alloc] initWithContentRect:NSMakeRect(200, 300, 600, 400)
+                                              styleMask:NSTitledWindowMask
+                                                backing:NSBackingStoreBuffered
+                                                  defer:NO];
         [window_ setReleasedWhenClosed:NO];
         field_ = [[[NSTextField alloc] initWithFrame:NSMakeRect(10, 10, 200, 24)] autorelease];
         [[window_ contentView] addSubview:field_];
@@ -91,8 +93,10 @@ protected:
     {
         NSDate *end = [NSDate dateWithTimeIntervalSinceNow:limit];
         while (!condition() && [end timeIntervalSinceNow] > 0) {
-            NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask untilDate:[NSDate dateWithTimeIntervalSinceNow:0.02]
-                                                   inMode:NSDefaultRunLoopMode dequeue:YES];
+            NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask
+                                                untilDate:[NSDate dateWithTimeIntervalSinceNow:0.02]
+                                                   inMode:NSDefaultRunLoopMode
+                                                  dequeue:YES];
             if (event)
                 [NSApp sendEvent:event];
         }
@@ -112,10 +116,14 @@ protected:
         for (int tries = 0; tries < 8; ++tries) {
             NSWindow *of = [view window];
             const NSRect bounds = [view bounds];
-            const NSPoint middle = [of convertBaseToScreen:[view convertPoint:NSMakePoint(NSMidX(bounds), NSMidY(bounds)) toView:nil]];
-            const std::string x = std::to_string(int(middle.x)), y = std::to_string(int(NSMaxY([[NSScreen mainScreen] frame]) - middle.y));
+            const NSPoint middle =
+                [of convertBaseToScreen:[view convertPoint:NSMakePoint(NSMidX(bounds), NSMidY(bounds))
+                                                    toView:nil]];
+            const std::string x = std::to_string(int(middle.x)),
+                              y = std::to_string(int(NSMaxY([[NSScreen mainScreen] frame]) - middle.y));
             std::thread mouse([=] {
-                runProgram({"xdotool", "mousemove", x, y, "sleep", "0.1", "mousedown", "1", "sleep", "0.08", "mouseup", "1"});
+                runProgram({"xdotool", "mousemove", x, y, "sleep", "0.1", "mousedown", "1", "sleep", "0.08",
+                            "mouseup", "1"});
             });
             const bool holds = turnUntil(condition, 5);
             mouse.join();
@@ -140,9 +148,17 @@ protected:
     }
     int32_t alert(int32_t style, NSWindow *parent, NSString *message = @"50%% done")
     {
-        return [NSPanel runGenericAlert:style parent:parent modalDelegate:answers_ didEndSelector:@selector(sheet:ended:context:)
-                     didDismissSelector:@selector(sheet:gone:context:) contextInfo:kContext title:@"Title" message:message
-                          defaultButton:@"Yes" alternateButton:@"No" otherButton:@"Perhaps"];
+        return [NSPanel runGenericAlert:style
+                                 parent:parent
+                          modalDelegate:answers_
+                         didEndSelector:@selector(sheet:ended:context:)
+                     didDismissSelector:@selector(sheet:gone:context:)
+                            contextInfo:kContext
+                                  title:@"Title"
+                                message:message
+                          defaultButton:@"Yes"
+                        alternateButton:@"No"
+                            otherButton:@"Perhaps"];
     }
 
     NSWindow *window_ = nil;
@@ -152,7 +168,9 @@ protected:
 
 TEST_F(Sheets, AnAlertReturnsAtOnceAndIsAnsweredByAClick)
 {
-    for (const auto &[title, calls] : {std::pair{@"Yes", "ended 1 here;gone 1;"}, {@"No", "ended 0 here;gone 0;"}, {@"Perhaps", "ended -1 here;gone -1;"}}) {
+    for (const auto &[title, calls] : {std::pair{@"Yes", "ended 1 here;gone 1;"},
+                                       {@"No", "ended 0 here;gone 0;"},
+                                       {@"Perhaps", "ended -1 here;gone -1;"}}) {
         answers_->mCalls.clear();
         EXPECT_EQ(alert(0, window_), 1);
         NSWindow *sheet = [window_ attachedSheet];
@@ -160,7 +178,8 @@ TEST_F(Sheets, AnAlertReturnsAtOnceAndIsAnsweredByAClick)
         EXPECT_TRUE([sheet isVisible]);
         EXPECT_EQ(answers_->mCalls, "");
         EXPECT_EQ([NSApp modalWindow], nil);
-        EXPECT_TRUE(clickUntil(button(sheet, title), [&] { return answers_->mCalls == calls; })) << answers_->mCalls;
+        EXPECT_TRUE(clickUntil(button(sheet, title), [&] { return answers_->mCalls == calls; }))
+            << answers_->mCalls;
         EXPECT_EQ([window_ attachedSheet], nil);
     }
     EXPECT_EQ(alert(3, window_), -2);
@@ -172,15 +191,25 @@ TEST_F(Sheets, ItsWindowTakesNoInputAndOthersDo)
 {
     alert(2, window_);
     NSWindow *sheet = [window_ attachedSheet];
-    NSWindow *other = [[[NSWindow alloc] initWithContentRect:NSMakeRect(850, 300, 200, 100) styleMask:NSTitledWindowMask
-                                                     backing:NSBackingStoreBuffered defer:NO] autorelease];
+    NSWindow *other = [[[NSWindow alloc] initWithContentRect:NSMakeRect(850, 300, 200, 100)
+                                                   styleMask:NSTitledWindowMask
+                                                     backing:NSBackingStoreBuffered
+                                                       defer:NO] autorelease];
     [other setReleasedWhenClosed:NO];
     NSTextField *free = [[[NSTextField alloc] initWithFrame:NSMakeRect(10, 10, 100, 24)] autorelease];
     [[other contentView] addSubview:free];
     const auto type = [](NSWindow *into) {
         for (NSEventType kind : {NSKeyDown, NSKeyUp})
-            [into sendEvent:[NSEvent keyEventWithType:kind location:NSZeroPoint modifierFlags:0 timestamp:0 windowNumber:[into windowNumber]
-                                              context:nil characters:@"x" charactersIgnoringModifiers:@"x" isARepeat:NO keyCode:53]];
+            [into sendEvent:[NSEvent keyEventWithType:kind
+                                                   location:NSZeroPoint
+                                              modifierFlags:0
+                                                  timestamp:0
+                                               windowNumber:[into windowNumber]
+                                                    context:nil
+                                                 characters:@"x"
+                                charactersIgnoringModifiers:@"x"
+                                                  isARepeat:NO
+                                                    keyCode:53]];
     };
     type(window_);
     EXPECT_EQ([[field_ stringValue] length] + [[[field_ currentEditor] string] length], 0u);
@@ -197,7 +226,8 @@ TEST_F(Sheets, ItsWindowTakesNoInputAndOthersDo)
     EXPECT_NE([window_ attachedSheet], sheet);
     [window_ close];
     EXPECT_EQ([window_ attachedSheet], nil);
-    EXPECT_EQ(answers_->mCalls, "ended 0 here;gone 0;ended " + std::to_string(NSRunAbortedResponse) + " here;gone " + std::to_string(NSRunAbortedResponse) + ";");
+    EXPECT_EQ(answers_->mCalls, "ended 0 here;gone 0;ended " + std::to_string(NSRunAbortedResponse) +
+                                    " here;gone " + std::to_string(NSRunAbortedResponse) + ";");
     [other close];
 }
 
@@ -214,19 +244,25 @@ TEST_F(Sheets, AModalAlertWaitsForTheKeyboard)
 
 TEST_F(Sheets, AWindowOfOnesOwn)
 {
-    NSPanel *sheet = [[[NSPanel alloc] initWithContentRect:NSMakeRect(0, 0, 200, 80) styleMask:NSTitledWindowMask
-                                                   backing:NSBackingStoreBuffered defer:NO] autorelease];
+    NSPanel *sheet = [[[NSPanel alloc] initWithContentRect:NSMakeRect(0, 0, 200, 80)
+                                                 styleMask:NSTitledWindowMask
+                                                   backing:NSBackingStoreBuffered
+                                                     defer:NO] autorelease];
     [sheet setReleasedWhenClosed:NO];
     for (const bool withCode : {true, false}) {
         answers_->mCalls.clear();
-        [sheet beginSheetForWindow:window_ modalDelegate:answers_ didEndSelector:@selector(sheet:ended:context:) contextInfo:kContext];
+        [sheet beginSheetForWindow:window_
+                     modalDelegate:answers_
+                    didEndSelector:@selector(sheet:ended:context:)
+                       contextInfo:kContext];
         EXPECT_EQ([window_ attachedSheet], sheet);
         EXPECT_TRUE([sheet isVisible]);
         if (withCode)
             [sheet closeSheetWithReturnCode:7];
         else
             [sheet closeSheet];
-        EXPECT_EQ(answers_->mCalls, "ended " + std::to_string(withCode ? 7 : NSRunStoppedResponse) + " here;");
+        EXPECT_EQ(answers_->mCalls,
+                  "ended " + std::to_string(withCode ? 7 : NSRunStoppedResponse) + " here;");
         EXPECT_FALSE([sheet isVisible]);
         EXPECT_EQ(answers_->mSheet, sheet);
     }
@@ -236,7 +272,10 @@ TEST_F(Sheets, AWindowOfOnesOwn)
     [alert addButtonWithTitle:@"Save"];
     [alert addButtonWithTitle:@"Cancel"];
     answers_->mCalls.clear();
-    [alert beginSheetModalForWindow:window_ modalDelegate:answers_ didEndSelector:@selector(sheet:ended:context:) contextInfo:kContext];
+    [alert beginSheetModalForWindow:window_
+                      modalDelegate:answers_
+                     didEndSelector:@selector(sheet:ended:context:)
+                        contextInfo:kContext];
     EXPECT_EQ(answers_->mCalls, "");
     [button([window_ attachedSheet], @"Cancel") performClick:nil];
     EXPECT_EQ(answers_->mCalls, "ended " + std::to_string(NSAlertSecondButtonReturn) + " here;");
@@ -247,18 +286,40 @@ class Panels : public Sheets {
 protected:
     BOOL open(NSOpenPanel *panel, NSWindow *window, const TemporaryFolder &folder)
     {
-        return [NSOpenPanel beginSheetWithSetting:panel prompt:@"Take" canChooseDirectories:NO canChooseFiles:YES
-                          allowsMultipleSelection:NO treatsFilePackagesAsDirectories:NO canCreateDirectories:YES message:@"Which?"
-                                           window:window directory:tarvik::nsstring(folder.path().native()) file:@"one.txt" types:nil
-                                    modalDelegate:answers_ didEndSelector:@selector(sheet:ended:context:) contextInfo:kContext];
+        return [NSOpenPanel beginSheetWithSetting:panel
+                                           prompt:@"Take"
+                             canChooseDirectories:NO
+                                   canChooseFiles:YES
+                          allowsMultipleSelection:NO
+                  treatsFilePackagesAsDirectories:NO
+                             canCreateDirectories:YES
+                                          message:@"Which?"
+                                           window:window
+                                        directory:tarvik::nsstring(folder.path().native())
+                                             file:@"one.txt"
+                                            types:nil
+                                    modalDelegate:answers_
+                                   didEndSelector:@selector(sheet:ended:context:)
+                                      contextInfo:kContext];
     }
     BOOL save(NSSavePanel *panel, NSWindow *window, const TemporaryFolder &folder)
     {
-        return [NSSavePanel beginSheetWithSetting:panel requiredFileType:@"txt" canCreateDirectories:YES canSelectHiddenExtension:YES
-                                  extensionHidden:NO treatsFilePackagesAsDirectories:NO prompt:@"Keep" title:@"Keep it"
-                                   nameFieldLabel:@"As:" message:@"Where?" window:window
-                                        directory:tarvik::nsstring(folder.path().native()) file:@"new.txt" modalDelegate:answers_
-                                   didEndSelector:@selector(sheet:ended:context:) contextInfo:kContext];
+        return [NSSavePanel beginSheetWithSetting:panel
+                                 requiredFileType:@"txt"
+                             canCreateDirectories:YES
+                         canSelectHiddenExtension:YES
+                                  extensionHidden:NO
+                  treatsFilePackagesAsDirectories:NO
+                                           prompt:@"Keep"
+                                            title:@"Keep it"
+                                   nameFieldLabel:@"As:"
+                                          message:@"Where?"
+                                           window:window
+                                        directory:tarvik::nsstring(folder.path().native())
+                                             file:@"new.txt"
+                                    modalDelegate:answers_
+                                   didEndSelector:@selector(sheet:ended:context:)
+                                      contextInfo:kContext];
     }
 };
 
@@ -277,7 +338,8 @@ TEST_F(Panels, AreSheetsThatReturnAtOnce)
     EXPECT_TRUE(turnUntil([&] { return !answers_->mCalls.empty(); }));
     pressed.reset();
     EXPECT_EQ(answers_->mCalls, "ended 1 here;");
-    EXPECT_TRUE([[opener filename] isEqual:tarvik::nsstring((folder / "one.txt").native())]) << [[opener filename] UTF8String];
+    EXPECT_TRUE([[opener filename] isEqual:tarvik::nsstring((folder / "one.txt").native())])
+        << [[opener filename] UTF8String];
     EXPECT_FALSE([opener isVisible]);
     EXPECT_EQ([window_ attachedSheet], nil);
 
@@ -295,7 +357,8 @@ TEST_F(Panels, AreSheetsThatReturnAtOnce)
     EXPECT_TRUE(turnUntil([&] { return !answers_->mCalls.empty(); }));
     pressed.reset();
     EXPECT_EQ(answers_->mCalls, "ended 1 here;");
-    EXPECT_TRUE([[saver filename] isEqual:tarvik::nsstring((folder / "new.txt").native())]) << [[saver filename] UTF8String];
+    EXPECT_TRUE([[saver filename] isEqual:tarvik::nsstring((folder / "new.txt").native())])
+        << [[saver filename] UTF8String];
 }
 
 TEST_F(Panels, NeedAWindow)
@@ -329,9 +392,10 @@ Boolean answersFour(void *, void *event, SInt16 *hit)
 SInt16 run(WindowRef parent, bool standard, ModalFilterUPP filter = nullptr, EventTargetRef target = nullptr)
 {
     gRun.clear();
-    return DialogRunGenericAlert(kAlertStopAlert, parent, true, CFSTR("The disk is full."), CFSTR("Delete something."), false,
-                                 standard ? nullptr : CFSTR("Again"), standard ? nullptr : CFSTR("Stop"),
-                                 standard ? nullptr : CFSTR("Skip"), 0, standard ? 0 : 2, 0, 0, filter, target, before, after, kContext);
+    return DialogRunGenericAlert(kAlertStopAlert, parent, true, CFSTR("The disk is full."),
+                                 CFSTR("Delete something."), false, standard ? nullptr : CFSTR("Again"),
+                                 standard ? nullptr : CFSTR("Stop"), standard ? nullptr : CFSTR("Skip"), 0,
+                                 standard ? 0 : 2, 0, 0, filter, target, before, after, kContext);
 }
 
 TEST_F(Sheets, TheStandardAlertIsAnsweredByKeysAndFilter)
@@ -359,7 +423,9 @@ UInt32 gCommand;
 OSStatus chosen(EventHandlerCallRef, EventRef event, void *)
 {
     HICommand command{};
-    EXPECT_EQ(GetEventParameter(event, kEventParamDirectObject, typeHICommand, nullptr, sizeof command, nullptr, &command), noErr);
+    EXPECT_EQ(GetEventParameter(event, kEventParamDirectObject, typeHICommand, nullptr, sizeof command,
+                                nullptr, &command),
+              noErr);
     gCommand = command.commandID;
     return noErr;
 }
@@ -371,7 +437,8 @@ TEST_F(Sheets, TheStandardSheetTellsItsTarget)
     const EventTargetRef target = GetWindowEventTarget(parent);
     EventHandlerRef handler = nullptr;
     ASSERT_EQ(InstallEventHandler(target, chosen, 1, commands, nullptr, &handler), noErr);
-    for (const auto &[title, command] : {std::pair{@"Again", kHICommandOK}, {@"Stop", kHICommandCancel}, {@"Skip", kHICommandOther}}) {
+    for (const auto &[title, command] :
+         {std::pair{@"Again", kHICommandOK}, {@"Stop", kHICommandCancel}, {@"Skip", kHICommandOther}}) {
         gCommand = 0;
         EXPECT_EQ(run(parent, false, nullptr, target), 1);
         EXPECT_EQ(gRun, "before;hereafter;");
@@ -405,8 +472,10 @@ TEST_F(Sheets, WindowsArePlacedByEachMethod)
 {
     const WindowRef parent = (WindowRef)[window_ windowRef];
     const NSRect screen = [[NSScreen mainScreen] visibleFrame], over = [window_ frame];
-    NSWindow *window = [[[NSWindow alloc] initWithContentRect:NSMakeRect(0, 0, 300, 160) styleMask:NSTitledWindowMask
-                                                      backing:NSBackingStoreBuffered defer:YES] autorelease];
+    NSWindow *window = [[[NSWindow alloc] initWithContentRect:NSMakeRect(0, 0, 300, 160)
+                                                    styleMask:NSTitledWindowMask
+                                                      backing:NSBackingStoreBuffered
+                                                        defer:YES] autorelease];
     const NSSize size = [window frame].size;
     const auto place = [&](WindowPositionMethod method, WindowRef by) {
         EXPECT_TRUE([window reposition:method parentWindow:by]);

@@ -21,7 +21,11 @@ TEST_F(TableTest, NewRowsGoBehindTheSelectedOneOrToTheTop)
     const struct {
         const char *before, *after;
         int32_t index;
-    } cases[] = {{"abc", "XYabc", 0}, {"aBcde", "abXYcde", 2}, {"abC", "abcXY", 3}, {"AbCd", "abcXYd", 3}, {"", "XY", 0}};
+    } cases[] = {{"abc", "XYabc", 0},
+                 {"aBcde", "abXYcde", 2},
+                 {"abC", "abcXY", 3},
+                 {"AbCd", "abcXYd", 3},
+                 {"", "XY", 0}};
     for (const auto &each : cases) {
         rows(each.before);
         EXPECT_EQ([controller_ insertIndexToAdd], each.index) << each.before;
@@ -89,7 +93,9 @@ TEST_F(TableTest, ShowsCells)
     EXPECT_EQ(cell(nil, 1), "");
     EXPECT_EQ([controller_ numberOfRowsInTableView:nil], 0);
     delegate_->mCan = {"tableController:convertVisibleValue:forColumnIdentifier:row:"};
-    delegate_->mShow = [](id value) -> id { return [value isEqual:@"a"] ? [@"<" stringByAppendingString:value] : nil; };
+    delegate_->mShow = [](id value) -> id {
+        return [value isEqual:@"a"] ? [@"<" stringByAppendingString:value] : nil;
+    };
     EXPECT_EQ(cell(table_, 0), "<a");
     EXPECT_EQ(cell(table_, 1), "");
     EXPECT_EQ([controller_ datasourceOfColumn:@"name" visibleValue:YES], nil);  // not a shorter array
@@ -111,13 +117,20 @@ TEST_F(TableTest, TakesEdits)
     [column_ setEditable:YES];
     EXPECT_EQ(rows(), "axc");
     delegate_->mCan = {"tableController:convertSetEditedValue:forColumnIdentifier:row:"};
-    delegate_->mStore = [](id value) -> id { return [value isEqual:@"gone"] ? nil : [value lowercaseString]; };
+    delegate_->mStore = [](id value) -> id {
+        return [value isEqual:@"gone"] ? nil : [value lowercaseString];
+    };
     EXPECT_TRUE(edit(@"Z"));
     EXPECT_EQ(rows(), "azc");
     EXPECT_FALSE(edit(@"gone"));
     EXPECT_EQ(rows(), "ac");
-    [[controller_ datasourceArray] replaceObjectAtIndex:0 withObject:[NSDictionary dictionaryWithObject:@"k" forKey:@"key"]];
-    EXPECT_TRUE([controller_ replaceValue:@"q" ofRow:0 ofColumn:@"name" visibleValue:NO]);  // of a row that was not mutable
+    [[controller_ datasourceArray] replaceObjectAtIndex:0
+                                             withObject:[NSDictionary dictionaryWithObject:@"k"
+                                                                                    forKey:@"key"]];
+    EXPECT_TRUE([controller_ replaceValue:@"q"
+                                    ofRow:0
+                                 ofColumn:@"name"
+                             visibleValue:NO]);  // of a row that was not mutable
     EXPECT_EQ(rows(), "qc");
 }
 
@@ -126,15 +139,18 @@ TEST_F(TableTest, ReplacesTheSelection)
     // The last cases: rows written over the surplus just added, and what is left selected behind removed.
     const struct {
         const char *before, *given, *after, *afterByColumn;
-    } cases[] = {{"aBcDe", "xy", "aXcYe", "aXcYe"}, {"aBCDe", "x", "aXe", "aXe"}, {"aBC", "", "a", "a"},
-                 {"abC", "xyz", "abXZ", "abX"},     {"abc", "xy", "XYYabc", "XYabc"}, {"Abc", "xy", "XYbc", "XYbc"}};
+    } cases[] = {
+        {"aBcDe", "xy", "aXcYe", "aXcYe"}, {"aBCDe", "x", "aXe", "aXe"},     {"aBC", "", "a", "a"},
+        {"abC", "xyz", "abXZ", "abX"},     {"abc", "xy", "XYYabc", "XYabc"}, {"Abc", "xy", "XYbc", "XYbc"}};
     for (const auto &each : cases) {
         rows(each.before);
         [controller_ replaceSelectionWithDatasourceArray:made(each.given)];
         EXPECT_EQ(rows(), each.after) << each.before;
         EXPECT_TRUE(marked());
         rows(each.before);
-        EXPECT_TRUE([controller_ replaceSelectionWithDatasourceArray:values(each.given) ofColumn:@"name" visibleValue:NO]);
+        EXPECT_TRUE([controller_ replaceSelectionWithDatasourceArray:values(each.given)
+                                                            ofColumn:@"name"
+                                                        visibleValue:NO]);
         EXPECT_EQ(rows(), each.afterByColumn) << each.before;
         EXPECT_TRUE(marked());
     }
@@ -148,13 +164,18 @@ TEST_F(TableTest, ReplacesTheSelection)
     delegate_->mCan = {"tableController:convertSetEditedValue:forColumnIdentifier:row:"};
     delegate_->mStore = [](id value) -> id { return [value isEqual:@"y"] ? nil : value; };
     rows("aBCDe");
-    EXPECT_FALSE([controller_ replaceSelectionWithDatasourceArray:values("xyz") ofColumn:@"name" visibleValue:YES]);
+    EXPECT_FALSE([controller_ replaceSelectionWithDatasourceArray:values("xyz")
+                                                         ofColumn:@"name"
+                                                     visibleValue:YES]);
     EXPECT_EQ(rows(), "aXCDe");
     EXPECT_TRUE(marked());
     // It is given the position among the values, and those that it refuses are left out.
     rows("a");
     delegate_->mCallOrder = "";
-    EXPECT_TRUE([controller_ insertDatasourceArray:values("xyz") ofColumn:@"name" visibleValue:YES atIndex:7]);
+    EXPECT_TRUE([controller_ insertDatasourceArray:values("xyz")
+                                          ofColumn:@"name"
+                                      visibleValue:YES
+                                           atIndex:7]);
     EXPECT_EQ(rows(), "aXZ");
     EXPECT_EQ(delegate_->mCallOrder, "012");
 }
@@ -165,14 +186,18 @@ TEST_F(TableTest, LogsWhatIsRaisedAndFinishes)
     delegate_->mCan = {"tableController:convertSetEditedValue:forColumnIdentifier:row:"};
     delegate_->mStore = [](id) -> id { return [NSException raise:@"Wrong" format:@"on purpose"], nil; };
     rows("aBc");
-    EXPECT_FALSE([controller_ replaceSelectionWithDatasourceArray:values("x") ofColumn:@"name" visibleValue:YES]);
+    EXPECT_FALSE([controller_ replaceSelectionWithDatasourceArray:values("x")
+                                                         ofColumn:@"name"
+                                                     visibleValue:YES]);
     EXPECT_FALSE([controller_ insertDatasourceArray:values("x") ofColumn:@"name" visibleValue:YES atIndex:0]);
     [controller_ moveRows:list({0, 9}) to:1];
     EXPECT_TRUE(marked());
     ASSERT_EQ(logged.count(), 3u);
-    EXPECT_TRUE(logged[0].starts_with("-[TableController replaceSelectionWithDatasourceArray:ofColumn:visibleValue:]:"));
+    EXPECT_TRUE(logged[0].starts_with(
+        "-[TableController replaceSelectionWithDatasourceArray:ofColumn:visibleValue:]:"));
     EXPECT_TRUE(logged[0].ends_with("unexpected exception: name[Wrong] reason[on purpose]")) << logged[0];
-    EXPECT_TRUE(logged[1].starts_with("-[TableController insertDatasourceArray:ofColumn:visibleValue:atIndex:]:"));
+    EXPECT_TRUE(
+        logged[1].starts_with("-[TableController insertDatasourceArray:ofColumn:visibleValue:atIndex:]:"));
     EXPECT_EQ(rows(), "abc");
 }
 
@@ -182,7 +207,11 @@ TEST_F(TableTest, MovesRows)
         std::vector<uint32_t> rows;
         int32_t to;
         const char *after;
-    } cases[] = {{{0, 1}, 4, "cdABe"}, {{2, 4}, 0, "CEabd"}, {{0}, 5, "bcdeA"}, {{0, 1}, -1, "cdebA"}, {{}, 1, "abcde"}};
+    } cases[] = {{{0, 1}, 4, "cdABe"},
+                 {{2, 4}, 0, "CEabd"},
+                 {{0}, 5, "bcdeA"},
+                 {{0, 1}, -1, "cdebA"},
+                 {{}, 1, "abcde"}};
     for (const auto &each : cases) {
         rows("abCde");
         [controller_ moveRows:each.rows.empty() ? nil : list(each.rows) to:each.to];
@@ -191,8 +220,11 @@ TEST_F(TableTest, MovesRows)
     }
     rows("aBcD");
     EXPECT_TRUE([[controller_ selectedRowArray] isEqual:list({1, 3})]);
-    EXPECT_EQ([[controller_ selectedDatasourceArray] objectAtIndex:1], [[controller_ datasourceArray] objectAtIndex:3]);
-    EXPECT_EQ(text([[controller_ selectedDatasourceOfColumn:@"name" visibleValue:NO] componentsJoinedByString:@""]), "bd");
+    EXPECT_EQ([[controller_ selectedDatasourceArray] objectAtIndex:1],
+              [[controller_ datasourceArray] objectAtIndex:3]);
+    EXPECT_EQ(text([[controller_ selectedDatasourceOfColumn:@"name"
+                                               visibleValue:NO] componentsJoinedByString:@""]),
+              "bd");
     [controller_ emptyDatasourceArray];
     EXPECT_TRUE(marked());
     [controller_ emptyDatasourceArray];
@@ -204,7 +236,8 @@ TEST_F(TableTest, SortsAndEnumerates)
     rows("CaDB");
     [controller_ sortAll:nil];
     EXPECT_EQ(rows(), "CaDB");
-    delegate_->mCan = {"tableController:compareRows:with:", "tableController:enumerateRows:", "tableController:enumerateSelectedRows:"};
+    delegate_->mCan = {"tableController:compareRows:with:", "tableController:enumerateRows:",
+                       "tableController:enumerateSelectedRows:"};
     [controller_ sortSelection:nil];
     EXPECT_EQ(rows(), "BaCD");
     [controller_ sortAll:nil];
@@ -228,17 +261,29 @@ TEST_F(TableTest, AnswersWhatTheMenuCanDo)
         {"ab", {"tableController:copy:", "tableController:delete:"}, {}},
         {"aB", {"tableController:delete:"}, {"delete:", "sortSelection:"}},
         {"ab", {"tableController:paste:"}, {"paste:"}},
-        {"ab", {"tableView:writeRows:toPasteboard:", "tableView:acceptDrop:row:dropOperation:"}, {"tableView:acceptDrop:row:dropOperation:"}},
-        {"ab", {"tableView:writeRowsWithIndexes:toPasteboard:"}, {"tableView:writeRowsWithIndexes:toPasteboard:"}},
+        {"ab",
+         {"tableView:writeRows:toPasteboard:", "tableView:acceptDrop:row:dropOperation:"},
+         {"tableView:acceptDrop:row:dropOperation:"}},
+        {"ab",
+         {"tableView:writeRowsWithIndexes:toPasteboard:"},
+         {"tableView:writeRowsWithIndexes:toPasteboard:"}},
     };
-    const char *const asked[] = {"delete:", "cut:", "copy:", "paste:", "sortSelection:", "tableView:writeRows:toPasteboard:",
-                                 "tableView:writeRowsWithIndexes:toPasteboard:", "tableView:acceptDrop:row:dropOperation:",
+    const char *const asked[] = {"delete:",
+                                 "cut:",
+                                 "copy:",
+                                 "paste:",
+                                 "sortSelection:",
+                                 "tableView:writeRows:toPasteboard:",
+                                 "tableView:writeRowsWithIndexes:toPasteboard:",
+                                 "tableView:acceptDrop:row:dropOperation:",
                                  "tableView:validateDrop:proposedRow:proposedDropOperation:"};
     for (const auto &each : cases) {
         rows(each.rows);
         delegate_->mCan = each.can;
         for (const char *name : asked)
-            EXPECT_EQ(bool([controller_ respondsToSelector:sel_registerName(name)]), each.enabled.count(name) > 0) << name;
+            EXPECT_EQ(bool([controller_ respondsToSelector:sel_registerName(name)]),
+                      each.enabled.count(name) > 0)
+                << name;
         EXPECT_TRUE([controller_ respondsToSelector:@selector(sortAll:)]);
         EXPECT_TRUE([controller_ respondsToSelector:@selector(addNewRow:)]);
         EXPECT_FALSE([controller_ respondsToSelector:@selector(cutt:)]);
@@ -279,7 +324,9 @@ TEST_F(TableTest, TheMenusActionsReachItThroughTheChain)
 TEST_F(TableTest, KeepsItsRowsInTheUserDefaults)
 {
     NSUserDefaults *defaults = [NSUserDefaults standardUserDefaults];
-    [defaults setObject:[NSArray arrayWithObjects:[made("a") lastObject], @"no row", [made("b") lastObject], nil] forKey:@"Rows"];
+    [defaults
+        setObject:[NSArray arrayWithObjects:[made("a") lastObject], @"no row", [made("b") lastObject], nil]
+           forKey:@"Rows"];
     TableController *kept = [[TableController alloc] initWithTableView:table_ userDefaultKey:@"Rows"];
     EXPECT_EQ([table_ numberOfRows], 3);
     EXPECT_EQ(text([kept tableView:table_ objectValueForTableColumn:column_ row:1]), "");
@@ -301,7 +348,8 @@ TEST_F(TableTest, KeepsItsRowsInTheUserDefaults)
     // What can't be stored leaves what was.
     LoggedMessages logged;
     kept = [[TableController alloc] initWithTableView:nil userDefaultKey:@"Other"];
-    [kept addDatasourceArray:[NSArray arrayWithObject:[NSMutableDictionary dictionaryWithObject:[NSNull null] forKey:@"name"]]];
+    [kept addDatasourceArray:[NSArray arrayWithObject:[NSMutableDictionary dictionaryWithObject:[NSNull null]
+                                                                                         forKey:@"name"]]];
     [kept release];
     EXPECT_EQ(logged.count(), 1u);
     EXPECT_EQ([[defaults arrayForKey:@"Other"] count], 3u);
@@ -312,7 +360,8 @@ TEST_F(TableTest, KeepsItsRowsInTheUserDefaults)
 
 TEST_F(TableTest, RowsAreDraggedWithTheMouse)
 {
-    delegate_->mCan = {"tableView:writeRowsWithIndexes:toPasteboard:", "tableView:validateDrop:proposedRow:proposedDropOperation:",
+    delegate_->mCan = {"tableView:writeRowsWithIndexes:toPasteboard:",
+                       "tableView:validateDrop:proposedRow:proposedDropOperation:",
                        "tableView:acceptDrop:row:dropOperation:"};
     rows("Abcde");
     [table_ setVerticalMotionCanBeginDrag:YES];
@@ -320,13 +369,17 @@ TEST_F(TableTest, RowsAreDraggedWithTheMouse)
     ASSERT_TRUE(comesToFront());
     const auto at = [&](NSInteger row, double part) {
         const NSRect rect = [table_ rectOfRow:row];
-        const NSPoint point = [window_ convertBaseToScreen:[table_ convertPoint:NSMakePoint(20, NSMinY(rect) + part * NSHeight(rect))
-                                                                         toView:nil]];
+        const NSPoint point = [window_
+            convertBaseToScreen:[table_ convertPoint:NSMakePoint(20, NSMinY(rect) + part * NSHeight(rect))
+                                              toView:nil]];
         return std::vector<std::string>{"mousemove", std::to_string(int(point.x)),
-                                        std::to_string(int(NSMaxY([[NSScreen mainScreen] frame]) - point.y)), "sleep", "0.1"};
+                                        std::to_string(int(NSMaxY([[NSScreen mainScreen] frame]) - point.y)),
+                                        "sleep", "0.1"};
     };
     std::vector<std::string> command{"xdotool"};
-    const auto then = [&](const std::vector<std::string> &more) { command.insert(command.end(), more.begin(), more.end()); };
+    const auto then = [&](const std::vector<std::string> &more) {
+        command.insert(command.end(), more.begin(), more.end());
+    };
     then(at(0, 0.5));
     then({"mousedown", "1", "sleep", "0.1"});
     then(at(1, 0.5));
@@ -350,7 +403,8 @@ TEST_F(TableTest, AnEditIsTypedAndStored)
     keys.join();
     EXPECT_FALSE(marked());
     std::thread enter([] { runProgram({"xdotool", "key", "Return"}); });
-    EXPECT_TRUE(turnUntil([&] { return [[controller_ datasourceOfColumn:@"name" visibleValue:NO] count] == 3; }));
+    EXPECT_TRUE(
+        turnUntil([&] { return [[controller_ datasourceOfColumn:@"name" visibleValue:NO] count] == 3; }));
     enter.join();
     EXPECT_TRUE(marked());
     EXPECT_EQ(text([[controller_ datasourceOfColumn:@"name" visibleValue:NO] objectAtIndex:0]), "q");
@@ -397,7 +451,8 @@ TEST(TableWithoutAWindow, IsWiredByAnInterfaceFile)
     <outlet property="vPreviousResponder" destination="v1" id="o2"/></connections></customObject>
  </objects></document>)";
     NSMutableArray *made = [NSMutableArray array];
-    NSDictionary *names = [NSDictionary dictionaryWithObjectsAndKeys:[[NSObject new] autorelease], NSNibOwner, made, NSNibTopLevelObjects, nil];
+    NSDictionary *names = [NSDictionary dictionaryWithObjectsAndKeys:[[NSObject new] autorelease], NSNibOwner,
+                                                                     made, NSNibTopLevelObjects, nil];
     ASSERT_TRUE(loadInterfaceFile(folder / "Table.xib", names));
     TableController *controller = nil;
     NSView *view = nil;

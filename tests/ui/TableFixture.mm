@@ -14,7 +14,9 @@
     (void)controller;
     return [NSMutableDictionary dictionaryWithObject:[NSString stringWithFormat:@"%d", index] forKey:@"name"];
 }
-- (NSComparisonResult)tableController:(TableController *)controller compareRows:(NSDictionary *)row with:(NSDictionary *)other
+- (NSComparisonResult)tableController:(TableController *)controller
+                          compareRows:(NSDictionary *)row
+                                 with:(NSDictionary *)other
 {
     (void)controller;
     return [[row objectForKey:@"name"] compare:[other objectForKey:@"name"]];
@@ -36,9 +38,18 @@
     mCallOrder += std::to_string(row);
     return mStore(value);
 }
-- (void)tableController:(TableController *)controller copy:(id)sender { (void)controller, (void)sender, ++mCopies; }
-- (NSArray *)tableController:(TableController *)controller paste:(id)sender { return (void)controller, (void)sender, mPasted; }
-- (void)tableController:(TableController *)controller delete:(id)sender { (void)controller, (void)sender, ++mDeletes; }
+- (void)tableController:(TableController *)controller copy:(id)sender
+{
+    (void)controller, (void)sender, ++mCopies;
+}
+- (NSArray *)tableController:(TableController *)controller paste:(id)sender
+{
+    return (void)controller, (void)sender, mPasted;
+}
+- (void)tableController:(TableController *)controller delete:(id)sender
+{
+    (void)controller, (void)sender, ++mDeletes;
+}
 - (BOOL)tableController:(TableController *)controller enumerateRows:(NSMutableDictionary *)row
 {
     (void)controller, (void)row;
@@ -49,8 +60,13 @@
     (void)controller, (void)row;
     return ++mEnumerated < 100;
 }
-- (void)tableViewSelectionDidChange:(NSNotification *)notification { (void)notification, ++mSelectionChanges; }
-- (BOOL)tableView:(NSTableView *)table writeRowsWithIndexes:(NSIndexSet *)rows toPasteboard:(NSPasteboard *)pasteboard
+- (void)tableViewSelectionDidChange:(NSNotification *)notification
+{
+    (void)notification, ++mSelectionChanges;
+}
+- (BOOL)tableView:(NSTableView *)table
+    writeRowsWithIndexes:(NSIndexSet *)rows
+            toPasteboard:(NSPasteboard *)pasteboard
 {
     (void)table, (void)rows;
     [pasteboard declareTypes:[NSArray arrayWithObject:@"test.rows"] owner:nil];
@@ -75,7 +91,8 @@
     dropOperation:(NSTableViewDropOperation)operation
 {
     (void)operation;
-    [(TableController *)[table dataSource] moveRows:[[info draggingPasteboard] dataForType:@"test.rows"] to:int32_t(row)];
+    [(TableController *)[table dataSource] moveRows:[[info draggingPasteboard] dataForType:@"test.rows"]
+                                                 to:int32_t(row)];
     return YES;
 }
 @end
@@ -83,8 +100,10 @@
 void TableTest::SetUp()
 {
     [NSApplication sharedApplication];
-    window_ = [[NSWindow alloc] initWithContentRect:NSMakeRect(200, 300, 300, 200) styleMask:NSTitledWindowMask
-                                            backing:NSBackingStoreBuffered defer:NO];
+    window_ = [[NSWindow alloc] initWithContentRect:NSMakeRect(200, 300, 300, 200)
+                                          styleMask:NSTitledWindowMask
+                                            backing:NSBackingStoreBuffered
+                                              defer:NO];
     [window_ setReleasedWhenClosed:NO];
     table_ = [[[TableView alloc] initWithFrame:NSMakeRect(0, 0, 300, 200)] autorelease];
     column_ = [[[NSTableColumn alloc] initWithIdentifier:@"name"] autorelease];
@@ -93,7 +112,8 @@ void TableTest::SetUp()
     [table_ addTableColumn:column_];
     [table_ setHeaderView:nil];
     [table_ setAllowsMultipleSelection:YES];
-    NSScrollView *scroller = [[[NSScrollView alloc] initWithFrame:[[window_ contentView] bounds]] autorelease];
+    NSScrollView *scroller =
+        [[[NSScrollView alloc] initWithFrame:[[window_ contentView] bounds]] autorelease];
     [scroller setDocumentView:table_];
     [[window_ contentView] addSubview:scroller];
     delegate_ = [[TableDelegate alloc] init];

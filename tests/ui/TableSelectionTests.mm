@@ -9,13 +9,19 @@
 }
 @end
 @implementation PlainRows
-- (NSInteger)numberOfRowsInTableView:(NSTableView *)table { return (void)table, mRows; }
+- (NSInteger)numberOfRowsInTableView:(NSTableView *)table
+{
+    return (void)table, mRows;
+}
 - (id)tableView:(NSTableView *)table objectValueForTableColumn:(NSTableColumn *)column row:(NSInteger)row
 {
     (void)table;
     return [NSString stringWithFormat:@"%@%d", [column identifier], int(row)];
 }
-- (void)tableView:(NSTableView *)table setObjectValue:(id)value forTableColumn:(NSTableColumn *)column row:(NSInteger)row
+- (void)tableView:(NSTableView *)table
+    setObjectValue:(id)value
+    forTableColumn:(NSTableColumn *)column
+               row:(NSInteger)row
 {
     (void)table, (void)value, (void)column, (void)row;
     ++mStored;
@@ -40,7 +46,8 @@ protected:
         [table_ setHeaderView:nil];
         [table_ setDataSource:rows_];
         [table_ setDelegate:rows_];
-        NSScrollView *scroller = window_.add([[[NSScrollView alloc] initWithFrame:NSMakeRect(0, 0, 300, 200)] autorelease]);
+        NSScrollView *scroller =
+            window_.add([[[NSScrollView alloc] initWithFrame:NSMakeRect(0, 0, 300, 200)] autorelease]);
         [scroller setDocumentView:table_];
         window_.show();
     }
@@ -111,9 +118,13 @@ TEST_F(TableSelection, EditsColumnByColumnAndStoresNothing)
 
 TEST_F(TableSelection, TheRowUnderTheMouse)
 {
-    { const Hand hand("mousemove " + onScreen(table_, NSMakePoint(20, NSMidY([table_ rectOfRow:1])))); }
+    {
+        const Hand hand("mousemove " + onScreen(table_, NSMakePoint(20, NSMidY([table_ rectOfRow:1]))));
+    }
     EXPECT_EQ([table_ mouseOverRow], 1);
-    { const Hand hand("mousemove 1 1"); }
+    {
+        const Hand hand("mousemove 1 1");
+    }
     EXPECT_EQ([table_ mouseOverRow], -1);
 }
 

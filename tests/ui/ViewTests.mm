@@ -14,7 +14,10 @@
     ++mSets;
     [super setFrame:frame];
 }
-- (BOOL)acceptsFirstResponder { return YES; }
+- (BOOL)acceptsFirstResponder
+{
+    return YES;
+}
 @end
 
 namespace {
@@ -44,11 +47,13 @@ TEST(View, ItsEdgesAreThoseOfItsFrame)
     EXPECT_TRUE(NSEqualRects([view frame], NSMakeRect(-15, -20, 30, 40)));
     [view leftMoveTo:0], [view topMoveTo:100], [view horizontalMove:1], [view verticalMove:1];
     EXPECT_TRUE(NSEqualRects([view frame], NSMakeRect(1, 61, 30, 40)));
-    [view rightMoveTo:30], [view bottomMoveTo:0], [view leftResize:1], [view rightResize:-1], [view topResize:2], [view bottomResize:3];
+    [view rightMoveTo:30], [view bottomMoveTo:0], [view leftResize:1], [view rightResize:-1],
+        [view topResize:2], [view bottomResize:3];
     EXPECT_TRUE(NSEqualRects([view frame], NSMakeRect(-1, -3, 30, 45)));
     [view leftResizeTo:0], [view rightResizeTo:10], [view topResizeTo:10], [view bottomResizeTo:0];
     EXPECT_TRUE(NSEqualRects([view frame], NSMakeRect(0, 0, 10, 10)));
-    [view setHeightResizingTop:20], [view setHeightResizingBottom:30], [view setWidthResizingLeft:20], [view setWidthResizingRight:30];
+    [view setHeightResizingTop:20], [view setHeightResizingBottom:30], [view setWidthResizingLeft:20],
+        [view setWidthResizingRight:30];
     EXPECT_TRUE(NSEqualRects([view frame], NSMakeRect(-10, -10, 30, 30)));
     EXPECT_EQ(view->mSets, 20);
 }
@@ -96,7 +101,9 @@ TEST(View, KnowsWhereTheMouseIs)
     EXPECT_TRUE(NSEqualPoints([view mouseLocation], NSMakePoint(2147483648.0, 2147483648.0)));
     window.add(view);
     window.show();
-    { const Hand hand("mousemove " + onScreen(view, NSMakePoint(7, 11))); }
+    {
+        const Hand hand("mousemove " + onScreen(view, NSMakePoint(7, 11)));
+    }
     EXPECT_NEAR([window.get() mouseLocation].x, 107, 1);
     EXPECT_NEAR([window.get() mouseLocation].y, 61, 1);
     EXPECT_NEAR([view mouseLocation].x, 7, 1);

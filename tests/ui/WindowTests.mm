@@ -12,14 +12,16 @@ protected:
 
 bool operator==(const Rect &one, const Rect &other)
 {
-    return one.top == other.top && one.left == other.left && one.bottom == other.bottom && one.right == other.right;
+    return one.top == other.top && one.left == other.left && one.bottom == other.bottom &&
+           one.right == other.right;
 }
 
 TEST_F(Window, IsMadeMovedShownAndDisposedOf)
 {
     const Rect bounds = {100, 120, 300, 520};
     WindowRef window = nullptr;
-    ASSERT_EQ(CreateNewWindow(kDocumentWindowClass, kWindowStandardDocumentAttributes, &bounds, &window), noErr);
+    ASSERT_EQ(CreateNewWindow(kDocumentWindowClass, kWindowStandardDocumentAttributes, &bounds, &window),
+              noErr);
     Rect found;
     ASSERT_EQ(GetWindowBounds(window, kWindowContentRgn, &found), noErr);
     EXPECT_TRUE(found == bounds);
@@ -61,7 +63,8 @@ TEST_F(Window, OfEachClassWithTheAttributesItMayHave)
     const Rect bounds = {0, 0, 100, 100}, empty = {0, 0, 0, 100};
     WindowRef window = nullptr;
     EXPECT_EQ(CreateNewWindow(99, 0, &bounds, &window), errUnrecognizedWindowClass);
-    EXPECT_EQ(CreateNewWindow(kPlainWindowClass, kWindowCloseBoxAttribute, &bounds, &window), errUnsupportedWindowAttributesForClass);
+    EXPECT_EQ(CreateNewWindow(kPlainWindowClass, kWindowCloseBoxAttribute, &bounds, &window),
+              errUnsupportedWindowAttributesForClass);
     EXPECT_EQ(CreateNewWindow(kDocumentWindowClass, 0, &empty, &window), paramErr);
     EXPECT_EQ(CreateNewWindow(kDocumentWindowClass, 0, nullptr, &window), paramErr);
     EXPECT_EQ(window, nullptr);
@@ -79,8 +82,10 @@ TEST_F(Window, AndItsReferenceKnowEachOther)
     WindowRef reference = nullptr;
     {
         tarvik::Pool pool;
-        NSWindow *window = [[NSWindow alloc] initWithContentRect:NSMakeRect(0, 0, 100, 100) styleMask:NSTitledWindowMask
-                                                         backing:NSBackingStoreBuffered defer:YES];
+        NSWindow *window = [[NSWindow alloc] initWithContentRect:NSMakeRect(0, 0, 100, 100)
+                                                       styleMask:NSTitledWindowMask
+                                                         backing:NSBackingStoreBuffered
+                                                           defer:YES];
         [window setReleasedWhenClosed:NO];
         reference = (WindowRef)[window windowRef];
         EXPECT_EQ([window windowRef], reference);

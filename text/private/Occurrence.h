@@ -8,7 +8,8 @@ namespace tarvik {
 
 /// The occurrence within a range of the text. None for nil and for the empty text, which the platform would find at the
 /// range's start. May raise what the platform raises.
-inline std::optional<NSRange> occurrence(NSString *text, NSString *what, NSStringCompareOptions options, NSRange within)
+inline std::optional<NSRange> occurrence(NSString *text, NSString *what, NSStringCompareOptions options,
+                                         NSRange within)
 {
     if ([what length] == 0)
         return std::nullopt;

@@ -17,7 +17,10 @@ inline std::u16string units(NSString *text)
 /// surrogate pair, but it cuts and appends them: so the stretches are cut, never rebuilt.
 class Splice {
 public:
-    explicit Splice(NSString *source) : source_(source), result_([NSMutableString stringWithCapacity:[source length]]) {}
+    explicit Splice(NSString *source)
+        : source_(source), result_([NSMutableString stringWithCapacity:[source length]])
+    {
+    }
     /// Appends the source's units [from, to).
     void keep(NSUInteger from, NSUInteger to)
     {

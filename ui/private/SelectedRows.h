@@ -14,7 +14,8 @@ inline std::vector<NSUInteger> selectedRows(NSTableView *table, NSUInteger first
     NSIndexSet *selected = [table selectedRowIndexes];
     std::vector<NSUInteger> rows([selected count]);
     NSRange range = NSMakeRange(first, end > first ? end - first : 0);
-    rows.resize(rows.empty() ? 0 : [selected getIndexes:rows.data() maxCount:rows.size() inIndexRange:&range]);
+    rows.resize(rows.empty() ? 0
+                             : [selected getIndexes:rows.data() maxCount:rows.size() inIndexRange:&range]);
     return rows;
 }
 

@@ -11,9 +11,9 @@ namespace tarvik::aliases {
 
 /// A file system, wherever it is mounted.
 struct VolumeIdentity {
-    std::string uuid;  ///< as in /dev/disk/by-uuid; empty where there is none
-    std::string type;  ///< "ext4"
-    uint64_t fsid = 0; ///< as statfs has it, for volumes without a UUID; 0: none
+    std::string uuid;   ///< as in /dev/disk/by-uuid; empty where there is none
+    std::string type;   ///< "ext4"
+    uint64_t fsid = 0;  ///< as statfs has it, for volumes without a UUID; 0: none
 
     bool operator==(const VolumeIdentity &other) const
     {
@@ -54,7 +54,8 @@ struct AliasContents {
     uint64_t device = 0;
     ItemIdentity item, parent;
     KernelHandle itemHandle, parentHandle;
-    uint64_t size = 0;  ///< size and modification time tell a file that was put back from another one of its name
+    uint64_t size =
+        0;  ///< size and modification time tell a file that was put back from another one of its name
     int64_t modifiedSeconds = 0;
     uint32_t modifiedNanoseconds = 0;
 

@@ -9,18 +9,18 @@
 enum class AlertKind { Stop, Note, Caution, Plain };
 
 struct AlertButton {
-    NSString *title;  // nil: no such button
-    NSInteger code;   // what the alert answers when it is pressed
+    NSString *title;                           // nil: no such button
+    NSInteger code;                            // what the alert answers when it is pressed
     bool isDefault = false, isCancel = false;  // Return and Escape press it
 };
 
 /// What there is beside the texts and the buttons.
 struct AlertExtras {
-    NSInteger helpCode = 0;          // what the help button answers; 0: there is none
-    bool movable = false;            // one that can't be moved has no title bar
-    bool buttonsTogether = false;    // all at the right, none at the left edge
-    NSString *title = nil;           // of the window
-    NSTextField *field = nil;        // to type into, below the texts
+    NSInteger helpCode = 0;        // what the help button answers; 0: there is none
+    bool movable = false;          // one that can't be moved has no title bar
+    bool buttonsTogether = false;  // all at the right, none at the left edge
+    NSString *title = nil;         // of the window
+    NSTextField *field = nil;      // to type into, below the texts
 };
 
 @interface AlertPanel : NSPanel {

@@ -1,7 +1,7 @@
 // The NSView behind a ControlRef.
 #pragma once
-#include <Carbon/Controls.h>
 #import <AppKit/NSView.h>
+#include <Carbon/Controls.h>
 
 #include <optional>
 

@@ -13,7 +13,8 @@ public:
     /// `Record::base()` is the class of the objects; a Record is made of one of them.
     static References &shared()
     {
-        static References &references = *new References;  // for good: objects are deallocated until the process ends
+        static References &references =
+            *new References;  // for good: objects are deallocated until the process ends
         return references;
     }
     /// Null for nil.
@@ -45,7 +46,8 @@ public:
         if (found == records_.end())
             return;
         objects_.erase(found->second.get());
-        const std::unique_ptr<Record> record = std::move(found->second);  // outlives the entries: its end may come back here
+        const std::unique_ptr<Record> record =
+            std::move(found->second);  // outlives the entries: its end may come back here
         records_.erase(found);
     }
 
@@ -54,7 +56,8 @@ private:
     References()
     {
         Method dealloc = class_getInstanceMethod(Record::base(), @selector(dealloc));
-        original_ = method_setImplementation(dealloc, reinterpret_cast<IMP>(reinterpret_cast<void (*)()>(forgetAndDealloc)));
+        original_ = method_setImplementation(
+            dealloc, reinterpret_cast<IMP>(reinterpret_cast<void (*)()>(forgetAndDealloc)));
     }
     static void forgetAndDealloc(id self, SEL command)
     {

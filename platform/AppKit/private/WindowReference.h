@@ -1,7 +1,7 @@
 // The NSWindow behind a WindowRef.
 #pragma once
-#include <Carbon/MacWindows.h>
 #import <AppKit/NSWindow.h>
+#include <Carbon/MacWindows.h>
 
 #import <Tarvik/support/Retained.h>
 
@@ -17,7 +17,8 @@ struct OpaqueWindowPtr {
     bool owned = false;  // CreateNewWindow's own reference, which DisposeWindow releases
     std::optional<WindowClass> windowClass;
     SRefCon constant = 0;
-    tarvik::Retained<NSObject *> fileOwner;  // of an interface file: its controls may have it as their target, and retain none
+    tarvik::Retained<NSObject *>
+        fileOwner;  // of an interface file: its controls may have it as their target, and retain none
     OpaqueEventTargetRef target{GetApplicationEventTarget()};
 };
 

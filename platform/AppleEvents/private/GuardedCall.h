@@ -8,6 +8,7 @@
 namespace tarvik::ae {
 
 /// Calls a handler in a pool; an exception gives errAEEventFailed and its reason.
-OSErr guardedCall(AEEventHandlerUPP handler, SRefCon refcon, const AppleEvent *event, AppleEvent *reply, std::string &reason);
+OSErr guardedCall(AEEventHandlerUPP handler, SRefCon refcon, const AppleEvent *event, AppleEvent *reply,
+                  std::string &reason);
 
 }  // namespace tarvik::ae

@@ -43,7 +43,8 @@ public:
         std::vector<Handler> found;
         if (handlers_.empty())
             return found;
-        for (const uint64_t wanted : {key(first, second), key(first, typeWildCard), key(typeWildCard, second), key(typeWildCard, typeWildCard)})
+        for (const uint64_t wanted : {key(first, second), key(first, typeWildCard), key(typeWildCard, second),
+                                      key(typeWildCard, typeWildCard)})
             if (const auto known = handlers_.find(wanted); known != handlers_.end())
                 found.push_back(known->second);
         return found;

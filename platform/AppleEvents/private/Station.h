@@ -22,7 +22,8 @@ public:
     OSErr open();
 
     /// Waits for the answer to an event that was sent over the link; it comes as an event, whatever happens.
-    OSErr expect(std::unique_ptr<Link> link, uint64_t serial, const Event &asked, std::chrono::milliseconds timeOut, bool isLimited);
+    OSErr expect(std::unique_ptr<Link> link, uint64_t serial, const Event &asked,
+                 std::chrono::milliseconds timeOut, bool isLimited);
     /// An event from this process, to be dispatched by the run loop.
     OSErr post(OwnedDesc event);
 

@@ -28,7 +28,7 @@ struct Bytes : OpaqueAEDataStorageType {
 };
 
 struct Item {
-    AEKeyword key;       ///< of a list's item: typeWildCard
+    AEKeyword key;  ///< of a list's item: typeWildCard
     OwnedDesc desc;
     mutable bool asked;  ///< whether somebody has read this parameter
 };
@@ -58,12 +58,17 @@ struct Event : Items {
     uint64_t ticket = 0;  ///< names the exchange that an answer belongs to; 0: none
 };
 
-inline bool isContainer(DescType type) { return type == typeAEList || type == typeAERecord || type == typeAppleEvent; }
+inline bool isContainer(DescType type)
+{
+    return type == typeAEList || type == typeAERecord || type == typeAppleEvent;
+}
 
 /// The items of a list, a record or an event; null for anything else.
 inline Items *itemsOf(const AEDesc *desc)
 {
-    return desc && desc->dataHandle && (*desc->dataHandle)->kind != Kind::bytes ? static_cast<Items *>(*desc->dataHandle) : nullptr;
+    return desc && desc->dataHandle && (*desc->dataHandle)->kind != Kind::bytes
+               ? static_cast<Items *>(*desc->dataHandle)
+               : nullptr;
 }
 inline Items *recordOf(const AEDesc *desc)
 {

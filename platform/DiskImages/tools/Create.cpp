@@ -18,8 +18,7 @@ namespace fs = std::filesystem;
 /// A file beside the image that becomes the image, or goes.
 class Draft {
 public:
-    explicit Draft(const fs::path &image)
-        : path_(image.parent_path() / ".tarvik-XXXXXX")
+    explicit Draft(const fs::path &image) : path_(image.parent_path() / ".tarvik-XXXXXX")
     {
         file_.reset(mkostemp(path_.data(), O_CLOEXEC));
         if (!file_)
@@ -109,10 +108,13 @@ void create(const std::string &givenFolder, const std::string &givenImage, const
     arguments.push_back(options.progress ? "-progress" : "-no-progress");
     arguments.insert(arguments.end(), {"-e", draft.path()});  // the image may be made inside the folder
     Percentage percentage;
-    const int status = runProgram(packer, arguments, [&](std::string_view text) {
-        if (options.progress)
-            percentage(text);
-    }, options.progress);
+    const int status = runProgram(
+        packer, arguments,
+        [&](std::string_view text) {
+            if (options.progress)
+                percentage(text);
+        },
+        options.progress);
     if (status != 0)
         throw Failure(givenImage + ": mksquashfs ended with status " + std::to_string(status));
     draft.become(image, options.overwrite);

@@ -45,7 +45,8 @@ std::optional<Channel> openTerminal()
 {
     tarvik::FileDescriptor ours(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
     char name[64];
-    if (!ours || grantpt(ours.get()) != 0 || unlockpt(ours.get()) != 0 || ptsname_r(ours.get(), name, sizeof name) != 0)
+    if (!ours || grantpt(ours.get()) != 0 || unlockpt(ours.get()) != 0 ||
+        ptsname_r(ours.get(), name, sizeof name) != 0)
         return std::nullopt;
     tarvik::FileDescriptor theirs(open(name, O_RDWR | O_NOCTTY | O_CLOEXEC));
     const winsize size{.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};

@@ -45,7 +45,7 @@ private:
     Identity item_;
     Fork fork_;
     bool mayRead_ = true, mayWrite_ = false, isChanged_ = false;
-    FileDescriptor file_;  // none: a resource fork without bytes
+    FileDescriptor file_;              // none: a resource fork without bytes
     uint64_t start_ = 0, length_ = 0;  // of a resource fork, in file_
 };
 

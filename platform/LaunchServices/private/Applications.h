@@ -28,6 +28,7 @@ std::optional<std::string> folderApplicationFor(std::string_view extension, LSRo
 std::optional<std::string> folderApplicationNamed(std::string_view name);
 std::optional<std::string> folderApplicationIdentified(std::string_view bundleIdentifier);
 std::optional<std::string> folderApplicationSigned(OSType creator);
-OSStatus launchFolderApplication(const std::string &folder, const std::vector<std::string> &paths, bool prints);
+OSStatus launchFolderApplication(const std::string &folder, const std::vector<std::string> &paths,
+                                 bool prints);
 
 }  // namespace tarvik::launch

@@ -14,22 +14,24 @@ struct Command;
 struct Node {
     enum Kind : uint8_t {
         // expressions
-        literal,      // value
-        variable,     // name
-        list,         // kids
-        record,       // names, kids
-        negate,       // a
-        binary,       // op, a, b
-        conjunction,  // op: Word::and_ or or_; a, b
-        negation,     // a
-        coercion,     // a as b
-        specifier,    // spec, a: the container (null: `it`), b, c: index or ends
-        call,         // name, kids: arguments; a: the target (null: who is told); flag: the parent's handler
-        labelledCall, // name, b: direct parameter or null, names, kids: labels and arguments; a: the target
-        command,      // command, a: direct parameter or null, codes, kids: parameters
-        referenceTo,  // a
-        it, me, result,
-        specify,      // code: what for; a: of what (`application "x"`, `date "..."`)
+        literal,       // value
+        variable,      // name
+        list,          // kids
+        record,        // names, kids
+        negate,        // a
+        binary,        // op, a, b
+        conjunction,   // op: Word::and_ or or_; a, b
+        negation,      // a
+        coercion,      // a as b
+        specifier,     // spec, a: the container (null: `it`), b, c: index or ends
+        call,          // name, kids: arguments; a: the target (null: who is told); flag: the parent's handler
+        labelledCall,  // name, b: direct parameter or null, names, kids: labels and arguments; a: the target
+        command,       // command, a: direct parameter or null, codes, kids: parameters
+        referenceTo,   // a
+        it,
+        me,
+        result,
+        specify,  // code: what for; a: of what (`application "x"`, `date "..."`)
         // statements
         block,        // kids
         expression,   // a
@@ -43,19 +45,41 @@ struct Node {
         iterating,    // name, a: list, b
         leave,        // exit repeat
         giveBack,     // a or null
-        trial,        // a: body, b: on error or null; kids: patterns (variables or null) of message, number, from, partial result, to
+        trial,  // a: body, b: on error or null; kids: patterns (variables or null) of message, number, from, partial result, to
         failure,      // kids: message, number, from, partial result, to; or null each
         considering,  // bits to set: code, bits to clear: clears; b
         tell,         // a, b
         script,       // name, a: body
         property,     // name, a
-        locals, globals,  // names
-        handler,      // name, b: direct pattern or null, kids: patterns, names: labels (empty: positional), a: body
-        log,          // a
-        timeout,      // a, b
+        locals,
+        globals,  // names
+        handler,  // name, b: direct pattern or null, kids: patterns, names: labels (empty: positional), a: body
+        log,      // a
+        timeout,  // a, b
         nothing,
     };
-    enum Operator : uint8_t { add, subtract, multiply, divide, quotient, modulo, power, join, equal, unequal, less, lessEqual, greater, greaterEqual, contains, containsNot, isIn, isNotIn, startsWith, endsWith };
+    enum Operator : uint8_t {
+        add,
+        subtract,
+        multiply,
+        divide,
+        quotient,
+        modulo,
+        power,
+        join,
+        equal,
+        unequal,
+        less,
+        lessEqual,
+        greater,
+        greaterEqual,
+        contains,
+        containsNot,
+        isIn,
+        isNotIn,
+        startsWith,
+        endsWith
+    };
 
     Kind kind = nothing;
     uint8_t op = 0;

@@ -85,9 +85,9 @@ static_assert(sizeof(Instruction) == 8);
 /// What an instruction needs beside its operands.
 struct Site {
     Specifier spec;
-    int16_t from = 0, to = 0;     // operands of a specifier
-    Name name = 0;                // of the handler
-    uint16_t count = 0;           // positional arguments
+    int16_t from = 0, to = 0;  // operands of a specifier
+    Name name = 0;             // of the handler
+    uint16_t count = 0;        // positional arguments
     bool labelled = false;
     bool continues = false;       // the handler that the script's parent has
     bool hasDirect = false;       // a labelled call's first argument is the direct one
@@ -108,13 +108,13 @@ struct TryRange {
 struct Function {
     Name name = 0;
     std::vector<Instruction> code;
-    std::vector<Range> ranges;      // one for each instruction
-    std::vector<Value> constants;   // the last one is operand -1: see Compiler
+    std::vector<Range> ranges;     // one for each instruction
+    std::vector<Value> constants;  // the last one is operand -1: see Compiler
     std::vector<Site> sites;
-    std::vector<TryRange> tries;    // inner ones first
-    std::vector<Name> variables;    // of the first registers
-    std::vector<Name> labels;       // of labelled parameters
-    uint16_t parameters = 0;        // positional; labelled: direct one and labels
+    std::vector<TryRange> tries;  // inner ones first
+    std::vector<Name> variables;  // of the first registers
+    std::vector<Name> labels;     // of labelled parameters
+    uint16_t parameters = 0;      // positional; labelled: direct one and labels
     bool labelled = false, hasDirect = false;
     uint16_t registers = 0;
     const Prototype *prototype = nullptr;
@@ -167,6 +167,7 @@ private:
 /// Throws ScriptError with its place.
 /// `context`: a root whose properties, globals and handlers the new script continues. The caller owns the result (release).
 class Vocabulary;
-Program *compile(const Tree &tree, std::string_view source, Heap &heap, Program *context, bool keepsVariables);
+Program *compile(const Tree &tree, std::string_view source, Heap &heap, Program *context,
+                 bool keepsVariables);
 
 }  // namespace tarvik::osa

@@ -24,10 +24,12 @@ public:
     std::string hfsPath(const std::string &posix) override;
     std::string folder(uint32_t type, bool local, bool create) override;
     Value interact(Machine &machine, const Invocation &invocation) override;
-    Value sendEvent(Machine &machine, const std::string &application, uint32_t eventClass, uint32_t eventID, const Invocation &invocation) override;
+    Value sendEvent(Machine &machine, const std::string &application, uint32_t eventClass, uint32_t eventID,
+                    const Invocation &invocation) override;
     Value applicationProperty(Machine &machine, const Value &place) override;
     void setApplicationProperty(Machine &machine, const Value &place, const Value &value) override;
-    Value callApplication(Machine &machine, const std::string &application, Name handler, const std::vector<Value> &arguments) override;
+    Value callApplication(Machine &machine, const std::string &application, Name handler,
+                          const std::vector<Value> &arguments) override;
     Value runScript(Machine &machine, const Value &source) override;
     Value loadScript(Machine &machine, const std::string &path) override;
 
@@ -92,7 +94,11 @@ struct ComponentInstanceRecord {
         bool hidesSource = false;
         bool ran = false;
         Entry() = default;
-        Entry(Entry &&other) noexcept : value(std::move(other.value)), program(std::exchange(other.program, nullptr)), isContext(other.isContext), hidesSource(other.hidesSource), ran(other.ran) {}
+        Entry(Entry &&other) noexcept
+            : value(std::move(other.value)), program(std::exchange(other.program, nullptr)),
+              isContext(other.isContext), hidesSource(other.hidesSource), ran(other.ran)
+        {
+        }
         ~Entry()
         {
             if (program)

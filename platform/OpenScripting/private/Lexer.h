@@ -10,14 +10,24 @@
 namespace tarvik::osa {
 
 struct Token {
-    enum Type : uint8_t { word, barred /* |word| */, number, ordinal /* 2nd */, string, raw /* «class utf8» */, symbol, newline, end };
+    enum Type : uint8_t {
+        word,
+        barred /* |word| */,
+        number,
+        ordinal /* 2nd */,
+        string,
+        raw /* «class utf8» */,
+        symbol,
+        newline,
+        end
+    };
     /// Symbols: one character, or one of these.
     enum : char32_t { lessEqual = U'≤', greaterEqual = U'≥', notEqual = U'≠', possessive = U'’' };
     Type type = end;
     bool spaceBefore = false;
-    Name name = 0;         // word, barred
+    Name name = 0;  // word, barred
     char32_t symbolCode = 0;
-    Value value;           // number, ordinal, string; raw: its text
+    Value value;  // number, ordinal, string; raw: its text
     Range range;
 };
 

@@ -56,9 +56,11 @@ public:
     /// display dialog, display alert, the clipboard ...: what needs a user, by its command.
     virtual Value interact(Machine &machine, const Invocation &invocation) = 0;
     /// An event for an application; `target` is an application.
-    virtual Value sendEvent(Machine &machine, const std::string &application, uint32_t eventClass, uint32_t eventID, const Invocation &invocation) = 0;
+    virtual Value sendEvent(Machine &machine, const std::string &application, uint32_t eventClass,
+                            uint32_t eventID, const Invocation &invocation) = 0;
     /// `tell application "x" to f(1)`: a subroutine of an application.
-    virtual Value callApplication(Machine &machine, const std::string &application, Name handler, const std::vector<Value> &arguments) = 0;
+    virtual Value callApplication(Machine &machine, const std::string &application, Name handler,
+                                  const std::vector<Value> &arguments) = 0;
     /// A property of an application, or of one of its elements.
     virtual Value applicationProperty(Machine &machine, const Value &place) = 0;
     virtual void setApplicationProperty(Machine &machine, const Value &place, const Value &value) = 0;
@@ -77,7 +79,7 @@ public:
     const Vocabulary &vocabulary;
     uint32_t considering = Considering::kDefault;
     uint32_t timeLimit = 0;  // ticks that applications have for their answers; 0: the usual ones
-    Value delimiters;  // AppleScript's text item delimiters
+    Value delimiters;        // AppleScript's text item delimiters
     std::mt19937_64 random;
 
     /// A new root script of a program, its properties set.
@@ -86,8 +88,12 @@ public:
     void continueContext(Value &root, Program *program);
     /// Calls a handler; no value where it gives none. Throws ScriptError.
     Value call(const Value &script, Name handler, std::vector<Value> arguments);
-    bool responds(const Value &script, Name handler) const { return findHandler(script.script(), handler).first != nullptr; }
-    Value execute(const Function &function, const Value &script, const Value &me, std::vector<Value> arguments);
+    bool responds(const Value &script, Name handler) const
+    {
+        return findHandler(script.script(), handler).first != nullptr;
+    }
+    Value execute(const Function &function, const Value &script, const Value &me,
+                  std::vector<Value> arguments);
 
     // --- what values can do (Operators.cpp)
     void arithmetic(Op op, Value &out, const Value &left, const Value &right);
@@ -116,7 +122,8 @@ public:
 
     // --- places (Elements.cpp, Properties.cpp)
     Value get(const Specifier &spec, const Value &container, const Value &from, const Value &to);
-    void set(const Specifier &spec, const Value &container, const Value &from, const Value &to, const Value &value);
+    void set(const Specifier &spec, const Value &container, const Value &from, const Value &to,
+             const Value &value);
     Value item(const Value &container, const Value &index);
     Value property(const Value &container, Name name);
     void setProperty(const Value &container, Name name, const Value &value);
@@ -155,12 +162,14 @@ private:
     }
     Value interpret(size_t bottom);
     bool unwind(ScriptError &error, size_t bottom);
-    void pushFrame(const Function &function, const Value &script, const Value &me, Value *registers, Value *result);
+    void pushFrame(const Function &function, const Value &script, const Value &me, Value *registers,
+                   Value *result);
     void popFrame();
     [[noreturn]] void undefinedOperand(const Frame &frame, int operand);
     const Value &defined(const Frame &frame, int operand, const Value &value);
     std::pair<const Function *, ScriptObject *> findHandler(ScriptObject *script, Name name) const;
-    void enter(const Site &site, const Function &function, const Value &owner, const Value &me, Value *arguments, Value *result);
+    void enter(const Site &site, const Function &function, const Value &owner, const Value &me,
+               Value *arguments, Value *result);
     void matchArguments(const Site &site, const Function &function, Value *arguments);
     ScriptObject *outward(const Frame &frame, int levels) const;
     void callSite(Frame &frame, Op op, const Instruction &instruction);
@@ -169,7 +178,8 @@ private:
     Value elements(const Value &container, const Specifier &spec);
     Value textElement(const Specifier &spec, const Value &text, const Value &from, const Value &to);
     Value listElement(const Specifier &spec, const Value &list, const Value &from, const Value &to);
-    [[noreturn]] void cantGet(const Specifier &spec, const Value &container, const Value &from, const Value &to) const;
+    [[noreturn]] void cantGet(const Specifier &spec, const Value &container, const Value &from,
+                              const Value &to) const;
     std::string describe(const Specifier &spec, const Value &from, const Value &to) const;
     Value refer(const Site &site, const Value &container, const Value &from, const Value &to);
 
@@ -183,7 +193,7 @@ private:
 // Dates.cpp
 int64_t currentSeconds();
 std::optional<int64_t> parseDate(std::string_view text);
-std::string dateText(int64_t seconds);       // "Monday, November 23, 2026 at 1:05:00 AM"
+std::string dateText(int64_t seconds);  // "Monday, November 23, 2026 at 1:05:00 AM"
 std::string dateOnly(int64_t seconds);
 std::string shortDate(int64_t seconds);
 std::string timeText(int64_t seconds);

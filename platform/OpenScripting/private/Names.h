@@ -44,7 +44,7 @@ struct Word {
 #define TARVIK_OSA_WORD(identifier, ...) identifier,
         TARVIK_OSA_WORDS(TARVIK_OSA_WORD)
 #undef TARVIK_OSA_WORD
-        count_
+            count_
     };
 };
 

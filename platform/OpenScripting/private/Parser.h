@@ -82,8 +82,14 @@ private:
 
     // tokens
     const Token &peek(size_t ahead = 0) const { return tokens_[std::min(at_ + ahead, tokens_.size() - 1)]; }
-    bool isWord(Name word, size_t ahead = 0) const { return peek(ahead).type == Token::word && peek(ahead).name == word; }
-    bool isSymbol(char32_t symbol, size_t ahead = 0) const { return peek(ahead).type == Token::symbol && peek(ahead).symbolCode == symbol; }
+    bool isWord(Name word, size_t ahead = 0) const
+    {
+        return peek(ahead).type == Token::word && peek(ahead).name == word;
+    }
+    bool isSymbol(char32_t symbol, size_t ahead = 0) const
+    {
+        return peek(ahead).type == Token::symbol && peek(ahead).symbolCode == symbol;
+    }
     bool takeWord(Name word);
     bool takeSymbol(char32_t symbol);
     template <class... Words>
@@ -130,10 +136,10 @@ private:
     Tree &tree_;
     size_t at_ = 0;
     size_t depth_ = 0;
-    bool inIsParameter_ = false;    // `in` ends the expression: a command or a loop wants it
+    bool inIsParameter_ = false;  // `in` ends the expression: a command or a loop wants it
     bool ofIsParameter_ = false;
     size_t applicationsTold_ = 0;
-    std::set<Name> declared_;       // names that the script gives to variables
+    std::set<Name> declared_;  // names that the script gives to variables
     std::set<Name> labelledHandlers_;
 };
 

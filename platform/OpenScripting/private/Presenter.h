@@ -19,10 +19,10 @@ struct Dialog {
     std::string title, message, explanation;  // message: the heading
     std::optional<std::string> answer;        // a field to type into, with this in it
     bool hidesAnswer = false;
-    std::vector<std::string> buttons;         // from left to right
-    int byDefault = -1, cancels = -1;         // which of them Return and Escape press
-    double givesUpAfter = 0;                  // seconds; 0: never
-    std::function<bool()> isStopped;          // asked now and then: true takes it away
+    std::vector<std::string> buttons;  // from left to right
+    int byDefault = -1, cancels = -1;  // which of them Return and Escape press
+    double givesUpAfter = 0;           // seconds; 0: never
+    std::function<bool()> isStopped;   // asked now and then: true takes it away
 };
 
 struct DialogAnswer {

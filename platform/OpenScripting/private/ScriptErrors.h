@@ -26,7 +26,7 @@ enum : int32_t {
     userCanceled = -128,
     noSuchFile = -43,
     wrongType = -1700,
-    wrongData = -1701,     // a parameter is missing
+    wrongData = -1701,  // a parameter is missing
     notUnderstood = -1708,
     badParameters = -1721,
     timedOut = -1712,

@@ -9,7 +9,15 @@ namespace tarvik::osa {
 
 /// What counts when text is compared; and whether applications' answers do.
 struct Considering {
-    enum : uint32_t { caseCounts = 1, diacriticals = 2, hyphens = 4, punctuation = 8, whiteSpace = 16, numericStrings = 32, responses = 64 };
+    enum : uint32_t {
+        caseCounts = 1,
+        diacriticals = 2,
+        hyphens = 4,
+        punctuation = 8,
+        whiteSpace = 16,
+        numericStrings = 32,
+        responses = 64
+    };
     /// As long as a script says nothing else.
     static constexpr uint32_t kDefault = diacriticals | hyphens | punctuation | whiteSpace | responses;
 };

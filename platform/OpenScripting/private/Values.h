@@ -30,8 +30,8 @@ struct HandlerObject;
 struct Application;
 
 enum class Kind : uint8_t {
-    none,      // no value at all
-    missing,   // missing value
+    none,     // no value at all
+    missing,  // missing value
     boolean,
     integer,
     real,
@@ -197,7 +197,10 @@ struct Text : Object {
     uint8_t *narrow() { return reinterpret_cast<uint8_t *>(this + 1); }
     char32_t *wide() { return reinterpret_cast<char32_t *>(this + 1); }
     char32_t operator[](size_t index) const { return width == 1 ? narrow()[index] : wide()[index]; }
-    Text(Heap *heap, uint32_t length, uint8_t width) : Object(Kind::text, heap), length(length), capacity(0), width(width) {}
+    Text(Heap *heap, uint32_t length, uint8_t width)
+        : Object(Kind::text, heap), length(length), capacity(0), width(width)
+    {
+    }
 };
 static_assert(sizeof(Text) % alignof(char32_t) == 0);
 
@@ -257,19 +260,28 @@ struct ScriptObject : Container {
 struct HandlerObject : Container {
     const Function *function;
     Value owner;
-    HandlerObject(Heap *heap, const Function *function, Value owner) : Container(Kind::handler, heap), function(function), owner(std::move(owner)) {}
+    HandlerObject(Heap *heap, const Function *function, Value owner)
+        : Container(Kind::handler, heap), function(function), owner(std::move(owner))
+    {
+    }
 };
 
 struct FileObject : Object {
     bool isAlias;
     std::string path;  // POSIX
-    FileObject(Heap *heap, bool isAlias, std::string path) : Object(Kind::file, heap), isAlias(isAlias), path(std::move(path)) {}
+    FileObject(Heap *heap, bool isAlias, std::string path)
+        : Object(Kind::file, heap), isAlias(isAlias), path(std::move(path))
+    {
+    }
 };
 
 struct Data : Object {
     uint32_t type;
     std::string bytes;
-    Data(Heap *heap, uint32_t type, std::string bytes) : Object(Kind::data, heap), type(type), bytes(std::move(bytes)) {}
+    Data(Heap *heap, uint32_t type, std::string bytes)
+        : Object(Kind::data, heap), type(type), bytes(std::move(bytes))
+    {
+    }
 };
 
 struct Application : Object {
@@ -289,7 +301,10 @@ struct Reference : Container {
     Specifier specifier;
     Value container;
     Value from, to;  // an index, or both ends of a range
-    Reference(Heap *heap, const Specifier &specifier, Value container) : Container(Kind::reference, heap), specifier(specifier), container(std::move(container)) {}
+    Reference(Heap *heap, const Specifier &specifier, Value container)
+        : Container(Kind::reference, heap), specifier(specifier), container(std::move(container))
+    {
+    }
 };
 
 /// Makes and frees the objects of one scripting component.
@@ -306,12 +321,24 @@ public:
     Value list(std::vector<Value> items = {});
     Value record() { return Value::adopt(new Record(this)); }
     Value date(int64_t seconds) { return Value::adopt(new Date(this, seconds)); }
-    Value file(bool isAlias, std::string path) { return Value::adopt(new FileObject(this, isAlias, std::move(path))); }
-    Value data(uint32_t type, std::string bytes) { return Value::adopt(new Data(this, type, std::move(bytes))); }
+    Value file(bool isAlias, std::string path)
+    {
+        return Value::adopt(new FileObject(this, isAlias, std::move(path)));
+    }
+    Value data(uint32_t type, std::string bytes)
+    {
+        return Value::adopt(new Data(this, type, std::move(bytes)));
+    }
     Value application(std::string name) { return Value::adopt(new Application(this, std::move(name))); }
     Value script(const Prototype *prototype) { return Value::adopt(new ScriptObject(this, prototype)); }
-    Value handler(const Function *function, Value owner) { return Value::adopt(new HandlerObject(this, function, std::move(owner))); }
-    Value reference(const Specifier &specifier, Value container) { return Value::adopt(new Reference(this, specifier, std::move(container))); }
+    Value handler(const Function *function, Value owner)
+    {
+        return Value::adopt(new HandlerObject(this, function, std::move(owner)));
+    }
+    Value reference(const Specifier &specifier, Value container)
+    {
+        return Value::adopt(new Reference(this, specifier, std::move(container)));
+    }
     /// A shared text of one character below U+0100.
     Value character(uint8_t code) { return singles_[code]; }
     const Value &emptyText() const { return empty_; }

@@ -10,20 +10,32 @@ namespace tarvik::osa {
 
 constexpr uint32_t code(const char (&text)[5])
 {
-    return uint32_t(uint8_t(text[0])) << 24 | uint32_t(uint8_t(text[1])) << 16 | uint32_t(uint8_t(text[2])) << 8 | uint8_t(text[3]);
+    return uint32_t(uint8_t(text[0])) << 24 | uint32_t(uint8_t(text[1])) << 16 |
+           uint32_t(uint8_t(text[2])) << 8 | uint8_t(text[3]);
 }
 
 /// The classes that the machine itself deals with.
 namespace type {
-inline constexpr uint32_t item = code("cobj"), character = code("cha "), word = code("cwor"), paragraph = code("cpar"), textItem = code("citm"),
-                          text = code("ctxt"), string = code("TEXT"), unicodeText = code("utxt"), integer = code("long"), real = code("doub"), number = code("nmbr"),
-                          boolean = code("bool"), list = code("list"), record = code("reco"), date = code("ldt "), script = code("scpt"),
-                          handler = code("hand"), type_ = code("type"), constant = code("enum"), application = code("capp"), alias = code("alis"),
-                          file = code("furl"), oldFile = code("file"), reference = code("obj "), data = code("rdat"), any = code("****"), missing = code("msng"), month = code("mnth"), weekday = code("wkdy"), utf8 = code("utf8");
+inline constexpr uint32_t item = code("cobj"), character = code("cha "), word = code("cwor"),
+                          paragraph = code("cpar"), textItem = code("citm"), text = code("ctxt"),
+                          string = code("TEXT"), unicodeText = code("utxt"), integer = code("long"),
+                          real = code("doub"), number = code("nmbr"), boolean = code("bool"),
+                          list = code("list"), record = code("reco"), date = code("ldt "),
+                          script = code("scpt"), handler = code("hand"), type_ = code("type"),
+                          constant = code("enum"), application = code("capp"), alias = code("alis"),
+                          file = code("furl"), oldFile = code("file"), reference = code("obj "),
+                          data = code("rdat"), any = code("****"), missing = code("msng"),
+                          month = code("mnth"), weekday = code("wkdy"), utf8 = code("utf8");
 }
 
 /// What Node::specify makes.
-enum : uint32_t { kSpecifyApplication = type::application, kSpecifyFile = type::oldFile, kSpecifyAlias = type::alias, kSpecifyPOSIXFile = type::file, kSpecifyDate = type::date };
+enum : uint32_t {
+    kSpecifyApplication = type::application,
+    kSpecifyFile = type::oldFile,
+    kSpecifyAlias = type::alias,
+    kSpecifyPOSIXFile = type::file,
+    kSpecifyDate = type::date
+};
 
 struct CommandParameter {
     const char *label;  // words
@@ -56,7 +68,8 @@ public:
     const std::vector<Term> *startingWith(Name word) const;
 
 private:
-    void add(Term::Kind kind, const char *phrase, uint32_t code, Name name = 0, const Command *command = nullptr);
+    void add(Term::Kind kind, const char *phrase, uint32_t code, Name name = 0,
+             const Command *command = nullptr);
     Names &names_;
     std::unordered_map<Name, std::vector<Term>> terms_;
 };

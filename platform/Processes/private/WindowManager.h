@@ -29,7 +29,16 @@ private:
         static Value empty() { return nullptr; }
         static void close(Value connection) { xcb()->disconnect(connection); }
     };
-    enum AtomName { kActiveWindow, kClientListStacking, kPID, kState, kSkipTaskbar, kRestackWindow, kClientMachine, kAtoms };
+    enum AtomName {
+        kActiveWindow,
+        kClientListStacking,
+        kPID,
+        kState,
+        kSkipTaskbar,
+        kRestackWindow,
+        kClientMachine,
+        kAtoms
+    };
 
     WindowManager() = default;
     bool internAtoms();

@@ -39,16 +39,14 @@
 #include <string_view>
 #include <thread>
 
-namespace
-{
+namespace {
 
 std::atomic<unsigned> gRequests{0};
 SSL_CTX *gTLS = nullptr;
 
 void pause(int milliseconds) { std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds)); }
 
-class Connection
-{
+class Connection {
 public:
     explicit Connection(int socket) : socket_(socket)
     {

@@ -82,10 +82,12 @@ OSErr askBack(const AppleEvent *event, AppleEvent *reply, SRefCon)
 {
     OwnedDesc sender, question, answer;
     AEGetAttributeDesc(event, keyAddressAttr, typeWildCard, sender.out());
-    AECreateAppleEvent("test"_code, "name"_code, sender.get(), kAutoGenerateReturnID, kAnyTransactionID, question.out());
+    AECreateAppleEvent("test"_code, "name"_code, sender.get(), kAutoGenerateReturnID, kAnyTransactionID,
+                       question.out());
     const OSErr error = OSErr(AESendMessage(question.get(), answer.out(), kAEWaitReply, 120));
     const std::string name = textParam(answer.get(), keyDirectObject);
-    return error ? error : AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, name.data(), Size(name.size()));
+    return error ? error
+                 : AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, name.data(), Size(name.size()));
 }
 
 void say(const std::string &text)
@@ -94,14 +96,15 @@ void say(const std::string &text)
     std::fflush(stdout);
 }
 
-void noteCall(GDBusConnection *, const char *, const char *, const char *, const char *method, GVariant *arguments, GDBusMethodInvocation *call,
-              void *)
+void noteCall(GDBusConnection *, const char *, const char *, const char *, const char *method,
+              GVariant *arguments, GDBusMethodInvocation *call, void *)
 {
     const std::string name = method;
     if (name.starts_with("Can"))
-        return g_dbus_method_invocation_return_value(call, g_variant_new("(s)", name == "CanReboot"     ? "challenge"
-                                                                                : name == "CanPowerOff" ? "no"
-                                                                                                        : "na"));
+        return g_dbus_method_invocation_return_value(call,
+                                                     g_variant_new("(s)", name == "CanReboot" ? "challenge"
+                                                                          : name == "CanPowerOff" ? "no"
+                                                                                                  : "na"));
     char *text = g_variant_print(arguments, false);
     say(name + text);
     g_free(text);
@@ -115,17 +118,21 @@ int serveLogin()
     GDBusConnection *bus = startPrivateBus(address);
     static const char *const kLogin =
         "<node><interface name='org.freedesktop.login1.Manager'>"
-        "<method name='CanReboot'><arg type='s' direction='out'/></method><method name='CanPowerOff'><arg type='s' direction='out'/></method>"
-        "<method name='CanSuspend'><arg type='s' direction='out'/></method><method name='Reboot'><arg type='b' direction='in'/></method>"
+        "<method name='CanReboot'><arg type='s' direction='out'/></method><method name='CanPowerOff'><arg "
+        "type='s' direction='out'/></method>"
+        "<method name='CanSuspend'><arg type='s' direction='out'/></method><method name='Reboot'><arg "
+        "type='b' direction='in'/></method>"
         "<method name='PowerOff'><arg type='b' direction='in'/></method></interface></node>";
     static const char *const kSession =
-        "<node><interface name='org.gnome.SessionManager'><method name='Logout'><arg type='u' direction='in'/></method></interface></node>";
+        "<node><interface name='org.gnome.SessionManager'><method name='Logout'><arg type='u' "
+        "direction='in'/></method></interface></node>";
     if (!bus || !exportObject(bus, "/org/freedesktop/login1", kLogin, noteCall) ||
         !exportObject(bus, "/org/gnome/SessionManager", kSession, noteCall))
         return 1;
     for (const char *name : {"org.freedesktop.login1", "org.gnome.SessionManager"}) {
-        GVariant *owned = g_dbus_connection_call_sync(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
-                                                      g_variant_new("(su)", name, 0u), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+        GVariant *owned = g_dbus_connection_call_sync(
+            bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
+            g_variant_new("(su)", name, 0u), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
         if (!owned)
             return 1;
         g_variant_unref(owned);
@@ -149,7 +156,9 @@ int answerRaw(const std::string &hex)
     const ssize_t length = read(socket.get(), received, sizeof received);
     std::string answer;
     for (size_t i = 0; i + 1 < hex.size(); i += 2)
-        answer += hex.substr(i, 2) == "**" ? received[i / 2] : char(std::stoi(hex.substr(i, 2), nullptr, 16));  // "**": as it came
+        answer += hex.substr(i, 2) == "**"
+                      ? received[i / 2]
+                      : char(std::stoi(hex.substr(i, 2), nullptr, 16));  // "**": as it came
     if (length > 0 && write(socket.get(), answer.data(), answer.size()) >= 0)
         pause();
     return 0;
