@@ -112,15 +112,24 @@ TEST_F(Driven, MakesAnImageOfAFolder)
 TEST_F(Driven, ACancelledImageLeavesNothingBehind)
 {
     std::filesystem::create_directories(folder_ / "Noise");
-    const std::string noise = runProgram({"head", "-c", "30000000", "/dev/urandom"}).out;
-    folder_.write("Noise/noise", noise);
-    toFront();
-    for (const bool atOnce : {true, false}) {
+    const auto madeAndCancelled = [&](const std::string &size, bool atOnce) {
+        const std::string noise = runProgram({"head", "-c", size, "/dev/urandom"}).out;
+        folder_.write("Noise/noise", noise);
         [shelf_ makeImage:ns(folder_ / "n.img") ofFolder:ns(folder_ / "Noise")];
         EXPECT_FALSE([shelf_->mWindow->mProgress isHidden]);
         EXPECT_TRUE(atOnce || eventually([&] { return shelf_->mWindow->mProgress->mFraction > 0; }));
         [shelf_->mWindow->mCancel performClick:nil];
-        ASSERT_TRUE(idle());
+        EXPECT_TRUE(idle());
+    };
+    toFront();
+    for (const bool atOnce : {true, false}) {
+        madeAndCancelled("30M", atOnce);
+        if (!atOnce && names() != "") {  // a machine so quick that it was made by the first report
+            std::filesystem::remove(folder_ / "n.img");
+            select({0});
+            [shelf_->mRows delete:nil];
+            madeAndCancelled("300M", atOnce);
+        }
         EXPECT_EQ(files(), (std::vector<std::string>{"Noise"}));
         EXPECT_EQ(names(), "");
         EXPECT_EQ([shelf_->mWindow attachedSheet], nil);
