@@ -27,7 +27,7 @@ void CFRangeResizeLeft(CFRange *range, CFIndex difference)
         return;
     if (difference > 0)
         difference = std::min(difference, range->location);
-    else
+    else if (difference < 0)
         difference = std::max(difference, -range->length);
     range->location -= difference;
     range->length += difference;

@@ -111,6 +111,7 @@ TEST(Geometry, RangesEndWhereTheyMay)
         {[](CFRange *r) { CFRangeResizeRight(r, 10, -1); }, 3, 15},
         {[](CFRange *r) { CFRangeResizeRight(r, -10, 20); }, 3, 0},
         {[](CFRange *r) { CFRangeResizeRight(r, 0, 1); }, 3, -2},
+        {[](CFRange *r) { CFRangeResizeRight(r, 0, 1), CFRangeResizeLeft(r, 0); }, 3, -2},
         {[](CFRange *r) { CFRangeResizeRightTo(r, 4); }, 3, 1},
         {[](CFRange *r) { CFRangeResizeRightTo(r, 2); }, 3, 0},
     };

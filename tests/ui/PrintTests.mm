@@ -5,7 +5,36 @@
 #include <tests/support/TemporaryFolder.h>
 #include <tests/ui/Desktop.h>
 
+/// Notes how wide it is when it is printed, and prints nothing.
+@interface PrintedWidth : NSTextView {
+@public
+    CGFloat mWidth;
+}
+@end
+@implementation PrintedWidth
+- (void)print:(id)sender
+{
+    (void)sender;
+    mWidth = NSWidth([self frame]);
+    [NSException raise:NSGenericException format:@"no printer"];
+}
+@end
+
 namespace {
+
+TEST(Print, AScaledTextIsWiderAndItsFrameComesBackWhateverHappens)
+{
+    const TestWindow window;
+    PrintedWidth *view =
+        window.add([[[PrintedWidth alloc] initWithFrame:NSMakeRect(5, 6, 200, 150)] autorelease]);
+    window.show();
+    NSPrintInfo *info = [NSPrintInfo sharedPrintInfo];
+    [[info dictionary] setObject:[NSNumber numberWithFloat:0.5] forKey:NSPrintScalingFactor];
+    pressWhenShown(@"OK");
+    EXPECT_TRUE([view runPrintModal]);
+    EXPECT_NEAR(view->mWidth, ([info paperSize].width - [info leftMargin] - [info rightMargin]) * 2, 0.01);
+    EXPECT_TRUE(NSEqualRects([view frame], NSMakeRect(5, 6, 200, 150)));
+}
 
 TEST(Print, TheTextIsAsWideAsThePage)
 {
