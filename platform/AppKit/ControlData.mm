@@ -215,7 +215,8 @@ OSStatus GetControlData(ControlRef control, ControlPartCode part, ResType tag, S
         *outActualSize = size;
     if (!buffer)
         return noErr;
-    std::memcpy(buffer, [data.get() bytes], size_t(std::min(size, bufferSize)));
+    if (const Size fits = std::min(size, bufferSize))  // empty data may have no bytes to point to
+        std::memcpy(buffer, [data.get() bytes], size_t(fits));
     if (tag == kControlEditTextCFStringTag && isText(KnownControl(control)->view) && bufferSize >= size)
         CFRetain(*static_cast<CFStringRef *>(buffer));
     return noErr;

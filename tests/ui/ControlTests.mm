@@ -111,6 +111,11 @@ TEST_F(Control, DataIsOfAPartATagAndASize)
     EXPECT_EQ(is, 0);
     EXPECT_EQ(SetControlData(field, kText, "lock"_code, sizeof yes, &yes), noErr);
     EXPECT_FALSE([field_ isEditable]);
+    char text[] = "kept";
+    Size size = 9;
+    EXPECT_EQ(GetControlData(field, kText, "text"_code, sizeof text, text, &size), noErr);
+    EXPECT_EQ(size, 0);  // an empty field
+    EXPECT_STREQ(text, "kept");
     EXPECT_EQ(SetControlData(field, kText, "lock"_code, 3, "abc"), errDataSizeMismatch);
     EXPECT_EQ(SetControlData(field, kText, "cfst"_code, 4, "abcd"), errDataSizeMismatch);
     EXPECT_EQ(SetControlData(field, 3, "text"_code, 1, "a"), errInvalidPartCode);
