@@ -138,6 +138,8 @@
 
 - (void)loadDatasource
 {
+    // An open edit goes with its row: ended later, it would be stored in the one loaded in its place.
+    [vTableView abortEditing];
     [mDatasourceArray release];
     mDatasourceArray = nil;
     if (mDatasourceUDKey)

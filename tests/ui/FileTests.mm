@@ -138,7 +138,12 @@ TEST(Pasteboard, ACarrierGivesOnlyWhatItHolds)
     EXPECT_TRUE([[carrier pasteboardStringForType:NSStringPboardType] isEqual:@"some téxt"]);
     EXPECT_TRUE([[carrier pasteboardPropertyListForType:@"own"] isEqual:[NSArray arrayWithObject:@"x"]]);
     EXPECT_GT([[carrier pasteboardDataForType:@"own"] length], 0u);
-    for (NSString *missing : {(NSString *)nil, NSFilenamesPboardType}) {
+    // What it declares and does not have, or has as something else.
+    [carrier->mPasteboard declareTypes:[NSArray arrayWithObjects:NSFilenamesPboardType, @"own", nil]
+                                 owner:nil];
+    [carrier->mPasteboard setData:tarvik::nsdata("\xFF\xFE\x01 no list") forType:@"own"];
+    EXPECT_EQ([carrier pasteboardPropertyListForType:@"own"], nil);
+    for (NSString *missing : {(NSString *)nil, NSFilenamesPboardType, NSTIFFPboardType}) {
         EXPECT_EQ([carrier pasteboardDataForType:missing], nil);
         EXPECT_EQ([carrier pasteboardPropertyListForType:missing], nil);
         EXPECT_EQ([carrier pasteboardStringForType:missing], nil);

@@ -218,6 +218,11 @@ TEST_F(TableTest, MovesRows)
         EXPECT_EQ(rows(), each.after);
         EXPECT_TRUE(marked());
     }
+    // What a pasteboard says is a list of rows.
+    rows("Abc");
+    [controller_ moveRows:[NSData dataWithBytes:"\1\0\0" length:3] to:0];
+    [controller_ moveRows:list({7, 0xFFFFFFFF}) to:0];
+    EXPECT_EQ(rows(), "abc");
     rows("aBcD");
     EXPECT_TRUE([[controller_ selectedRowArray] isEqual:list({1, 3})]);
     EXPECT_EQ([[controller_ selectedDatasourceArray] objectAtIndex:1],
@@ -408,6 +413,25 @@ TEST_F(TableTest, AnEditIsTypedAndStored)
     enter.join();
     EXPECT_TRUE(marked());
     EXPECT_EQ(text([[controller_ datasourceOfColumn:@"name" visibleValue:NO] objectAtIndex:0]), "q");
+}
+
+TEST_F(TableTest, AnOpenEditEndsWithItsRow)
+{
+    [table_ setAllowsEmptySelection:NO];
+    [controller_ setUserDefaultKey:@"Edited" andLoad:NO];
+    const auto afterAnEdit = [&](auto change) {
+        rows("Ab");
+        [controller_ storeDatasource:nil];
+        [table_ editColumn:0 row:0 withEvent:nil select:YES];
+        [[table_ currentEditor] setString:@"q"];
+        change();
+        [window_ makeFirstResponder:table_];
+        return rows();
+    };
+    EXPECT_EQ(afterAnEdit([&] { [controller_ setDatasourceArray:made("xy")]; }), "XY");
+    EXPECT_EQ(afterAnEdit([&] { [controller_ insertDatasourceArray:made("xy") atIndex:0]; }), "XYqb");
+    EXPECT_EQ(afterAnEdit([&] { [controller_ moveRows:list({0}) to:2]; }), "BQ");
+    EXPECT_EQ(afterAnEdit([&] { [controller_ loadDatasource]; }), "Ab");
 }
 
 TEST(TableWithoutAWindow, OnOldSystemsDragsRowNumbers)
