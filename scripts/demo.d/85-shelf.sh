@@ -25,7 +25,7 @@ fi
 
 # ---- A display and a window manager of our own; the server keeps its picture in a file
 frames=$(mktemp -d)
-exec 3< <(exec timeout 120 Xvfb -displayfd 1 -screen 0 1024x640x24 -fbdir "$frames" -nolisten tcp 2>/dev/null)
+exec 3< <(exec timeout 900 Xvfb -displayfd 1 -screen 0 1024x640x24 -fbdir "$frames" -nolisten tcp 2>/dev/null)
 server=$!
 application=
 leave() {
@@ -39,12 +39,12 @@ trap leave EXIT
 read -r -t 20 display <&3 || { echo 'demo: Xvfb did not start' >&2; exit 1; }
 export DISPLAY=:$display
 unset WAYLAND_DISPLAY
-timeout 120 openbox >/dev/null 2>&1 &
+timeout 900 openbox >/dev/null 2>&1 &
 manager=$!
 
 # await TEXT COMMAND...: until it succeeds; ends the step when it does not
 await() {
-    local end=$((SECONDS + 15))
+    local end=$((SECONDS + 60))
     while [ $SECONDS -lt $end ]; do
         "${@:2}" >/dev/null 2>&1 && { printf '%s   ok: %s%s\n' "$green" "$1" "$plain"; return; }
         sleep 0.1
@@ -56,7 +56,7 @@ await() {
 shot() { at 700 400; sleep 0.4; frame "$1"; }
 frame() { xwdtopnm -quiet "$frames/Xvfb_screen0" 2>/dev/null | pnmcrop -quiet -black | pnmtopng -quiet -compression=9 > "$build/shots/$1.png" 2>/dev/null; }
 start() {
-    timeout 60 "$shelf" "$@" 2>shelf.log &
+    timeout 300 "$shelf" "$@" 2>shelf.log &
     application=$!
     window=
     await 'the window is there' found

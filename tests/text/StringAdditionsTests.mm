@@ -219,12 +219,17 @@ TEST(Editing, ReplacingInOnePassIsTheSame)
 // A quadratic way would take minutes.
 TEST(Editing, AMillionReplacements)
 {
-    NSMutableString *big = [@"" stringBySetLength:2'000'000 withFillString:@"a,"];
-    EXPECT_EQ([big find:@"," andReplaceAll:@"::"], 1'000'000u);
-    EXPECT_EQ([big length], 3'000'000u);
+#ifdef __SANITIZE_ADDRESS__
+    constexpr uint32_t kTimes = 100'000;
+#else
+    constexpr uint32_t kTimes = 1'000'000;
+#endif
+    NSMutableString *big = [@"" stringBySetLength:2 * kTimes withFillString:@"a,"];
+    EXPECT_EQ([big find:@"," andReplaceAll:@"::"], kTimes);
+    EXPECT_EQ([big length], 3 * kTimes);
     EXPECT_TRUE([big filterChracters:isalpha]);
-    EXPECT_EQ([big length], 1'000'000u);
-    EXPECT_EQ([[[@"" stringBySetLength:600'000 withFillString:@"x\r\n"] lines] count], 200'001u);
+    EXPECT_EQ([big length], kTimes);
+    EXPECT_EQ([[[@"" stringBySetLength:3 * kTimes withFillString:@"x\r\n"] lines] count], kTimes + 1);
 }
 
 TEST(Editing, CuttingAndFilling)
