@@ -2,6 +2,7 @@
 
 #include "platform/Aliases/private/ReferencePath.h"
 #include "platform/LaunchServices/private/FolderInformation.h"
+#include "platform/Processes/private/Processes.h"
 
 #include <Carbon/LSOpen.h>
 #import <Foundation/Foundation.h>
@@ -76,6 +77,21 @@ OSStatus openWith(CFURLRef application, LSLaunchFlags flags, const std::vector<s
     return LSOpenFromURLSpec(&spec, nullptr);
 }
 
+/// A child that a program is about to execute another program in still executes the parent's: it is no
+/// application of that name.
+void dropChildren(std::vector<ProcessSerialNumber> &numbers)
+{
+    std::vector<uint64_t> serials;
+    for (const ProcessSerialNumber &number : numbers)
+        if (const auto process = processes::processOf(number))
+            serials.push_back(process->serial());
+    std::erase_if(numbers, [&](const ProcessSerialNumber &number) {
+        const auto process = processes::processOf(number);
+        const auto parent = process ? processes::parentOf(*process) : std::nullopt;
+        return parent && std::find(serials.begin(), serials.end(), parent->serial()) != serials.end();
+    });
+}
+
 }  // namespace
 
 std::vector<ProcessSerialNumber> running(const std::string &name)
@@ -104,6 +120,7 @@ std::vector<ProcessSerialNumber> running(const std::string &name)
     while (GetNextProcess(&number) == noErr)
         if (matches())
             found.push_back(number);
+    dropChildren(found);
     // A program that tells itself by its name means itself, whoever else has that name.
     std::reverse(found.begin(), found.end());
     const ProcessSerialNumber current = {0, kCurrentProcess};

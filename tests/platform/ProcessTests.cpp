@@ -1,3 +1,5 @@
+#include "platform/OpenScripting/private/Applications.h"
+
 #include <Carbon/Processes.h>
 #include <gtest/gtest.h>
 
@@ -7,6 +9,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <string>
 #include <vector>
 
 namespace {
@@ -148,6 +152,22 @@ TEST(ProcessManager, AWalkMeetsEveryProcessOnceInTheOrderOfTheirStarts)
     EXPECT_GT(serial(number), serial(numbers[1]));
     const std::vector<uint64_t> found = walk();
     EXPECT_EQ(std::count(found.begin(), found.end(), serial(numbers[1])), 0);
+}
+
+// Between fork and exec a child still executes its parent's program.
+TEST(ApplicationsOfScripts, AChildThatIsYetToExecuteIsNoneOfItsParentsName)
+{
+    const std::string own = std::filesystem::read_symlink("/proc/self/exe");
+    const Child child;
+    std::vector<pid_t> found;
+    for (const ProcessSerialNumber &number : tarvik::osa::applications::running(own)) {
+        pid_t pid = 0;
+        if (GetProcessPID(&number, &pid) == noErr)
+            found.push_back(pid);
+    }
+    ASSERT_FALSE(found.empty());
+    EXPECT_EQ(found.front(), getpid()) << "it means itself";
+    EXPECT_EQ(std::count(found.begin(), found.end(), child.pid()), 0);
 }
 
 }  // namespace
