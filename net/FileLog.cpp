@@ -6,8 +6,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <string_view>
 
 namespace Utils {
 
@@ -17,31 +19,41 @@ constexpr size_t kLongestWideMessage = 1023;
 
 constexpr size_t kStamp = 24;
 
-/// The time in UTC, in the C library's fixed form; made once a second, as making it costs as much as writing it.
-const char *stamp()
-{
-    struct Second {
-        time_t when = -1;
-        char stamp[32] = "";
-    };
-    thread_local Second last;
-    const time_t now = time(nullptr);
-    tm broken;
-    if (now != last.when && gmtime_r(&now, &broken) && asctime_r(&broken, last.stamp))
-        last.when = now;
-    return last.stamp;
-}
+/// What holds for a second: the time in UTC, in the C library's fixed form, and the log's path as long as the
+/// environment names the same temporary folder. Both cost about as much as the writing itself.
+struct Second {
+    time_t when = -1;
+    std::string folder, path;
+    char stamp[32] = "";
+
+    static const Second &current()
+    {
+        thread_local Second last;
+        const char *set = getenv("TMPDIR");
+        const std::string_view folder = set ? set : "";
+        const time_t now = time(nullptr);
+        tm broken;
+        const bool isLater = now != last.when && gmtime_r(&now, &broken) && asctime_r(&broken, last.stamp);
+        if (isLater || folder != last.folder) {
+            last.path = GetLogFilename();
+            last.folder = folder;
+            last.when = now;
+        }
+        return last;
+    }
+};
 
 void append(const char *message, const std::string &rest)
 {
+    const Second &now = Second::current();
     const tarvik::FileDescriptor file(
-        open(GetLogFilename().c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
+        open(now.path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
     if (!file)
         return;
     const size_t length = strlen(message);
     std::string line;
     line.reserve(kStamp + sizeof "  Message: " + length + rest.size());
-    line.append(stamp(), kStamp);
+    line.append(now.stamp, kStamp);
     line += "  Message: ";
     line.append(message, length);
     line += rest;
