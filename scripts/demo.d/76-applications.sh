@@ -3,7 +3,7 @@
 build=$(dirname "$(dirname "$(command -v tarvik)")")
 server= manager= children=
 trap 'kill -KILL $children 2>/dev/null; kill $manager $server 2>/dev/null' EXIT  # an application that loses its display first may take its time
-exec 3< <(exec timeout 900 Xvfb -displayfd 1 -screen 0 1024x640x24 -nolisten tcp 2>/dev/null)
+exec 3< <(exec timeout 900 Xvfb -displayfd 1 -r -screen 0 1024x640x24 -nolisten tcp 2>/dev/null)
 server=$!
 read -r -t 20 display <&3 || { echo 'demo: Xvfb did not start' >&2; exit 1; }
 export DISPLAY=:$display

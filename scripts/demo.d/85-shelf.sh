@@ -25,7 +25,7 @@ fi
 
 # ---- A display and a window manager of our own; the server keeps its picture in a file
 frames=$(mktemp -d)
-exec 3< <(exec timeout 900 Xvfb -displayfd 1 -screen 0 1024x640x24 -fbdir "$frames" -nolisten tcp 2>/dev/null)
+exec 3< <(exec timeout 900 Xvfb -displayfd 1 -r -screen 0 1024x640x24 -fbdir "$frames" -nolisten tcp 2>/dev/null)
 server=$!
 application=
 leave() {
