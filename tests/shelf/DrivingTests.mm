@@ -278,10 +278,7 @@ TEST_F(Driven, SharesTheClipboardWithOtherPrograms)
     }));
     EXPECT_EQ(runProgram({"timeout", "20", "xclip", "-selection", "clipboard", "-o"}).out,
               first + "\n" + second);
-    ASSERT_EQ(runProgram({"xclip", "-selection", "clipboard"},
-                         "a list:\nfile://" + folder_.path().native() + "/%C3%B6.img\n")
-                  .status,
-              0);
+    putOnClipboard("a list:\nfile://" + folder_.path().native() + "/%C3%B6.img\n");
     EXPECT_TRUE(drive("key ctrl+v", [&] { return [[shelf_->mRows datasourceArray] count] == 3; })) << names();
     EXPECT_NE(names().find("ö"), std::string::npos);
 }

@@ -43,6 +43,8 @@ private:
     pid_t child_;
 };
 
+/// Has another program put a text on the clipboard; returns when it is there.
+void putOnClipboard(const std::string &text);
 /// Runs the application's event loop until the condition holds, forty seconds at the most; whether it does.
 bool eventually(const std::function<bool()> &condition);
 /// Calls the function from a timer that also runs in modal panels and while the mouse is tracked.

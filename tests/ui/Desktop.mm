@@ -2,9 +2,12 @@
 
 #import <Tarvik/support/ArrayRange.h>
 #import <Tarvik/support/Pool.h>
+#include <gtest/gtest.h>
+#include <tests/support/Program.h>
 
 #include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <utility>
@@ -57,6 +60,17 @@ Hand::~Hand()
 {
     if (child_ > 0)
         waitpid(child_, nullptr, 0);
+}
+
+void putOnClipboard(const std::string &text)
+{
+    ASSERT_EQ(runProgram({"xclip", "-selection", "clipboard"}, text).status, 0);
+    // The clipboard is its background process's, which may only be starting.
+    for (int tries = 0; runProgram({"timeout", "20", "xclip", "-selection", "clipboard", "-o"}).out != text;
+         ++tries) {
+        ASSERT_LT(tries, 200);
+        usleep(20000);
+    }
 }
 
 bool eventually(const std::function<bool()> &condition)

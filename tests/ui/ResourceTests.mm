@@ -192,7 +192,7 @@ TEST(Clipboard, IsTheDesktops)
     [NSApplication sharedApplication];
     const ScrapRef scrap = ScrapGetCurrentScrap();
     ASSERT_NE(scrap, nullptr);
-    ASSERT_EQ(runProgram({"xclip", "-selection", "clipboard"}, "from anothér").status, 0);
+    putOnClipboard("from anothér");
     EXPECT_TRUE([[(NSString *)ScrapCopyString(scrap) autorelease] isEqual:@"from anothér"]);
     const auto unicode = [(NSData *)ScrapCopyDataOfFlavor(scrap, kScrapFlavorTypeUnicode) autorelease];
     EXPECT_EQ([unicode length], 24u);

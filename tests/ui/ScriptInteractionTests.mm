@@ -163,7 +163,7 @@ TEST(ScriptClipboard, IsTheDesktops)
 {
     Scripting scripting;
     [NSApplication sharedApplication];
-    ASSERT_EQ(runProgram({"xclip", "-selection", "clipboard"}, "from anothér").status, 0);
+    putOnClipboard("from anothér");
     EXPECT_EQ(scripting.run("{the clipboard, length of (the clipboard as text)}"), "{\"from anothér\", 12}");
     EXPECT_EQ(scripting.run("the clipboard as integer"),
               "error -1700: Can’t make \"from anothér\" into type integer.");
