@@ -1,15 +1,10 @@
 # Scripts and the command tell applications what to do: two with windows, one that answers Apple events. On a display of the step's own.
 . "$DEMO/lib.sh"
 build=$(dirname "$(dirname "$(command -v tarvik)")")
-server= manager= children=
-trap 'kill -KILL $children 2>/dev/null; kill $manager $server 2>/dev/null' EXIT  # an application that loses its display first may take its time
-exec 3< <(exec timeout 900 Xvfb -displayfd 1 -r -screen 0 1024x640x24 -nolisten tcp 2>/dev/null)
-server=$!
-read -r -t 20 display <&3 || { echo 'demo: Xvfb did not start' >&2; exit 1; }
-export DISPLAY=:$display
-unset WAYLAND_DISPLAY
-timeout 900 openbox >/dev/null 2>&1 &
-manager=$!
+. "$DEMO/../display.sh"
+children=
+trap 'kill -KILL $children 2>/dev/null; end_display' EXIT  # an application that loses its display first may take its time
+start_display 1024x640 || exit 1
 # await COMMAND...: until it succeeds
 await() {
     local end=$((SECONDS + 60))
@@ -81,4 +76,5 @@ title 'The clipboard'
 show tarvik script -e 'set the clipboard to "from a script"'
 check 'another program pastes it' 'from a script' "$(timeout 20 xclip -o -selection clipboard)"
 printf 'from the desktop' | timeout 20 xclip -i -selection clipboard 2>/dev/null
+await timeout 20 xclip -o -selection clipboard  # from its background process, which may only be starting
 check 'and the other way' 'from the desktop' "$(tarvik script -e 'the clipboard')"

@@ -24,23 +24,17 @@ if [ -n "${DISPLAY:-}" ] && [ -t 0 ] && [ -t 1 ]; then
 fi
 
 # ---- A display and a window manager of our own; the server keeps its picture in a file
+. "$DEMO/../display.sh"
 frames=$(mktemp -d)
-exec 3< <(exec timeout 900 Xvfb -displayfd 1 -r -screen 0 1024x640x24 -fbdir "$frames" -nolisten tcp 2>/dev/null)
-server=$!
 application=
 leave() {
     [ -z "$application" ] || kill "$application" 2>/dev/null
     for image in "$PWD"/*.img; do tarvik image unmount "$image" 2>/dev/null; done
-    kill "$manager" "$server" 2>/dev/null
+    end_display
     rm -rf "$frames"
 }
-manager=
 trap leave EXIT
-read -r -t 20 display <&3 || { echo 'demo: Xvfb did not start' >&2; exit 1; }
-export DISPLAY=:$display
-unset WAYLAND_DISPLAY
-timeout 900 openbox >/dev/null 2>&1 &
-manager=$!
+start_display 1024x640 -fbdir "$frames" || exit 1
 
 # await TEXT COMMAND...: until it succeeds; ends the step when it does not
 await() {

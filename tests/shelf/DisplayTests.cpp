@@ -83,7 +83,7 @@ protected:
         int ends[2];
         ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
         server_.emplace(std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0", "1024x640x24",
-                                                 "-nolisten", "tcp", "-r"},
+                                                 "-nolisten", "tcp", "-r", "-noreset"},
                         ends[1]);
         close(ends[1]);
         std::string number;
