@@ -2,6 +2,20 @@
 
 #include "Catalogue.h"
 
+/// Text that the mouse doesn't see: clicks and drops go to what is under it.
+@interface ShelfCaption : NSTextField
+@end
+
+@implementation ShelfCaption
+
+- (NSView *)hitTest:(NSPoint)point
+{
+    (void)point;
+    return nil;
+}
+
+@end
+
 namespace {
 
 constexpr CGFloat kWidth = 960, kHeight = 560, kEdge = 12, kButtonHeight = 28,
@@ -9,7 +23,7 @@ constexpr CGFloat kWidth = 960, kHeight = 560, kEdge = 12, kButtonHeight = 28,
 
 NSTextField *plainText(NSRect frame, CGFloat size, NSColor *color, BOOL bold)
 {
-    NSTextField *field = [[[NSTextField alloc] initWithFrame:frame] autorelease];
+    NSTextField *field = [[[ShelfCaption alloc] initWithFrame:frame] autorelease];
     [field setEditable:NO];
     [field setSelectable:NO];
     [field setBezeled:NO];
@@ -60,6 +74,15 @@ void dress(NSButton *button, NSString *title, SEL action, id target)
 - (NSDragOperation)draggingSourceOperationMaskForLocal:(BOOL)isLocal
 {
     return isLocal ? NSDragOperationEvery : NSDragOperationCopy | NSDragOperationGeneric;
+}
+
+// AppKit marks the place of a drop that isn't accepted, and leaves the mark.
+- (NSDragOperation)draggingUpdated:(id<NSDraggingInfo>)info
+{
+    const NSDragOperation operation = [super draggingUpdated:info];
+    if (operation == NSDragOperationNone)
+        [self setNeedsDisplay:YES];
+    return operation;
 }
 
 @end
