@@ -25,15 +25,9 @@ const Target kTargets[] = {
     {"image/tiff", &NSTIFFPboardType},
 };
 
-bool areFiles(const Target &target)
-{
-    return target.name == kFiles;
-}
+bool areFiles(const Target &target) { return target.name == kFiles; }
 
-bool isText(const Target &target)
-{
-    return target.type == &NSStringPboardType;
-}
+bool isText(const Target &target) { return target.type == &NSStringPboardType; }
 
 struct Freed {
     void operator()(char *text) const { g_free(text); }
@@ -74,10 +68,7 @@ NSData *listOf(NSArray *files)
 
 }  // namespace
 
-std::span<const Target> targets()
-{
-    return kTargets;
-}
+std::span<const Target> targets() { return kTargets; }
 
 NSData *contents(NSPasteboard *pasteboard, const Target &target)
 {

@@ -43,7 +43,8 @@ INTERPOSED void xdnd_init(DragProtocol *protocol, void *display)
         protocol->version = kSpoken;
 }
 
-INTERPOSED int xdnd_is_dnd_aware(DragProtocol *protocol, unsigned long window, int *version, unsigned long *types)
+INTERPOSED int xdnd_is_dnd_aware(DragProtocol *protocol, unsigned long window, int *version,
+                                 unsigned long *types)
 {
     static const auto isAware = original<decltype(&xdnd_is_dnd_aware)>("xdnd_is_dnd_aware");
     const int is = isAware(protocol, window, version, types);

@@ -51,7 +51,8 @@ void answer(const drags::Names &names, const XSelectionRequestEvent &request)
                found != names.targets().end()) {
         NSData *data = drags::contents(pasteboard, known[size_t(found - names.targets().begin())]);
         // What doesn't fit a request of the display's is not handed over.
-        const long words = std::max(XExtendedMaxRequestSize(names.display()), XMaxRequestSize(names.display()));
+        const long words =
+            std::max(XExtendedMaxRequestSize(names.display()), XMaxRequestSize(names.display()));
         if (data && [data length] < size_t(words) * 4 - 64) {
             XChangeProperty(names.display(), request.requestor, place, request.target, 8, PropModeReplace,
                             static_cast<const unsigned char *>([data bytes]), int([data length]));
@@ -105,10 +106,7 @@ void processWithDrags(id server, SEL command, XEvent *event)
 {
     Pool pool;
     NSNotificationCenter *center = [NSNotificationCenter defaultCenter];
-    [center addObserver:self
-               selector:@selector(bundleIsLoaded:)
-                   name:NSBundleDidLoadNotification
-                 object:nil];
+    [center addObserver:self selector:@selector(bundleIsLoaded:) name:NSBundleDidLoadNotification object:nil];
     [center addObserver:self
                selector:@selector(applicationEnds:)
                    name:NSApplicationWillTerminateNotification

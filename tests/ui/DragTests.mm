@@ -157,8 +157,10 @@ TEST_F(Drags, FilesGoToOthers)
             later(0.1, dropWhenOver);
     };
     later(0.1, dropWhenOver);
-    const Hand hand("mousemove " + middleOf(icon) + " sleep 0.2 mousedown 1 sleep 0.2 mousemove_relative 10 10 sleep 0.1 "
+    const Hand hand("mousemove " + middleOf(icon) +
+                    " sleep 0.2 mousedown 1 sleep 0.2 mousemove_relative 10 10 sleep 0.1 "
                     "mousemove_relative 10 10 sleep 0.1 mousemove 90 90 sleep 0.2 mousemove 50 50");
     const std::string list = "file://" + folder_.path().native() + "/F%C3%BCr%20dich.img";
-    EXPECT_TRUE(eventually([&] { return said("text/uri-list b'" + list + "\\r\\n'"); })) << folder_.read("said");
+    EXPECT_TRUE(eventually([&] { return said("text/uri-list b'" + list + "\\r\\n'"); }))
+        << folder_.read("said");
 }
