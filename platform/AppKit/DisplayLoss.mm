@@ -1,39 +1,30 @@
-// A display that goes away: its server ended, or the network between. Xlib then ends the process by exit(). On the way out gnustep-base
-// tidies up; where that fails, AppKit shows the failure in a panel, on the display that isn't there, and Xlib tries for ever to send it:
-// applications stayed behind that took half a processor each. And what an application had set in its user defaults was lost.
+// A display that goes away: its server ended, or the network between. Xlib then ends the process by exit(), and what an application had
+// set in its user defaults was lost.
 //
-// Here the user defaults are written, and then the process ends, whatever its tidying meets. What else the application registered for
-// its exit is done as ever.
+// Here the user defaults are written, and then the process ends, however long its tidying hangs. What else the application registered
+// for its exit is done as ever; where that fails, see ExitFailures.mm.
 #import <AppKit/NSApplication.h>
 #import <Foundation/Foundation.h>
 
 #import <Tarvik/support/Guard.h>
 #import <Tarvik/support/Pool.h>
 
+#include <X11/Xlib.h>
+
 #include <csignal>
-#include <cstdio>
-#include <dlfcn.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr unsigned kPatience = 10;  // seconds until a process that hangs in its tidying is ended
 
-void endAtOnce(NSException *exception)
-{
-    std::fprintf(stderr, "%s, at the end without a display\n", [[exception reason] UTF8String]);
-    _exit(1);
-}
-
-using Handler = int (*)(void *display);
-Handler before;
+XIOErrorHandler before;
 
 /// Xlib calls it once, and ends the process when it returns.
-int displayIsGone(void *display)
+int displayIsGone(Display *display)
 {
     std::signal(SIGALRM, SIG_DFL);
     alarm(kPatience);
-    NSSetUncaughtExceptionHandler(endAtOnce);
     {
         tarvik::Pool pool;
         tarvik::attempt([] { [[NSUserDefaults standardUserDefaults] synchronize]; });
@@ -57,14 +48,11 @@ int displayIsGone(void *display)
                                                object:nil];
 }
 
-// By now AppKit has loaded Xlib, if that is what it draws with.
 + (void)applicationStarts:(NSNotification *)notification
 {
     (void)notification;
-    void *xlib = dlopen("libX11.so.6", RTLD_LAZY | RTLD_NOLOAD);
-    if (auto install =
-            reinterpret_cast<Handler (*)(Handler)>(xlib ? dlsym(xlib, "XSetIOErrorHandler") : nullptr))
-        before = install(displayIsGone);
+    if (!before)
+        before = XSetIOErrorHandler(displayIsGone);
 }
 
 @end
