@@ -156,7 +156,7 @@ TEST_F(FrontProcess, ChangesHandsBetweenApplications)
     EXPECT_EQ(pid, children_[1]);
 
     // All windows of an application come, not the topmost alone.
-    EXPECT_EQ(stacking().back(), '3');
+    EXPECT_TRUE(comesTrue([] { return stacking().back() == '3'; })) << stacking();
     FSRef ref;
     ASSERT_TRUE([inkPath getFSRef:&ref] && FSSetFrontProcess(&ref));
     EXPECT_TRUE(comesTrue([&] { return isFront(ink) && stacking().front() == '3'; })) << stacking();

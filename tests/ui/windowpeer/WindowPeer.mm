@@ -1,4 +1,5 @@
-// An application with a window for each title that its environment names (WINDOW_PEER=one,two), until it is ended.
+// An application with a window for each title that its environment names (WINDOW_PEER=one,two), until it is ended. The windows have their
+// titles when it is up: while it starts, AppKit brings it to the front more than once.
 #import <AppKit/AppKit.h>
 
 #include <unistd.h>
@@ -15,8 +16,10 @@ int main()
                                                        styleMask:NSTitledWindowMask
                                                          backing:NSBackingStoreBuffered
                                                            defer:NO];
-        [window setTitle:[[titles componentsSeparatedByString:@","] objectAtIndex:i]];
         [window makeKeyAndOrderFront:nil];
+        [window performSelector:@selector(setTitle:)
+                     withObject:[[titles componentsSeparatedByString:@","] objectAtIndex:i]
+                     afterDelay:0.5];
     }
     [NSApp run];
     [pool drain];
