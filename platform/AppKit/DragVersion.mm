@@ -38,6 +38,8 @@ Function original(const char *name)
 INTERPOSED void xdnd_init(DragProtocol *protocol, void *display)
 {
     static const auto initialize = original<decltype(&xdnd_init)>("xdnd_init");
+    if (!initialize)
+        return;
     initialize(protocol, display);
     if (protocol->display == display && protocol->version == kClaimed)
         protocol->version = kSpoken;
@@ -47,8 +49,8 @@ INTERPOSED int xdnd_is_dnd_aware(DragProtocol *protocol, unsigned long window, i
                                  unsigned long *types)
 {
     static const auto isAware = original<decltype(&xdnd_is_dnd_aware)>("xdnd_is_dnd_aware");
-    const int is = isAware(protocol, window, version, types);
-    if (protocol->version == kSpoken && *version > kTold)
+    const int is = isAware ? isAware(protocol, window, version, types) : 0;
+    if (is && protocol->version == kSpoken && *version > kTold)
         *version = kTold;
     return is;
 }

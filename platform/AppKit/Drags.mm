@@ -22,7 +22,34 @@ namespace {
 
 using namespace tarvik;
 
-/// Hands what was dragged out of this application to another that asks for it.
+/// Puts what was dragged out of this application into a property of another's window, as asked for; whether it is there.
+bool handOver(const drags::Names &names, const XSelectionRequestEvent &request, Atom place)
+{
+    NSPasteboard *pasteboard = [NSPasteboard pasteboardWithName:NSDragPboard];
+    const auto known = drags::targets();
+    if (request.target == names[drags::kTargets]) {
+        std::vector<Atom> offered{names[drags::kTargets]};
+        NSArray *types = [pasteboard types];
+        for (size_t i = 0; i < known.size(); ++i)
+            if ([types containsObject:*known[i].type])
+                offered.push_back(names.targets()[i]);
+        XChangeProperty(names.display(), request.requestor, place, XA_ATOM, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char *>(offered.data()), int(offered.size()));
+        return true;
+    }
+    const auto found = std::ranges::find(names.targets(), request.target);
+    if (found == names.targets().end())
+        return false;
+    NSData *data = drags::contents(pasteboard, known[size_t(found - names.targets().begin())]);
+    // What doesn't fit one request to the display (16 MB) is refused.
+    const long words = std::max(XExtendedMaxRequestSize(names.display()), XMaxRequestSize(names.display()));
+    if (!data || [data length] > size_t(words) * 4 - 64)
+        return false;
+    XChangeProperty(names.display(), request.requestor, place, request.target, 8, PropModeReplace,
+                    static_cast<const unsigned char *>([data bytes]), int([data length]));
+    return true;
+}
+
 void answer(const drags::Names &names, const XSelectionRequestEvent &request)
 {
     const Atom place = request.property == None ? request.target : request.property;
@@ -34,31 +61,8 @@ void answer(const drags::Names &names, const XSelectionRequestEvent &request)
                         .requestor = request.requestor,
                         .selection = request.selection,
                         .target = request.target,
-                        .property = None,
+                        .property = handOver(names, request, place) ? place : None,
                         .time = request.time};
-    NSPasteboard *pasteboard = [NSPasteboard pasteboardWithName:NSDragPboard];
-    const auto known = drags::targets();
-    if (request.target == names[drags::kTargets]) {
-        std::vector<Atom> offered{names[drags::kTargets]};
-        NSArray *types = [pasteboard types];
-        for (size_t i = 0; i < known.size(); ++i)
-            if ([types containsObject:*known[i].type])
-                offered.push_back(names.targets()[i]);
-        XChangeProperty(names.display(), request.requestor, place, XA_ATOM, 32, PropModeReplace,
-                        reinterpret_cast<const unsigned char *>(offered.data()), int(offered.size()));
-        reply.xselection.property = place;
-    } else if (const auto found = std::ranges::find(names.targets(), request.target);
-               found != names.targets().end()) {
-        NSData *data = drags::contents(pasteboard, known[size_t(found - names.targets().begin())]);
-        // What doesn't fit a request of the display's is not handed over.
-        const long words =
-            std::max(XExtendedMaxRequestSize(names.display()), XMaxRequestSize(names.display()));
-        if (data && [data length] < size_t(words) * 4 - 64) {
-            XChangeProperty(names.display(), request.requestor, place, request.target, 8, PropModeReplace,
-                            static_cast<const unsigned char *>([data bytes]), int([data length]));
-            reply.xselection.property = place;
-        }
-    }
     XSendEvent(names.display(), request.requestor, False, NoEventMask, &reply);
     XFlush(names.display());
 }
