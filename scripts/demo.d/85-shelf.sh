@@ -169,6 +169,22 @@ frame 8-open
 keys Return
 await 'the image is in the catalogue' is 5 rows
 
+title 'And dragged in from another program, a GTK window at the corner'
+cp Botany.img 'Étymologie.img'
+printf 'file://%s/%%C3%%89tymologie.img\r\n' "$PWD" | timeout 60 "$DEMO/../../tests/support/drag-peer" text/uri-list >peer 2>/dev/null &
+peer=$!
+await 'the other window is there' grep shown peer
+xdotool mousemove 50 50 sleep 0.2 mousedown 1 sleep 0.1 mousemove 60 60 sleep 0.1 mousemove 90 90 sleep 0.3
+at 400 300; xdotool sleep 0.5; at 404 304; xdotool sleep 0.7
+frame 11-drag
+xdotool mouseup 1
+await 'the image is in the catalogue' is 6 rows
+await 'with its path' test -n "$(stored 'Étymologie.img' size)"
+kill $peer
+keys Delete
+await 'and deleted again' is 5 rows
+row 1
+
 title 'A new image of a folder, made in the background'
 keys ctrl+n
 await 'a folder is asked for' xdotool search --onlyvisible --name '^Make an image of which folder\?$'
