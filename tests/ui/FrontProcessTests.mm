@@ -158,16 +158,16 @@ TEST_F(FrontProcess, ChangesHandsBetweenApplications)
     // All windows of an application come, not the topmost alone.
     EXPECT_TRUE(comesTrue([] { return stacking().back() == '3'; })) << stacking();
     FSRef ref;
-    ASSERT_TRUE([inkPath getFSRef:&ref] && FSSetFrontProcess(&ref));
-    EXPECT_TRUE(comesTrue([&] { return isFront(ink) && stacking().front() == '3'; })) << stacking();
+    ASSERT_TRUE([inkPath getFSRef:&ref]);
+    EXPECT_TRUE(staysInFront(ink, [&] { return FSSetFrontProcess(&ref); }));
+    EXPECT_EQ(stacking().front(), '3') << stacking();
     EXPECT_TRUE(FSIsFrontProcess(&ref));
 
     // Launching what runs is to switch to it, unless that is not wanted.
     EXPECT_TRUE([penPath launchWithLaunchFlags:kLSLaunchDefaults | kLSLaunchDontSwitch]);
     usleep(100000);
     EXPECT_TRUE(isFront(ink));
-    EXPECT_TRUE([penPath launchWithLaunchFlags:kLSLaunchDefaults]);
-    EXPECT_TRUE(comesTrue([&] { return isFront(pen); }));
+    EXPECT_TRUE(staysInFront(pen, [&] { return [penPath launchWithLaunchFlags:kLSLaunchDefaults]; }));
     EXPECT_EQ(stacking().size(), 3u) << "nothing was started";
 
     // One that has no window.
