@@ -16,7 +16,7 @@ printf '   %s: %s files, %s\n' "$source" "$(find "$source" -type f | wc -l)" "$(
 show tarvik image create "$source" "$image"
 show tarvik image info "$image"
 show tarvik image mount "$image"
-folder=$(tarvik image list --no-header | awk -v image="$image" '$NF == image { print $1 }')
+folder=$(mount_point "$image")
 show tarvik image list
 check 'the kernel knows the mount' "$folder" "$(findmnt -n -o TARGET "$folder")"
 check 'every file is as in the source (diff -r)' '' "$(diff -r --no-dereference "$source" "$folder" 2>&1)"

@@ -117,7 +117,7 @@ title 'Mounting, with the keyboard; the kernel agrees'
 row 1
 keys ctrl+m
 await 'the image is mounted' mounted "$PWD/Botany.img"
-point=$(tarvik image list --no-header | awk -v image="$PWD/Botany.img" '$NF == image { print $1 }')
+point=$(mount_point "$PWD/Botany.img")
 check 'the mounted folder is the one that went into it (diff -r)' '' "$(diff -r --no-dereference Botany "$point" 2>&1)"
 
 title 'Labels, a note, checksums'

@@ -23,3 +23,5 @@ check() {
         exit 1
     fi
 }
+# mount_point IMAGE: where it is mounted. Its volume's name may hold spaces, as it does when another volume has the name already.
+mount_point() { tarvik image list --no-header | awk -v image="$1" '$NF == image { sub(/ +[^ ]+$/, ""); print }'; }
