@@ -85,7 +85,7 @@ tarvik::Retained<NSString *> publishAndWait(Job *job, NSString *url, const std::
                                             localize]]];
                } else {
                    [[NSUserDefaults standardUserDefaults] setObject:url.get() forKey:kAddressDefault];
-                   [self->mWindow->mStatus setStringValue:[@"The catalogue was published." localize]];
+                   [self tell:[@"The catalogue was published." localize]];
                }
            })];
 }

@@ -226,7 +226,7 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
 - (void)tableViewSelectionDidChange:(NSNotification *)notification
 {
     (void)notification;
-    [self refresh];
+    [self tell:nil];
 }
 
 // ---- Sorting

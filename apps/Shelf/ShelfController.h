@@ -32,12 +32,15 @@
     NSString *mSortKey;
     BOOL mSortsDown, mIsSurveying, mSurveyAgain;
     NSDate *mLastSurvey;
+    NSString *mNews;  // of the last job, in place of the count
 }
 /// Makes the window, with the rows of the user defaults.
 - (id)init;
 - (void)show;
 /// What the window shows beside the rows: buttons, the selected image, the count.
 - (void)refresh;
+/// Shows the news in place of the count, until a job begins or the rows or the selection change; nil: the count again.
+- (void)tell:(NSString *)news;
 /// Rows have changed: they are stored soon, and shown.
 - (void)rowsChanged;
 /// Writes the rows to the user defaults now.

@@ -64,9 +64,9 @@ void assign(T *&place, T *object)
     [mWindow close];
     [mWindow release];
     mJobs->mChanged = nullptr;
-    for (NSObject *owned :
-         {(NSObject *)mJobs, (NSObject *)mUndo, (NSObject *)mLabels, (NSObject *)mMounts,
-          (NSObject *)mMissing, (NSObject *)mVerified, (NSObject *)mSortKey, (NSObject *)mLastSurvey})
+    for (NSObject *owned : {(NSObject *)mJobs, (NSObject *)mUndo, (NSObject *)mLabels, (NSObject *)mMounts,
+                            (NSObject *)mMissing, (NSObject *)mVerified, (NSObject *)mSortKey,
+                            (NSObject *)mLastSurvey, (NSObject *)mNews})
         [owned release];
     [super dealloc];
 }
@@ -123,6 +123,7 @@ void assign(T *&place, T *object)
     [mWindow->mDetail setStringValue:detail];
 
     if (Job *job = [mJobs current]) {
+        assign<NSString>(mNews, nil);
         [mWindow showWork:job->mTitle fraction:job->mFraction];
     } else {
         [mWindow showWork:nil fraction:0];
@@ -131,8 +132,15 @@ void assign(T *&place, T *object)
             mounted += [mMounts objectForKey:shelf::text(each, shelf::kPath)] != nil;
         NSString *format =
             count == 1 ? [@"%d image, %d mounted" localize] : [@"%d images, %d mounted" localize];
-        [mWindow->mStatus setStringValue:[NSString stringWithFormat:format, int(count), mounted]];
+        [mWindow->mStatus
+            setStringValue:mNews ? mNews : [NSString stringWithFormat:format, int(count), mounted]];
     }
+}
+
+- (void)tell:(NSString *)news
+{
+    assign(mNews, news);
+    [self refresh];
 }
 
 - (void)showIconOf:(NSArray *)paths
@@ -155,7 +163,7 @@ void assign(T *&place, T *object)
     [NSObject cancelPreviousPerformRequestsWithTarget:self selector:@selector(store) object:nil];
     [self performSelector:@selector(store) withObject:nil afterDelay:kStoreDelay inModes:[JobQueue modes]];
     [mWindow->mTable reloadData];
-    [self refresh];
+    [self tell:nil];
 }
 
 - (void)store

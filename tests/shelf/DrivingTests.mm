@@ -172,7 +172,7 @@ TEST_F(Driven, SaysWhyItIsStillMounted)
 TEST_F(Driven, PublishesToAServer)
 {
     const LocalServer server;
-    add("a.img");
+    const std::string image = add("a.img");
     [[[shelf_->mRows datasourceArray] objectAtIndex:0] setObject:@"é & <b>" forKey:kNote];
     const auto publish = [&](const std::string &url) {
         ASSERT_TRUE(toFront());
@@ -182,7 +182,8 @@ TEST_F(Driven, PublishesToAServer)
             return [[panel firstResponder] isKindOfClass:[NSText class]] &&
                    [[(NSText *)[panel firstResponder] string] isEqual:ns(url)];
         };
-        ASSERT_TRUE(drive("key ctrl+a sleep 0.2 type --delay 15 " + url, shows));
+        ASSERT_TRUE(drive("key ctrl+a sleep 0.2 type --delay 15 " + url, shows))
+            << str([[panel firstResponder] description]) << texts([panel contentView]);
         ASSERT_TRUE(drive("key Return", [&] { return [shelf_->mWindow attachedSheet] != panel; }));
         ASSERT_TRUE(idle());
     };
@@ -193,6 +194,13 @@ TEST_F(Driven, PublishesToAServer)
     EXPECT_TRUE(kept.starts_with("POST /keep HTTP/1.1\r\n")) << kept;
     EXPECT_NE(kept.find("Content-Type: text/xml\r\n"), std::string::npos) << kept;
     EXPECT_EQ(kept.substr(kept.find("\r\n\r\n") + 4), xmlOfRows([shelf_->mRows datasourceArray]));
+    // It stays to be read whatever happens to images meanwhile, until the person goes on.
+    std::filesystem::remove(image);
+    [shelf_ survey];
+    EXPECT_TRUE(eventually([&] { return [shelf_->mMissing count] == 1; }));
+    EXPECT_EQ(str([shelf_->mWindow->mStatus stringValue]), "The catalogue was published.");
+    select({});  // the row was selected when it was added
+    EXPECT_EQ(str([shelf_->mWindow->mStatus stringValue]), "1 image, 0 mounted");
 
     for (const auto &[url, why] :
          {std::pair{server.url("/status/503"), "status 503"},
