@@ -11,12 +11,11 @@
 
 #include "platform/AppKit/private/DragData.h"
 #include "platform/AppKit/private/IncomingDrag.h"
+#include "platform/Foundation/private/ReplacedMethod.h"
 
 #include <X11/Xatom.h>
 
 #include <algorithm>
-#include <bit>
-#include <objc/runtime.h>
 
 namespace {
 
@@ -123,8 +122,7 @@ void processWithDrags(id server, SEL command, XEvent *event)
     (void)notification;
     Method method = class_getInstanceMethod(NSClassFromString(@"XGServer"), @selector(processEvent:));
     if (method && !process)
-        process =
-            std::bit_cast<Process>(method_setImplementation(method, std::bit_cast<IMP>(&processWithDrags)));
+        process = replacedMethod(method, &processWithDrags);
 }
 
 + (void)applicationEnds:(NSNotification *)notification

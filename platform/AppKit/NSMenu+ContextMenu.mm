@@ -1,7 +1,9 @@
-// gnustep-gui shows such a menu around the mouse, and not where the event is, below a button say. Its menus end with the first release of the mouse, so that a click on what opens one only makes it flash. Here a click
-// leaves the menu open for the next one, and a press that is held, dragged and released on an item chooses it as before.
+// gnustep-gui shows such a menu around the mouse, and not where the event is, below a button say. Its menus end with the first release
+// of the mouse, so that a click on what opens one only makes it flash. Here a click leaves the menu open for the next one, and a press
+// that is held, dragged and released on an item chooses it as before.
 #import <AppKit/AppKit.h>
-#include <objc/runtime.h>
+
+#include "platform/Foundation/private/ReplacedMethod.h"
 
 #include <algorithm>
 #include <cmath>
@@ -78,12 +80,9 @@ void popUp(id self, SEL command, NSMenu *menu, NSEvent *event, NSView *view)
 @implementation NSMenu (ContextMenu)
 + (void)load
 {
-    const auto replace = [](Method method, auto &kept, auto ours) {
-        kept = reinterpret_cast<std::remove_reference_t<decltype(kept)>>(
-            reinterpret_cast<void (*)()>(method_getImplementation(method)));
-        method_setImplementation(method, reinterpret_cast<IMP>(reinterpret_cast<void (*)()>(ours)));
-    };
-    replace(class_getClassMethod(self, @selector(popUpContextMenu:withEvent:forView:)), original, popUp);
-    replace(class_getInstanceMethod(self, @selector(displayTransient)), showTransient, displayTransient);
+    original = tarvik::replacedMethod(
+        class_getClassMethod(self, @selector(popUpContextMenu:withEvent:forView:)), &popUp);
+    showTransient =
+        tarvik::replacedMethod(class_getInstanceMethod(self, @selector(displayTransient)), &displayTransient);
 }
 @end

@@ -4,9 +4,8 @@
 #import <Foundation/NSURLConnection.h>
 #import <Foundation/NSURLError.h>
 #import <Foundation/NSURLProtocol.h>
-#include <objc/runtime.h>
 
-#include <bit>
+#include "platform/Foundation/private/ReplacedMethod.h"
 
 namespace {
 
@@ -34,14 +33,6 @@ void failAndPart(NSURLConnection *self, SEL command, NSURLProtocol *protocol, NS
     part(self, protocol);
 }
 
-/// Puts a function in the place of the connection's method; returns what stood there.
-template <class Function>
-Function replace(SEL selector, Function function)
-{
-    Method method = class_getInstanceMethod([NSURLConnection class], selector);
-    return std::bit_cast<Function>(method_setImplementation(method, std::bit_cast<IMP>(function)));
-}
-
 }  // namespace
 
 @interface NSURLConnectionParting : NSObject
@@ -51,8 +42,9 @@ Function replace(SEL selector, Function function)
 
 + (void)load
 {
-    finishLoading = replace(@selector(URLProtocolDidFinishLoading:), &finishAndPart);
-    failWithError = replace(@selector(URLProtocol:didFailWithError:), &failAndPart);
+    const auto method = [](SEL name) { return class_getInstanceMethod([NSURLConnection class], name); };
+    finishLoading = tarvik::replacedMethod(method(@selector(URLProtocolDidFinishLoading:)), &finishAndPart);
+    failWithError = tarvik::replacedMethod(method(@selector(URLProtocol:didFailWithError:)), &failAndPart);
 }
 
 @end

@@ -2,7 +2,8 @@
 // forgotten when the object is deallocated. Main thread.
 #pragma once
 #import <Foundation/NSObject.h>
-#include <objc/runtime.h>
+
+#include "platform/Foundation/private/ReplacedMethod.h"
 
 #include <memory>
 #include <unordered_map>
@@ -56,16 +57,15 @@ private:
     References()
     {
         Method dealloc = class_getInstanceMethod(Record::base(), @selector(dealloc));
-        original_ = method_setImplementation(
-            dealloc, reinterpret_cast<IMP>(reinterpret_cast<void (*)()>(forgetAndDealloc)));
+        original_ = tarvik::replacedMethod(dealloc, &forgetAndDealloc);
     }
     static void forgetAndDealloc(id self, SEL command)
     {
         shared().forget(self);
-        reinterpret_cast<void (*)(id, SEL)>(reinterpret_cast<void (*)()>(shared().original_))(self, command);
+        shared().original_(self, command);
     }
 
     std::unordered_map<id, std::unique_ptr<Record>> records_;
     std::unordered_map<const Record *, id> objects_;
-    IMP original_ = nullptr;
+    void (*original_)(id, SEL) = nullptr;
 };
