@@ -3,11 +3,12 @@
 //
 // Here the user defaults are written, and then the process ends, however long its tidying hangs. What else the application registered
 // for its exit is done as ever; where that fails, see ExitFailures.mm.
-#import <AppKit/NSApplication.h>
 #import <Foundation/Foundation.h>
 
 #import <Tarvik/support/Guard.h>
 #import <Tarvik/support/Pool.h>
+
+#include "platform/AppKit/private/Launch.h"
 
 #include <X11/Xlib.h>
 
@@ -32,27 +33,9 @@ int displayIsGone(Display *display)
     return before ? before(display) : 0;
 }
 
-}  // namespace
-
-@interface DisplayLoss : NSObject
-@end
-
-@implementation DisplayLoss
-
-+ (void)load
-{
-    tarvik::Pool pool;
-    [[NSNotificationCenter defaultCenter] addObserver:self
-                                             selector:@selector(applicationStarts:)
-                                                 name:NSApplicationWillFinishLaunchingNotification
-                                               object:nil];
-}
-
-+ (void)applicationStarts:(NSNotification *)notification
-{
-    (void)notification;
+const tarvik::AtLaunch watched([] {
     if (!before)
         before = XSetIOErrorHandler(displayIsGone);
-}
+});
 
-@end
+}  // namespace

@@ -5,14 +5,12 @@
 //
 // Here the display's events stay where they are while one of them is being handled, but for loops within that ask for events (a panel
 // that a resize opens, say).
-#import <AppKit/NSApplication.h>
-#import <Foundation/NSNotification.h>
 #import <Foundation/NSRunLoop.h>
 #import <GNUstepGUI/GSDisplayServer.h>
-#import <Tarvik/support/Pool.h>
 
-#include <bit>
-#include <objc/runtime.h>
+#include "platform/AppKit/private/Launch.h"
+#include "platform/Foundation/private/ReplacedMethod.h"
+
 #include <utility>
 
 namespace {
@@ -49,38 +47,14 @@ NSEvent *nextInOrder(id server, SEL command, NSUInteger mask, NSDate *limit, NSS
     return next(server, command, mask, limit, mode, dequeue);
 }
 
-template <class Function>
-Function replace(Class type, SEL name, Function ours)
-{
-    return std::bit_cast<Function>(
-        method_setImplementation(class_getInstanceMethod(type, name), std::bit_cast<IMP>(ours)));
-}
-
-}  // namespace
-
-@interface EventOrder : NSObject
-@end
-
-@implementation EventOrder
-
-+ (void)load
-{
-    tarvik::Pool pool;
-    [[NSNotificationCenter defaultCenter] addObserver:self
-                                             selector:@selector(applicationStarts:)
-                                                 name:NSApplicationWillFinishLaunchingNotification
-                                               object:nil];
-}
-
-// By now AppKit has loaded what it draws with.
-+ (void)applicationStarts:(NSNotification *)notification
-{
-    (void)notification;
+const tarvik::AtLaunch ordered([] {
     Class server = [GSCurrentServer() class];
     if (receive || ![server instancesRespondToSelector:@selector(receivedEvent:type:extra:forMode:)])
         return;
-    receive = replace(server, @selector(receivedEvent:type:extra:forMode:), &receiveInOrder);
-    next = replace(server, @selector(getEventMatchingMask:beforeDate:inMode:dequeue:), &nextInOrder);
-}
+    const auto method = [server](SEL name) { return class_getInstanceMethod(server, name); };
+    receive = tarvik::replacedMethod(method(@selector(receivedEvent:type:extra:forMode:)), &receiveInOrder);
+    next = tarvik::replacedMethod(method(@selector(getEventMatchingMask:beforeDate:inMode:dequeue:)),
+                                  &nextInOrder);
+});
 
-@end
+}  // namespace

@@ -3,10 +3,9 @@
 // in a process without an event loop, or the process aborted.
 //
 // Here the failure is written to the standard error, and the process ends with the status that it was to end with.
-#import <AppKit/NSApplication.h>
 #import <Foundation/Foundation.h>
 
-#import <Tarvik/support/Pool.h>
+#include "platform/AppKit/private/Launch.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -24,26 +23,8 @@ void endAtOnce(NSException *exception)
     _exit(exitStatus);
 }
 
-}  // namespace
-
-@interface ExitFailures : NSObject
-@end
-
-@implementation ExitFailures
-
-+ (void)load
-{
-    tarvik::Pool pool;
-    [[NSNotificationCenter defaultCenter] addObserver:self
-                                             selector:@selector(applicationStarts:)
-                                                 name:NSApplicationWillFinishLaunchingNotification
-                                               object:nil];
-}
-
 // What is registered last runs first: by now gnustep-base has registered what tidies up.
-+ (void)applicationStarts:(NSNotification *)notification
-{
-    (void)notification;
+const tarvik::AtLaunch prepared([] {
     static const int registered = on_exit(
         [](int status, void *) {
             exitStatus = status;
@@ -51,6 +32,6 @@ void endAtOnce(NSException *exception)
         },
         nullptr);
     (void)registered;
-}
+});
 
-@end
+}  // namespace
