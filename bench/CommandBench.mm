@@ -1,5 +1,6 @@
 // Running tools, beside posix_spawn and a bare read loop; and the question which images are mounted where.
 #import <Foundation/Foundation.h>
+#include <Tarvik/support/Owned.h>
 #import <Tarvik/support/Pool.h>
 #include <Tarvik/system/CommandTool.h>
 #include <Tarvik/system/DiskImage.h>
@@ -9,7 +10,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <memory>
 #include <spawn.h>
 #include <string>
 #include <sys/wait.h>
@@ -44,10 +44,7 @@ bool runTool(NSString *path)
     return [[CommandTool commandToolWithPath:path] run:NO];
 }
 
-struct Freed {
-    void operator()(void *memory) const { std::free(memory); }
-};
-using Heap = std::unique_ptr<void, Freed>;
+using Heap = tarvik::Owned<void, std::free>;
 
 /// Memory in use, as a host with much data has it.
 Heap touched(size_t size)

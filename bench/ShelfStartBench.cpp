@@ -4,8 +4,8 @@
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 
+#include <Tarvik/support/Owned.h>
 #include <chrono>
-#include <memory>
 #include <string>
 
 #include <csignal>
@@ -20,10 +20,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kPatience(20);
 constexpr int kLeast = 300;  // points: what is narrower is not the application's main window
-
-struct Closer {
-    void operator()(Display *display) const { XCloseDisplay(display); }
-};
 
 /// What happens on the display, seen from outside.
 class Observer {
@@ -88,7 +84,7 @@ private:
         return title;
     }
 
-    std::unique_ptr<Display, Closer> display_;
+    tarvik::Owned<Display, XCloseDisplay> display_;
 };
 
 void start(benchmark::State &state, std::string program, const std::string &title)

@@ -12,6 +12,7 @@
 //
 // Memory of released results stays with the process while we measure. Otherwise each round above 32 MiB would get its pages
 // from the kernel anew, which takes longer than any of these conversions, and is the same for all. The rows "fresh" show that.
+#include <Tarvik/support/Owned.h>
 #include <Tarvik/text/UTF8.h>
 #include <benchmark/benchmark.h>
 #include <iconv.h>
@@ -21,7 +22,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string>
 
 namespace {
@@ -60,14 +60,10 @@ wstring wideText(const Script &script, size_t size)
     return text;
 }
 
-struct Free {
-    void operator()(void *memory) const { std::free(memory); }
-};
-
 template <class Element>
-std::unique_ptr<Element[], Free> room(size_t count)
+tarvik::Owned<Element[], std::free> room(size_t count)
 {
-    return std::unique_ptr<Element[], Free>(
+    return tarvik::Owned<Element[], std::free>(
         static_cast<Element *>(std::malloc((count + 1) * sizeof(Element))));
 }
 

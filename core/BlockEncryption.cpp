@@ -1,5 +1,6 @@
 #include <Tarvik/core/BitFlags.h>
 #include <Tarvik/core/BlockEncryption.h>
+#include <Tarvik/support/Owned.h>
 
 #include <BSD/crypt.h>
 
@@ -117,7 +118,7 @@ int MemAllocateEncryptedCopy(const void *source, size_t length, void **copy, siz
     *copyLength = 0;
 
     const size_t blocks = length / kBlock + (length % kBlock != 0);
-    std::unique_ptr<void, decltype(&std::free)> buffer(std::calloc(blocks, kBlock), &std::free);
+    tarvik::Owned<void, std::free> buffer(std::calloc(blocks, kBlock));
     if (!buffer)
         return 1;
     std::memcpy(buffer.get(), source, length);

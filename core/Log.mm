@@ -4,6 +4,7 @@
 #include <Tarvik/core/SystemVersion.h>
 #import <Tarvik/support/Bridge.h>
 #import <Tarvik/support/Guard.h>
+#include <Tarvik/support/Owned.h>
 #import <Tarvik/support/Pool.h>
 #include <syslog.h>
 
@@ -12,7 +13,6 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 
 namespace {
 
@@ -24,11 +24,8 @@ std::atomic<LogPreprocessProc> gLogPreprocess = nullptr;
 // Set for good once the user has chosen "Don't Alert After".
 std::atomic<bool> stopAlert = false;
 
-struct Freed {
-    void operator()(void *memory) const { std::free(memory); }
-};
-using CBuffer = std::unique_ptr<char, Freed>;
-using PascalBuffer = std::unique_ptr<unsigned char, Freed>;
+using CBuffer = tarvik::Owned<char, std::free>;
+using PascalBuffer = tarvik::Owned<unsigned char, std::free>;
 
 // Length byte, then the bytes; the length wraps at 256, which readers of old alerts know.
 PascalBuffer pascalString(const char *text, size_t spare)

@@ -2,13 +2,13 @@
 
 #include <Tarvik/support/CFOwned.h>
 #include <Tarvik/support/Handle.h>
+#include <Tarvik/support/Owned.h>
 #include <Tarvik/text/EncodingConversion.h>
 
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFURLAccess.h>
 
 #include <cstdlib>
-#include <memory>
 
 namespace {
 
@@ -22,10 +22,6 @@ struct ComponentTraits {
 using Component = tarvik::Handle<ComponentTraits>;
 
 Component openComponent() { return Component(OpenDefaultComponent(kOSAComponentType, kAppleScriptSubtype)); }
-
-struct Freed {
-    void operator()(char *text) const { std::free(text); }
-};
 
 void initialise(AEDesc *text, AEDesc *result)
 {
@@ -84,7 +80,7 @@ OSStatus OSAExecuteScriptString(CFStringRef source, AEDesc *text, AEDesc *result
         return kOSAScriptUnavailable;
     ByteCount readBytes = 0, length = 0;
     OSStatus converted = noErr;
-    const std::unique_ptr<char, Freed> bytes(CFStringAllocTECConvertedText(
+    const tarvik::Owned<char, std::free> bytes(CFStringAllocTECConvertedText(
         source, CFStringGetSystemEncoding(), 0, &readBytes, &length, &converted));
     if (!bytes || converted != noErr || length == 0)
         return kOSAScriptUnavailable;

@@ -1,5 +1,6 @@
 #include <Carbon/TextEncodingConverter.h>
 #include <Tarvik/support/Handle.h>
+#include <Tarvik/support/Owned.h>
 #include <Tarvik/text/EncodingConversion.h>
 
 #include "text/private/EncodingOrder.h"
@@ -7,17 +8,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string>
 
 namespace {
 
 constexpr CFIndex kLongestPascalString = 255;
 constexpr UInt8 kLossByte = 0xFF;
-
-struct Freed {
-    void operator()(void *memory) const { std::free(memory); }
-};
 
 struct ConverterTraits {
     using Value = TECObjectRef;
@@ -100,7 +96,7 @@ char *CFStringAllocTECConvertedText(CFStringRef string, TextEncoding encoding, U
     const size_t length = size_t(CFStringGetLength(string));
     const size_t size = (bytesPerCharacter ? bytesPerCharacter : kBytesPerCharacter) * length + 1;
     auto *buffer = static_cast<char *>(std::calloc(1, size));
-    const std::unique_ptr<UniChar, Freed> units(CFStringAllocUnicodeCharacters(string));
+    const tarvik::Owned<UniChar, std::free> units(CFStringAllocUnicodeCharacters(string));
     if (!buffer || !units) {
         std::free(buffer);
         report(status, OSStatus(memFullErr));

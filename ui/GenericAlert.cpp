@@ -1,9 +1,9 @@
 #include <Carbon/Gestalt.h>
+#include <Tarvik/support/Owned.h>
 #include <Tarvik/text/EncodingConversion.h>
 #include <Tarvik/ui/GenericAlert.h>
 
 #include <cstdlib>
-#include <memory>
 
 namespace {
 
@@ -18,10 +18,7 @@ SInt32 systemVersion()
     return version;
 }
 
-struct Freed {
-    void operator()(unsigned char *memory) const { std::free(memory); }
-};
-using PascalText = std::unique_ptr<unsigned char, Freed>;
+using PascalText = tarvik::Owned<unsigned char, std::free>;
 
 PascalText pascalText(CFStringRef text)
 {

@@ -4,20 +4,17 @@
 #include <Carbon/FileOperations.h>
 #include <Carbon/FileTrees.h>
 #include <CoreFoundation/CFNumber.h>
+#include <Tarvik/support/CFOwned.h>
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <memory>
 #include <set>
 
 namespace {
 
 namespace fs = std::filesystem;
 
-struct Released {
-    void operator()(const void *object) const { CFRelease(object); }
-};
-using Name = std::unique_ptr<const __CFString, Released>;
+using Name = tarvik::CFOwned<CFStringRef>;
 
 constexpr uint64_t kLargeFile = 64 << 20;
 
@@ -33,7 +30,7 @@ Target targetOf(std::string path, bool mustBeFolder)
     Boolean isFolder = false;
     const OSStatus error = FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), &ref, &isFolder);
     if (error == noErr && isFolder)
-        return {ref, nullptr};
+        return {ref, Name()};
     if (mustBeFolder)
         throw Failure(path + ": not a folder (several files need one to be copied into)");
     const size_t slash = path.rfind('/');
@@ -102,7 +99,7 @@ private:
             catalogOf(there, kFSCatInfoNodeFlags, path).nodeFlags & kFSNodeIsDirectoryMask)
             throw Failure(pathOfItem(there) + ": a folder is in the way");
         Background copy{progress_};
-        const std::unique_ptr<__FSFileOperation, Released> operation(FSFileOperationCreate(nullptr));
+        const tarvik::CFOwned<FSFileOperationRef> operation(FSFileOperationCreate(nullptr));
         FSFileOperationScheduleWithRunLoop(operation.get(), CFRunLoopGetCurrent(), kCFRunLoopDefaultMode);
         const FSFileOperationClientContext context = {0, &copy, nullptr, nullptr, nullptr};
         OSStatus error = FSCopyObjectAsync(operation.get(), &source, &folder, name,

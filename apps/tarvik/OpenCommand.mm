@@ -3,18 +3,15 @@
 
 #include <Tarvik/Tarvik.h>
 #import <Tarvik/support/Bridge.h>
+#include <Tarvik/support/CFOwned.h>
 
 #include <climits>
 #include <cstdio>
 #include <filesystem>
-#include <memory>
 
 namespace {
 
-struct Released {
-    void operator()(const void *object) const { CFRelease(object); }
-};
-using URL = std::unique_ptr<const __CFURL, Released>;
+using URL = tarvik::CFOwned<CFURLRef>;
 
 /// A file may have a name like one.
 bool isURL(const std::string &word)
@@ -70,7 +67,7 @@ int run(const Arguments &arguments)
             found = urlOf(*name).release();
         if (!found)
             throw Failure(*name + ": no application of this name is known");
-        application.reset(found);
+        application = URL(found);
     }
     for (const std::string &word : arguments.rest(1)) {
         const URL url = urlOf(word);
@@ -82,10 +79,8 @@ int run(const Arguments &arguments)
             continue;
         }
         const void *items[] = {url.get()};
-        const std::unique_ptr<const void, Released> list(
-            CFArrayCreate(nullptr, items, 1, &kCFTypeArrayCallBacks));
-        const LSLaunchURLSpec spec = {application.get(), static_cast<CFArrayRef>(list.get()), nullptr,
-                                      kLSLaunchDefaults, nullptr};
+        const tarvik::CFOwned<CFArrayRef> list(CFArrayCreate(nullptr, items, 1, &kCFTypeArrayCallBacks));
+        const LSLaunchURLSpec spec = {application.get(), list.get(), nullptr, kLSLaunchDefaults, nullptr};
         if (const OSStatus error = LSOpenFromURLSpec(&spec, nullptr))
             throw Failure(word + ": " + reasonOf(error));
     }

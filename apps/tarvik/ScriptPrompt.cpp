@@ -3,12 +3,12 @@
 #include "Command.h"
 
 #include <Carbon/AERegistry.h>
+#include <Tarvik/support/Owned.h>
 
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <sstream>
 
 #include <editline/readline.h>
@@ -19,10 +19,7 @@ volatile std::sig_atomic_t gStop = 0;
 
 OSErr stopWhenAsked(SRefCon) { return gStop ? OSErr(userCanceledErr) : OSErr(noErr); }
 
-struct Freed {
-    void operator()(char *text) const { std::free(text); }
-};
-using Line = std::unique_ptr<char, Freed>;
+using Line = tarvik::Owned<char, std::free>;
 
 /// The place of an error in its source.
 struct Place {

@@ -4,6 +4,7 @@
 
 #include <Carbon/Aliases.h>
 #include <Tarvik/support/Handle.h>
+#include <Tarvik/support/Owned.h>
 #include <fcntl.h>
 #include <glib.h>
 #include <sys/stat.h>
@@ -11,7 +12,6 @@
 
 #include <cerrno>
 #include <climits>
-#include <memory>
 
 namespace tarvik::aliases {
 
@@ -20,11 +20,7 @@ namespace {
 constexpr unsigned kMaxSteps = 40;            // as many links as the kernel follows
 constexpr size_t kMaxDesktopEntry = 1 << 20;  // larger ones are no desktop entries
 
-template <auto release>
-struct ReleaseBy {
-    void operator()(auto *object) const { release(object); }
-};
-using Text = std::unique_ptr<char, ReleaseBy<g_free>>;
+using Text = Owned<char, g_free>;
 
 std::string folderOf(const std::string &path) { return path.substr(0, path.rfind('/') + 1); }
 
@@ -45,7 +41,7 @@ std::string contentsOf(const std::string &path)
 
 std::string desktopEntryType(std::string_view text, std::string *url)
 {
-    const std::unique_ptr<GKeyFile, ReleaseBy<g_key_file_unref>> entry(g_key_file_new());
+    const Owned<GKeyFile, g_key_file_unref> entry(g_key_file_new());
     if (text.empty() ||
         !g_key_file_load_from_data(entry.get(), text.data(), text.size(), G_KEY_FILE_NONE, nullptr))
         return {};

@@ -2,9 +2,9 @@
 
 #import <Foundation/Foundation.h>
 #import <Tarvik/support/ArrayRange.h>
+#include <Tarvik/support/Owned.h>
 #include <glib.h>
 
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -29,17 +29,13 @@ bool areFiles(const Target &target) { return target.name == kFiles; }
 
 bool isText(const Target &target) { return target.type == &NSStringPboardType; }
 
-struct Freed {
-    void operator()(char *text) const { g_free(text); }
-    void operator()(char **texts) const { g_strfreev(texts); }
-};
-using Text = std::unique_ptr<char, Freed>;
+using Text = Owned<char, g_free>;
 
 /// RFC 2483: a URL in each line, and comments. A file's may name the machine that it is on (RFC 8089).
 NSArray *filesIn(NSData *data)
 {
     const std::string list(static_cast<const char *>([data bytes]), [data length]);
-    const std::unique_ptr<char *, Freed> urls(g_uri_list_extract_uris(list.c_str()));
+    const Owned<char *, g_strfreev> urls(g_uri_list_extract_uris(list.c_str()));
     NSMutableArray *files = [NSMutableArray array];
     for (char **url = urls.get(); *url; ++url) {
         char *host = nullptr;

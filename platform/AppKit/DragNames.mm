@@ -2,21 +2,14 @@
 
 #include "platform/AppKit/private/DragData.h"
 
+#include <Tarvik/support/Owned.h>
+
 #include <algorithm>
-#include <memory>
 
 namespace tarvik::drags {
 
-namespace {
-
-constexpr const char *kNames[kAtoms] = {"XdndSelection", "XdndEnter",    "XdndLeave", "XdndPosition",
-                                        "XdndDrop",      "XdndTypeList", "TARGETS",   "INCR"};
-
-struct Freed {
-    void operator()(void *memory) const { XFree(memory); }
-};
-
-}  // namespace
+static constexpr const char *kNames[kAtoms] = {"XdndSelection", "XdndEnter",    "XdndLeave", "XdndPosition",
+                                               "XdndDrop",      "XdndTypeList", "TARGETS",   "INCR"};
 
 Names::Names(Display *display) : display_(display), targets_(drags::targets().size())
 {
@@ -40,7 +33,7 @@ Property property(const Names &names, Window window, Atom name, bool remove)
     if (XGetWindowProperty(names.display(), window, name, 0, kMost / 4, remove, AnyPropertyType, &found.type,
                            &format, &count, &left, &items) != Success)
         return found;
-    const std::unique_ptr<unsigned char, Freed> owned(items);
+    const Owned<unsigned char, XFree> owned(items);
     if (format == 8)
         found.bytes.assign(reinterpret_cast<char *>(items), count);
     else if (format == 32)

@@ -4,13 +4,13 @@
 #import <Foundation/Foundation.h>
 #import <GNUstepGUI/GSDisplayServer.h>
 #import <GNUstepGUI/GSDragView.h>
+#include <Tarvik/support/Owned.h>
 
 #include "platform/AppKit/private/DragData.h"
 
 #include <X11/Xutil.h>
 
 #include <algorithm>
-#include <memory>
 #include <string_view>
 
 @interface GSDragView (DragsFromOthers)
@@ -30,17 +30,13 @@ namespace tarvik::drags {
 
 namespace {
 
-struct XFreed {
-    void operator()(void *memory) const { XFree(memory); }
-};
-
 /// GNUstep's applications hand data to each other through the pasteboard that they share.
 bool isGNUstep(Display *display, Window window)
 {
     XClassHint hint = {};
     if (!XGetClassHint(display, window, &hint))
         return false;
-    const std::unique_ptr<char, XFreed> name(hint.res_name), type(hint.res_class);
+    const Owned<char, XFree> name(hint.res_name), type(hint.res_class);
     return type && std::string_view(type.get()) == "GNUstep";
 }
 

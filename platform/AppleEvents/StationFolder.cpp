@@ -6,6 +6,7 @@
 #include <CoreFoundation/CFBundle.h>
 #include <CoreFoundation/CFDictionary.h>
 #include <CoreFoundation/CFString.h>
+#include <Tarvik/support/Owned.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -16,7 +17,6 @@
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
-#include <memory>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -127,11 +127,8 @@ void StationFolder::removeOwn() const { remove(getpid()); }
 std::vector<int32_t> StationFolder::all() const
 {
     std::vector<int32_t> pids;
-    struct Closed {
-        void operator()(DIR *folder) const { closedir(folder); }
-    };
     FileDescriptor copy = openFolder(folder_.get(), ".");
-    const std::unique_ptr<DIR, Closed> folder(copy ? fdopendir(copy.get()) : nullptr);
+    const Owned<DIR, closedir> folder(copy ? fdopendir(copy.get()) : nullptr);
     if (!folder)
         return pids;
     (void)copy.release();

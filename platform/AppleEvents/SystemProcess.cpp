@@ -1,10 +1,10 @@
 #include "platform/AppleEvents/private/SystemProcess.h"
 
 #include <Carbon/AERegistry.h>
+#include <Tarvik/support/Owned.h>
 #include <gio/gio.h>
 
 #include <cstdlib>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <unistd.h>
@@ -13,13 +13,8 @@ namespace tarvik::ae {
 
 namespace {
 
-struct Unreferenced {
-    void operator()(GDBusConnection *connection) const { g_object_unref(connection); }
-    void operator()(GVariant *value) const { g_variant_unref(value); }
-    void operator()(char *text) const { g_free(text); }
-};
-using Connection = std::unique_ptr<GDBusConnection, Unreferenced>;
-using Value = std::unique_ptr<GVariant, Unreferenced>;
+using Connection = Owned<GDBusConnection, g_object_unref>;
+using Value = Owned<GVariant, g_variant_unref>;
 
 constexpr int kAnswerTime = 5000;  // milliseconds
 
@@ -61,7 +56,7 @@ Connection connect(GBusType bus)
 {
     if (bus == G_BUS_TYPE_SESSION && !hasSessionBus())
         return nullptr;
-    const std::unique_ptr<char, Unreferenced> address(g_dbus_address_get_for_bus_sync(bus, nullptr, nullptr));
+    const Owned<char, g_free> address(g_dbus_address_get_for_bus_sync(bus, nullptr, nullptr));
     const auto flags = GDBusConnectionFlags(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                             G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
     return Connection(

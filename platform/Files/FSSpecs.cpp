@@ -4,22 +4,18 @@
 #include "platform/Files/private/Lookup.h"
 #include "platform/Files/private/Volumes.h"
 
+#include <Tarvik/support/Owned.h>
 #include <dirent.h>
 #include <fcntl.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 
 namespace tarvik::files {
 namespace {
 
 constexpr size_t kLongestName = 31;  // what the older calls take
-
-struct Closed {
-    void operator()(DIR *folder) const { closedir(folder); }
-};
 
 bool isPlainASCII(char c) { return c >= ' ' && c <= '~' && c != ':'; }
 
@@ -46,7 +42,7 @@ bool findShortened(const std::string &folder, const std::string &name, std::stri
     const size_t mark = name.rfind('#');
     char *end = nullptr;
     const auto number = mark == name.npos ? 0 : uint32_t(std::strtoul(name.c_str() + mark + 1, &end, 16));
-    const std::unique_ptr<DIR, Closed> open(number ? opendir(folder.c_str()) : nullptr);
+    const Owned<DIR, closedir> open(number ? opendir(folder.c_str()) : nullptr);
     for (const dirent *entry; open && (entry = readdir(open.get()));)
         if (uint32_t(entry->d_ino) == number && shortened(entry->d_name, number) == name) {
             path = joined(folder, entry->d_name);

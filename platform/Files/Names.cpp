@@ -1,19 +1,16 @@
 #include "platform/Files/private/Names.h"
 
 #include <CoreFoundation/CFString.h>
+#include <Tarvik/support/CFOwned.h>
 #include <Tarvik/support/UTF8.h>
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 
 namespace tarvik::files {
 namespace {
 
-struct Released {
-    void operator()(const void *object) const { CFRelease(object); }
-};
-using String = std::unique_ptr<const __CFString, Released>;
+using String = CFOwned<CFStringRef>;
 
 constexpr bool isHigh(uint32_t unit) { return (unit & 0xFC00) == 0xD800; }
 constexpr bool isLow(uint32_t unit) { return (unit & 0xFC00) == 0xDC00; }
@@ -86,8 +83,7 @@ std::vector<std::string> otherForms(const std::string &name)
     if (!text)
         return forms;
     for (CFStringNormalizationForm form : {kCFStringNormalizationFormC, kCFStringNormalizationFormD}) {
-        const std::unique_ptr<__CFString, Released> changed(const_cast<__CFString *>(
-            static_cast<const __CFString *>(CFStringCreateMutableCopy(nullptr, 0, text.get()))));
+        const CFOwned<CFMutableStringRef> changed(CFStringCreateMutableCopy(nullptr, 0, text.get()));
         CFStringNormalize(changed.get(), form);
         char bytes[1024];
         if (CFStringGetCString(changed.get(), bytes, sizeof bytes, kCFStringEncodingUTF8) && bytes != name &&

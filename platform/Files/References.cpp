@@ -3,6 +3,7 @@
 #include "platform/Files/private/Errors.h"
 
 #include <Tarvik/support/Handle.h>
+#include <Tarvik/support/Owned.h>
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
@@ -50,9 +51,6 @@ struct Contents {
 };
 static_assert(sizeof(Contents) <= sizeof(FSRef));
 
-struct Freed {
-    void operator()(void *memory) const { std::free(memory); }
-};
 struct DirectoryTraits {
     using Value = DIR *;
     static Value empty() { return nullptr; }
@@ -76,7 +74,7 @@ std::optional<std::string> plain(const std::string &path)
 {
     std::string out;
     if (!path.starts_with('/')) {
-        const std::unique_ptr<char, Freed> current(getcwd(nullptr, 0));
+        const Owned<char, std::free> current(getcwd(nullptr, 0));
         if (!current || current.get()[0] != '/')
             return std::nullopt;
         out = current.get() == std::string_view("/") ? "" : current.get();

@@ -14,6 +14,7 @@
 //   one of those lives the reader of the pipe never sees its end.
 
 #import <Foundation/Foundation.h>
+#include <Tarvik/support/Owned.h>
 #include <objc/runtime.h>
 
 #include <algorithm>
@@ -22,7 +23,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <initializer_list>
-#include <memory>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -42,10 +42,7 @@ namespace {
 
 constexpr size_t kPiece = 1 << 16;  // a pipe's usual capacity
 
-struct Freed {
-    void operator()(void *memory) const { free(memory); }
-};
-using Buffer = std::unique_ptr<char, Freed>;
+using Buffer = tarvik::Owned<char, free>;
 
 [[noreturn]] void failed(const char *what, int error)
 {

@@ -1,21 +1,16 @@
 #include "platform/LaunchServices/private/Applications.h"
 
+#include <Tarvik/support/Owned.h>
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
-
-#include <memory>
 
 namespace tarvik::launch {
 
 namespace {
 
-template <auto release>
-struct ReleaseBy {
-    void operator()(auto *object) const { release(object); }
-};
 template <class T>
-using Object = std::unique_ptr<T, ReleaseBy<g_object_unref>>;
-using Text = std::unique_ptr<char, ReleaseBy<g_free>>;
+using Object = Owned<T, g_object_unref>;
+using Text = Owned<char, g_free>;
 
 std::optional<std::string> entryOf(GAppInfo *application)
 {

@@ -1,22 +1,19 @@
 #include "platform/Processes/private/WindowManager.h"
 
+#include <Tarvik/support/Owned.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 
 namespace tarvik::processes {
 
 namespace {
 
-struct Freed {
-    void operator()(void *memory) const { std::free(memory); }
-};
 template <class T>
-using Reply = std::unique_ptr<T, Freed>;
+using Reply = tarvik::Owned<T, std::free>;
 
 constexpr const char *kNames[] = {"_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST_STACKING",  "_NET_WM_PID",
                                   "_NET_WM_STATE",      "_NET_WM_STATE_SKIP_TASKBAR", "_NET_RESTACK_WINDOW",

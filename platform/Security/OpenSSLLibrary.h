@@ -4,24 +4,14 @@
 /// changes it.
 #pragma once
 
-#include <memory>
-
+#include <Tarvik/support/Owned.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/kdf.h>
 
 namespace cssm {
 
-template <auto release>
-struct ReleaseBy {
-    template <class T>
-    void operator()(T *object) const
-    {
-        release(object);
-    }
-};
-template <class T, auto release>
-using Owned = std::unique_ptr<T, ReleaseBy<release>>;
+using tarvik::Owned;
 
 using OwnedCipherContext = Owned<EVP_CIPHER_CTX, EVP_CIPHER_CTX_free>;
 using OwnedKey = Owned<EVP_PKEY, EVP_PKEY_free>;

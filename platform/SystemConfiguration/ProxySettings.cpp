@@ -1,5 +1,6 @@
 #include "ProxySettings.h"
 
+#include <Tarvik/support/Owned.h>
 #include <arpa/inet.h>
 #include <gio/gio.h>
 #include <strings.h>
@@ -8,7 +9,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
-#include <memory>
 
 namespace proxies {
 
@@ -122,7 +122,7 @@ const char *variable(const char *lower, const char *upper)
 
 std::string stringSetting(GSettings *settings, const char *key)
 {
-    const std::unique_ptr<gchar, decltype(&g_free)> text(g_settings_get_string(settings, key), g_free);
+    const tarvik::Owned<gchar, g_free> text(g_settings_get_string(settings, key));
     return text.get();
 }
 
@@ -255,8 +255,7 @@ std::optional<Settings> fromDesktop()
         settings.http->user = stringSetting(desktop->http, "authentication-user");
         settings.http->password = stringSetting(desktop->http, "authentication-password");
     }
-    const std::unique_ptr<gchar *, decltype(&g_strfreev)> hosts(
-        g_settings_get_strv(desktop->general, "ignore-hosts"), g_strfreev);
+    const tarvik::Owned<gchar *, g_strfreev> hosts(g_settings_get_strv(desktop->general, "ignore-hosts"));
     std::vector<std::string> entries;
     for (gchar **host = hosts.get(); *host; ++host)
         appendException(*host, entries);

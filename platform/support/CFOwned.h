@@ -20,7 +20,7 @@ template <class Ref>
 class CFOwned {
 public:
     /// Takes over the caller's reference; null is empty.
-    explicit CFOwned(Ref object) : handle_(object) {}
+    explicit CFOwned(Ref object = nullptr) : handle_(object) {}
     Ref get() const { return (Ref)handle_.get(); }  // some references point to what is not const
     explicit operator bool() const { return bool(handle_); }
     /// Gives up ownership: the caller releases the result.

@@ -2,6 +2,7 @@
 #include "../support/TemporaryFolder.h"
 
 #include <CoreFoundation/CoreFoundation.h>
+#include <Tarvik/support/CFOwned.h>
 #include <Tarvik/system/FileForks.h>
 #include <Tarvik/system/FileLabels.h>
 #include <Tarvik/system/FileReferences.h>
@@ -11,18 +12,13 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <memory>
 
 namespace {
 
 namespace fs = std::filesystem;
 
-struct Released {
-    void operator()(const void *object) const { CFRelease(object); }
-};
-template <class Ref>
-using Owned = std::unique_ptr<std::remove_pointer_t<Ref>, Released>;
-using String = Owned<CFStringRef>;
+using tarvik::CFOwned;
+using String = CFOwned<CFStringRef>;
 
 String text(const std::string &utf8)
 {
@@ -62,7 +58,7 @@ const HFSUniStr255 kData{}, kResource = resourceFork();
 
 std::string readFork(const FSRef &ref, const HFSUniStr255 &name)
 {
-    const Owned<CFMutableDataRef> data(FSReadFileFork(&ref, &name));
+    const CFOwned<CFMutableDataRef> data(FSReadFileFork(&ref, &name));
     return data ? std::string(reinterpret_cast<const char *>(CFDataGetBytePtr(data.get())),
                               size_t(CFDataGetLength(data.get())))
                 : "(null)";
@@ -70,7 +66,7 @@ std::string readFork(const FSRef &ref, const HFSUniStr255 &name)
 
 bool writeFork(const FSRef &ref, const HFSUniStr255 &name, const std::string &bytes)
 {
-    const Owned<CFDataRef> data(
+    const CFOwned<CFDataRef> data(
         CFDataCreate(nullptr, reinterpret_cast<const UInt8 *>(bytes.data()), CFIndex(bytes.size())));
     return FSWriteFileFork(&ref, &name, data.get());
 }
@@ -233,7 +229,7 @@ TEST(FileURLFunctions, ItemsFoldersAndProperties)
     const std::string path = folder.write("f", "");
     fs::create_symlink("f", folder / "link");
     const auto urlOf = [](const std::string &where) {
-        return Owned<CFURLRef>(
+        return CFOwned<CFURLRef>(
             CFURLCreateWithFileSystemPath(nullptr, text(where).get(), kCFURLPOSIXPathStyle, false));
     };
     const auto url = urlOf(path), link = urlOf(folder / "link"), none = urlOf(folder / "none");
@@ -244,7 +240,7 @@ TEST(FileURLFunctions, ItemsFoldersAndProperties)
     EXPECT_EQ(CFURLCopyPosixPath(none.get()), nullptr);
     FSSpec spec;
     ASSERT_TRUE(CFURLGetFSSpec(url.get(), &spec));
-    const Owned<CFURLRef> again(CFURLCreateFromFSSpec(&spec));
+    const CFOwned<CFURLRef> again(CFURLCreateFromFSSpec(&spec));
     EXPECT_EQ(utf8(CFURLCopyPosixPath(again.get())), path);
 
     EXPECT_TRUE(CFURLSetFilePOSIXMode(url.get(), 0604));
@@ -256,14 +252,13 @@ TEST(FileURLFunctions, ItemsFoldersAndProperties)
 
     setenv("XDG_CONFIG_HOME", (folder / "config").c_str(), 1);
     EXPECT_EQ(CFURLCreateWithFindFolder(kUserDomain, kPreferencesFolderType, false, nullptr, false), nullptr);
-    const Owned<CFURLRef> inside(
+    const CFOwned<CFURLRef> inside(
         CFURLCreateWithFindFolder(kUserDomain, kPreferencesFolderType, true, text("x").get(), true));
     EXPECT_EQ(utf8(CFURLCopyFileSystemPath(inside.get(), kCFURLPOSIXPathStyle)), folder / "config/x");
     EXPECT_EQ(CFBundleCreateWithFindFolder(kUserDomain, kPreferencesFolderType, text("x").get()), nullptr);
     fs::create_directory(folder / "config/x");
-    EXPECT_NE(Owned<CFBundleRef>(
-                  CFBundleCreateWithFindFolder(kUserDomain, kPreferencesFolderType, text("x").get())),
-              nullptr);
+    EXPECT_TRUE(CFOwned<CFBundleRef>(
+        CFBundleCreateWithFindFolder(kUserDomain, kPreferencesFolderType, text("x").get())));
     EXPECT_EQ(CFBundleCreateWithFindFolder(kUserDomain, kPreferencesFolderType, nullptr), nullptr);
 }
 
