@@ -92,6 +92,7 @@ void processWithDrags(id server, SEL command, XEvent *event)
     case ClientMessage:
     case SelectionRequest:
     case SelectionNotify:
+    case DestroyNotify:
     case PropertyNotify: attempt([&] { isDone = isTaken(server, command, *event); });
     }
     if (!isDone)

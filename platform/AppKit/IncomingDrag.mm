@@ -50,6 +50,7 @@ bool Incoming::takes(const XEvent &event)
         return event.xselection.requestor == window_ && window_ && (arrived(event.xselection), true);
     case PropertyNotify:
         return event.xproperty.window == window_ && window_ && (continued(event.xproperty), true);
+    case DestroyNotify: return event.xdestroywindow.window == source() && source() && (sourceIsGone(), true);
     default: return false;
     }
 }
@@ -58,6 +59,7 @@ void Incoming::end()
 {
     kept_.clear();
     fetches_.clear();
+    entry_ = {};
     if (window_)
         XDestroyWindow(names_.display(), std::exchange(window_, None));
     [pasteboard_.get() releaseGlobally];
@@ -71,11 +73,15 @@ bool Incoming::takesMessage(const XEvent &event)
         end();
         if (isGNUstep(names_.display(), Window(event.xclient.data.l[0])))
             return false;
+        entry_ = event;
+        XSelectInput(names_.display(), source(), StructureNotifyMask);
         kept_.push_back(event);
         ask(event.xclient);
         passOnWhenWhole();
         return true;
     }
+    if (message == names_[kLeave] || message == names_[kDrop])
+        entry_ = {};  // it owes no leave any more
     if (kept_.empty())
         return false;
     if (message == names_[kLeave])
@@ -85,6 +91,18 @@ bool Incoming::takesMessage(const XEvent &event)
     else
         return false;
     return true;
+}
+
+/// It won't say that the drag has left.
+void Incoming::sourceIsGone()
+{
+    XEvent leave = std::exchange(entry_, {});
+    leave.xclient.message_type = names_[kLeave];
+    std::fill_n(leave.xclient.data.l + 1, 4, 0);
+    const bool isKnown = kept_.empty();
+    end();
+    if (isKnown)
+        passOn_(leave);
 }
 
 /// Asks for each kind of data that is offered, in its best form.

@@ -33,7 +33,10 @@ private:
         std::string bytes = {};
     };
 
+    /// The window that the drag comes from, until it has left or is dropped.
+    Window source() const { return Window(entry_.xclient.data.l[0]); }
     bool takesMessage(const XEvent &event);
+    void sourceIsGone();
     void ask(const XClientMessageEvent &entry);
     Fetch *fetchOf(Atom target);
     void arrived(const XSelectionEvent &event);
@@ -44,6 +47,7 @@ private:
     const Names &names_;
     const PassOn passOn_;
     Window window_ = None;
+    XEvent entry_ = {};
     std::vector<XEvent> kept_;
     std::vector<Fetch> fetches_;
     Retained<NSPasteboard *> pasteboard_;
