@@ -8,6 +8,7 @@
 #import <Tarvik/support/Pool.h>
 #include <syslog.h>
 
+#include "core/private/FormattedText.h"
 #include "core/private/VaList.h"
 
 #include <atomic>
@@ -79,14 +80,12 @@ char *StringAllocWithFormatAndArguments(const char *format, va_list arguments)
     char *out = nullptr;
     // A description method may raise anything; the log lets nothing out.
     tarvik::attempt([&] {
-        NSString *pattern = tarvik::nsstring(format);
-        if (!pattern)
+        if (!tarvik::nsstring(format))
             return;
-        auto text = tarvik::adopt([[NSString alloc] initWithFormat:pattern arguments:arguments]);
-        if (auto bytes = tarvik::utf8(text.get())) {
-            out = static_cast<char *>(std::calloc(1, bytes->size() + 1));
+        if (const auto text = tarvik::formattedText(format, arguments)) {
+            out = static_cast<char *>(std::calloc(1, text->size() + 1));
             if (out)
-                std::memcpy(out, bytes->data(), bytes->size());
+                std::memcpy(out, text->data(), text->size());
         }
     });
     return out;
