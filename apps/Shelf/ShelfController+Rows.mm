@@ -420,8 +420,13 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
     NSArray *kept = [NSArray arrayWithArray:[mRows datasourceArray]];
     NSMutableArray *merged = [NSMutableArray arrayWithCapacity:[kept count] + [rows count]];
     NSMutableIndexSet *back = [NSMutableIndexSet indexSet];
+    // Not those that have been added again meanwhile.
+    NSMutableSet *known = shelf::pathsOf(kept);
     NSUInteger next = 0;
     for (NSUInteger i = 0; i < [rows count]; ++i) {
+        NSString *path = shelf::text([rows objectAtIndex:i], shelf::kPath);
+        if ([path length] && [known containsObject:path])
+            continue;
         for (;[merged count] < place[i] && next < [kept count]; ++next)
             [merged addObject:[kept objectAtIndex:next]];
         [back addIndex:[merged count]];
@@ -432,7 +437,8 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
     [[mRows datasourceArray] setArray:merged];
     [mWindow->mTable noteNumberOfRowsChanged];
     [mWindow->mTable selectRowIndexes:back byExtendingSelection:NO];
-    [mWindow->mTable scrollRowToVisible:NSInteger([back firstIndex])];
+    if ([back count])
+        [mWindow->mTable scrollRowToVisible:NSInteger([back firstIndex])];
     [mUndo registerUndoWithTarget:self selector:@selector(takeOut:) object:removed];
     [mUndo setActionName:[@"Delete" localize]];
     [self rowsChanged];
@@ -441,13 +447,20 @@ id pastedPropertyList(NSPasteboard *pasteboard, NSString *type)
 
 - (void)takeOut:(NSDictionary *)removed
 {
+    // Rows may have come between them since; each image is in the catalogue once.
+    NSArray *put = [removed objectForKey:@"rows"];
+    NSSet *paths = shelf::pathsOf(put);
     NSMutableIndexSet *rows = [NSMutableIndexSet indexSet];
-    NSData *numbers = [removed objectForKey:@"numbers"];
-    const auto *number = static_cast<const uint32_t *>([numbers bytes]);
-    for (size_t i = 0; i < [numbers length] / sizeof *number; ++i)
-        [rows addIndex:number[i]];
+    NSUInteger number = 0;
+    for (id row : tarvik::each<NSObject>([mRows datasourceArray])) {
+        NSString *path = shelf::text(row, shelf::kPath);
+        if ([path length] ? [paths containsObject:path] : [put indexOfObjectIdenticalTo:row] != NSNotFound)
+            [rows addIndex:number];
+        ++number;
+    }
     [mWindow->mTable selectRowIndexes:rows byExtendingSelection:NO];
-    [mRows delete:self];
+    if ([rows count])
+        [mRows delete:self];
 }
 
 @end

@@ -26,6 +26,27 @@ TEST_F(ShelfApplication, KeepsItsRows)
     EXPECT_EQ(NSWidth([shelf_->mWindow frame]), 900);
 }
 
+// Whatever came between a deletion and its way back.
+TEST_F(ShelfApplication, UndoesAndRedoesTheSameRows)
+{
+    const std::string a = add("a.img");
+    add("b.img");
+    select({0});
+    [shelf_->mRows delete:nil];
+    EXPECT_EQ(names(), "b");
+    [shelf_ undo:nil];
+    EXPECT_EQ(names(), "ab");
+    [shelf_ addPaths:[NSArray arrayWithObject:ns(folder_.write("c.img", "c"))] atIndex:0];
+    EXPECT_EQ(names(), "cab");
+    [shelf_ redo:nil];
+    EXPECT_EQ(names(), "cb");
+    [shelf_ addPaths:[NSArray arrayWithObject:ns(a)] atIndex:0];
+    EXPECT_EQ(names(), "acb");
+    [shelf_ undo:nil];
+    EXPECT_EQ(names(), "acb") << "each image once";
+    EXPECT_TRUE(idle());
+}
+
 TEST_F(ShelfApplication, DeletesAndUndoes)
 {
     for (const char *name : {"a.img", "b.img", "c.img", "d.img"})
