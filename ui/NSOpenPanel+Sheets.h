@@ -8,6 +8,7 @@
 ///     -> YES at once; [self panel:thePanel didEnd:NSOKButton context:NULL] when the user has chosen
 ///
 /// Nil for a panel means a new one, for a window the application's main window, for a text the platform's own.
+/// gnustep-gui's panels show the prompt beside the name, not on the button, and no message.
 /// NO, nothing shown, when there is no window. Thread: main.
 #pragma once
 #ifdef __OBJC__

@@ -326,6 +326,13 @@ TEST_F(Driven, PrintsTheNotes)
     ASSERT_TRUE(drive("key ctrl+p", [&] { return std::filesystem::exists(folder_ / "notes.pdf"); }));
     const std::string words = runProgram({"pdftotext", "-raw", folder_ / "notes.pdf", "-"}).out;
     EXPECT_NE(words.find("a.img\nLent to Rosalind"), std::string::npos) << words;
+    // Not to the paper's edge.
+    const std::string places = runProgram({"pdftotext", "-bbox", folder_ / "notes.pdf", "-"}).out;
+    const auto first = [&](const std::string &name) {
+        return std::atof(places.c_str() + places.find(name + "=\"") + name.size() + 2);
+    };
+    EXPECT_NEAR(first("xMin"), 72, 10);
+    EXPECT_NEAR(first("yMin"), 90, 10);
 }
 
 }  // namespace

@@ -2,6 +2,9 @@
 
 #import "tests/ui/TableFixture.h"
 
+#import <Tarvik/support/Pool.h>
+#import <Tarvik/support/Retained.h>
+
 #include <tests/support/LoggedMessages.h>
 #include <tests/support/Program.h>
 #include <tests/support/TemporaryFolder.h>
@@ -15,6 +18,21 @@ namespace {
 std::string text(id object) { return tarvik::utf8([object description]).value_or("nil"); }
 
 NSData *list(std::vector<uint32_t> rows) { return [NSData dataWithBytes:rows.data() length:rows.size() * 4]; }
+
+TEST(TableView, MayHaveNoColumns)
+{
+    tarvik::Pool pool;
+    [NSApplication sharedApplication];
+    NSTableView *bare = [[[NSTableView alloc] initWithFrame:NSMakeRect(0, 0, 100, 100)] autorelease];
+    [bare selectRow:1 asExtending:NO andEdit:YES];
+    EXPECT_EQ([bare numberOfRows], 0);
+    const auto controller = tarvik::adopt<TableController>([[TableController alloc] initWithTableView:bare
+                                                                                       userDefaultKey:nil]);
+    [controller.get() setTableView:nil];
+    [controller.get() setTableView:bare];
+    [controller.get() loadDatasource];
+    EXPECT_EQ([bare numberOfRows], 0);
+}
 
 TEST_F(TableTest, NewRowsGoBehindTheSelectedOneOrToTheTop)
 {
