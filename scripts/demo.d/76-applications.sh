@@ -76,5 +76,6 @@ title 'The clipboard'
 show tarvik script -e 'set the clipboard to "from a script"'
 check 'another program pastes it' 'from a script' "$(timeout 20 xclip -o -selection clipboard)"
 printf 'from the desktop' | timeout 20 xclip -i -selection clipboard 2>/dev/null
-await timeout 20 xclip -o -selection clipboard  # from its background process, which may only be starting
+pasted() { [ "$(timeout 20 xclip -o -selection clipboard)" = "$1" ]; }
+await pasted 'from the desktop'  # from xclip's background process, which may only be starting
 check 'and the other way' 'from the desktop' "$(tarvik script -e 'the clipboard')"

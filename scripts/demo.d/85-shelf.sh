@@ -179,7 +179,7 @@ at 400 300; xdotool sleep 0.5; at 404 304; xdotool sleep 0.7
 frame 11-drag
 xdotool mouseup 1
 await 'the image is in the catalogue' is 6 rows
-await 'with its path' test -n "$(stored 'Étymologie.img' size)"
+await 'as large as it is' is "$(stat -c %s 'Étymologie.img')" stored 'Étymologie.img' size
 kill $peer
 keys Delete
 await 'and deleted again' is 5 rows

@@ -159,6 +159,7 @@ TEST_F(Display, ShelfEndsWellThoughItCantTidyUp)
     };
     for (int i = 0; i < 300 && namesTaken() < 2; ++i)
         std::this_thread::sleep_for(100ms);
+    ASSERT_GE(namesTaken(), 2);
     std::this_thread::sleep_for(1s);
     ASSERT_TRUE(fs::create_directory(names / "lock"));
     shelf_->send(SIGTERM);
