@@ -1,14 +1,25 @@
 #include <Carbon/Files.h>
+#include <CoreFoundation/CFString.h>
 #include <CoreFoundation/CFURL.h>
+#include <Tarvik/support/CFOwned.h>
 
 #include <climits>
 #include <cstring>
 #include <sys/stat.h>
 
+/// No other scheme's: its path is another machine's.
+static bool isFileURL(CFURLRef url)
+{
+    const tarvik::CFOwned<CFURLRef> absolute(CFURLCopyAbsoluteURL(url));
+    const tarvik::CFOwned<CFStringRef> scheme(absolute ? CFURLCopyScheme(absolute.get()) : nullptr);
+    return !scheme ||
+           CFStringCompare(scheme.get(), CFSTR("file"), kCFCompareCaseInsensitive) == kCFCompareEqualTo;
+}
+
 Boolean CFURLGetFSRef(CFURLRef url, FSRef *ref)
 {
     UInt8 path[PATH_MAX];
-    return url && ref && CFURLGetFileSystemRepresentation(url, true, path, sizeof path) &&
+    return url && ref && isFileURL(url) && CFURLGetFileSystemRepresentation(url, true, path, sizeof path) &&
            FSPathMakeRef(path, ref, nullptr) == noErr;
 }
 

@@ -235,6 +235,11 @@ TEST(FileURLFunctions, ItemsFoldersAndProperties)
     const auto url = urlOf(path), link = urlOf(folder / "link"), none = urlOf(folder / "none");
     EXPECT_TRUE(CFURLIsExist(url.get()));
     EXPECT_FALSE(CFURLIsExist(none.get()));
+    for (const char *other : {"http://example.org/etc/hosts", "mailto:/etc/hosts"}) {
+        const CFOwned<CFURLRef> remote(CFURLCreateWithString(nullptr, text(other).get(), nullptr));
+        EXPECT_FALSE(CFURLIsExist(remote.get())) << other;
+        EXPECT_EQ(CFURLCopyPosixPath(remote.get()), nullptr) << other;
+    }
     EXPECT_FALSE(CFURLIsExist(nullptr));
     EXPECT_EQ(utf8(CFURLCopyPosixPath(link.get())), path);
     EXPECT_EQ(CFURLCopyPosixPath(none.get()), nullptr);

@@ -484,6 +484,27 @@ TEST(SpecialFolders, AreFoundAndMade)
                                      createFolder:NO]));
 }
 
+// As the catalog information of each item has them.
+TEST_F(PathStrings, SizesOfLinksAndDamagedFiles)
+{
+    make("folder/three", "123");
+    make("seven", "1234567");
+    ASSERT_TRUE([at("seven") setLabelColorIndex:2]);  // gives it a companion
+    fs::create_symlink("../seven", root_ / "folder/link");
+    fs::create_symlink("nowhere-at-all", root_ / "folder/dangling");
+    fs::create_symlink(".", root_ / "folder/loop");
+    fs::create_symlink("folder", root_ / "to folder");
+    EXPECT_EQ([at("folder") logicalSize], 3u + 7u);
+    EXPECT_EQ([at("folder/link") logicalSize], 7u);
+    EXPECT_EQ([at("to folder") logicalSize], 0u) << "no container, and the catalog has no sizes of folders";
+    EXPECT_FALSE([at("to folder") isContainer]);
+    fs::resize_file(root_ / "._seven", 30);
+    FSCatalogInfo info;
+    EXPECT_FALSE([at("seven") getFSCatalogInfo:&info ofBitmap:0x3FFFF]);
+    EXPECT_EQ([at("seven") logicalSize], 0u);
+    EXPECT_EQ([at("folder") logicalSize], 3u);
+}
+
 TEST_F(PathStrings, DeepAndUnreadableTrees)
 {
     fs::path deep = root_;

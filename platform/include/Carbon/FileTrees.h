@@ -7,8 +7,9 @@
 extern "C" {
 #endif
 
-/// The logical sizes of both forks of the item at a path or, of a folder, of everything below it, added up. A link below it counts as itself,
-/// a companion only as what it holds of its item's fork, what can't be looked at as nothing. Receivers may be null. fnfErr, ...
+/// The logical sizes of both forks of the item at a path or, of a folder, of everything below it, added up, as their catalog
+/// information has them: a link counts as the file that it leads to, one to a folder or to nothing as nothing; a companion only as what it
+/// holds of its item's fork; what can't be looked at, or has a damaged companion, as nothing. Receivers may be null. fnfErr, ...
 OSErr FSGetForkSizes(const UInt8 *path, UInt64 *dataLogicalSize, UInt64 *rsrcLogicalSize);
 
 /// What a listing tells of an entry without a look at it.
