@@ -60,7 +60,7 @@ wstring getCountry()
 {
     tarvik::Pool pool;
     NSString *locale = [[NSUserDefaults standardUserDefaults] stringForKey:@"AppleLocale"];
-    if ([locale length] == 0)
+    if (!locale)
         locale = [(NSString *)CFLocaleCopyEnvironmentIdentifier() autorelease];
     const wstring text = plainText(locale);
     const size_t separator = text.find(L'_');

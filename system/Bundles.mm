@@ -137,7 +137,7 @@ CFStringRef CFBundleCopyStringForLocalization(CFBundleRef bundle, CFStringRef ke
 
 - (NSString *)directoryPath
 {
-    return [[self bundlePath] stringByDeletingLastPathComponent];
+    return pathOf(OwnedURL(CFBundleCopyDirectoryURL((CFBundleRef)self)));
 }
 
 - (NSString *)neighborPath:(NSString *)name

@@ -30,6 +30,19 @@ NSData *read(id source, NSMutableData *all)
     return piece;
 }
 
+/// A stream that is drained for a scope, however that is left.
+class Drained {
+public:
+    explicit Drained(NSFileHandle *stream) : drain_([StreamDrain drainWithHandle:stream]) {}
+    ~Drained() { [drain_ stop]; }
+    Drained(const Drained &) = delete;
+    Drained &operator=(const Drained &) = delete;
+    StreamDrain *get() const { return drain_; }
+
+private:
+    StreamDrain *const drain_;  // the pool's
+};
+
 }  // namespace
 
 @interface CommandTool (Run)
@@ -242,12 +255,11 @@ NSData *read(id source, NSMutableData *all)
             [[input fileHandleForWriting] writeData:mInData];
             [[input fileHandleForWriting] closeFile];
         }
-        id fromOutput = [output fileHandleForReading], fromError = [error fileHandleForReading];
-        if (output && error) {
-            fromOutput = [StreamDrain drainWithHandle:fromOutput];
-            fromError = [StreamDrain drainWithHandle:fromError];
-        }
-        [self readOutput:fromOutput error:fromError];
+        NSFileHandle *fromOutput = [output fileHandleForReading], *fromError = [error fileHandleForReading];
+        if (output && error)
+            [self readOutput:Drained(fromOutput).get() error:Drained(fromError).get()];
+        else
+            [self readOutput:fromOutput error:fromError];
         [mTask waitUntilExit];
         mSucceeded = YES;
     }

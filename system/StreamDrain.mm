@@ -35,6 +35,7 @@ enum { kNothing, kSomething };
         tarvik::attempt([&] { piece = [self->mHandle availableData]; });
         ended = [piece length] == 0;
         [mLock lock];
+        ended = ended || mIsStopped;
         if (!ended)
             [mPending appendData:piece];
         mEnded = ended;
@@ -54,6 +55,13 @@ enum { kNothing, kSomething };
     mPending = [[NSMutableData alloc] initWithCapacity:0];
     [mLock unlockWithCondition:mEnded ? kSomething : kNothing];
     return taken;
+}
+
+- (void)stop
+{
+    [mLock lock];
+    mIsStopped = YES;
+    [mLock unlock];
 }
 
 @end

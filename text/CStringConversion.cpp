@@ -2,6 +2,8 @@
 
 #include "text/private/EncodingOrder.h"
 
+#include <CoreFoundation/CFStringEncodingExt.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -20,16 +22,25 @@ char *CFStringAllocCString(CFStringRef string, CFStringEncoding encoding)
     return text;
 }
 
+/// UTF-16 and UTF-32 hold every text, but a C string in them ends with the first letter.
+static bool isOfBytes(CFStringEncoding encoding)
+{
+    constexpr CFStringEncoding kBase = 0xFFFF;
+    return (encoding & kBase) != kCFStringEncodingUnicode || encoding == kCFStringEncodingUTF8 ||
+           encoding == kCFStringEncodingUTF7;
+}
+
 char *CFStringAllocConvertableCString(CFStringRef string)
 {
-    return tarvik::inFirstEncoding(
-        [=](CFStringEncoding encoding) { return CFStringAllocCString(string, encoding); });
+    return tarvik::inFirstEncoding([=](CFStringEncoding encoding) {
+        return isOfBytes(encoding) ? CFStringAllocCString(string, encoding) : nullptr;
+    });
 }
 
 Boolean CFStringGetConvertableCString(CFStringRef string, char *buffer, CFIndex size)
 {
     return string && buffer && size >= 1 && tarvik::inFirstEncoding([=](CFStringEncoding encoding) {
-               return CFStringGetCString(string, buffer, size, encoding);
+               return isOfBytes(encoding) && CFStringGetCString(string, buffer, size, encoding);
            });
 }
 

@@ -94,8 +94,9 @@ OSStatus TECConvertText(TECObjectRef encodingConverter, const UInt8 *inputBuffer
         count = text.size();
     }
     UInt8 none;
+    // The way back to an encoding's initial state is a flush's, which comes after the last call.
     const auto done = encodings::encode(encodingConverter->to, source, count, 0, false,
-                                        outputBuffer ? outputBuffer : &none, outputBufferLength);
+                                        outputBuffer ? outputBuffer : &none, outputBufferLength, false);
     written = ByteCount(done.bytes);
     if (units)
         readBytes = ByteCount(done.units * 2);

@@ -314,7 +314,7 @@ size_t writeByCharacter(const Encoding &encoding, const uint16_t *units, size_t 
 }
 
 size_t writeByIconv(const Encoding &encoding, const uint16_t *units, size_t count, uint8_t lossByte,
-                    Sink &sink)
+                    Sink &sink, bool ends)
 {
     iconv_t cd = converter(encoding.iconvName, true);
     if (cd == ConverterTraits::empty())
@@ -353,7 +353,7 @@ size_t writeByIconv(const Encoding &encoding, const uint16_t *units, size_t coun
         left -= skipped * 2;
     }
     // A text that can't be ended (no room for the return to the initial state) was not written whole.
-    return run(Step::end) == 0 ? count : count - (count > 0);
+    return !ends || run(Step::end) == 0 ? count : count - (count > 0);
 }
 
 // --- reading -------------------------------------------------------------------------------------------
@@ -613,7 +613,7 @@ const Encoding &system()
 }
 
 Written encode(const Encoding &encoding, const uint16_t *units, size_t count, uint8_t lossByte, bool external,
-               uint8_t *buffer, size_t capacity)
+               uint8_t *buffer, size_t capacity, bool ends)
 {
     Sink sink(buffer, capacity);
     if (external && encoding.order == Order::native) {
@@ -623,8 +623,9 @@ Written encode(const Encoding &encoding, const uint16_t *units, size_t count, ui
         if (encoding.coder == utf32 && !sink.put(mark, bytesOfUTF32(kByteOrderMark, false, mark)))
             return {0, 0};
     }
-    const size_t written = encoding.coder == iconv ? writeByIconv(encoding, units, count, lossByte, sink)
-                                                   : writeByCharacter(encoding, units, count, lossByte, sink);
+    const size_t written = encoding.coder == iconv
+                               ? writeByIconv(encoding, units, count, lossByte, sink, ends)
+                               : writeByCharacter(encoding, units, count, lossByte, sink);
     return {written, sink.used()};
 }
 

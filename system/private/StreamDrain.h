@@ -8,10 +8,12 @@
     NSFileHandle *mHandle;
     NSConditionLock *mLock;
     NSMutableData *mPending;  // taken from the stream, not yet from here
-    BOOL mEnded;
+    BOOL mEnded, mIsStopped;
 }
-/// Starts at once, and lives on until the stream's end, also when it has been released.
+/// Starts at once, and lives on until the stream's end or until it is stopped, also when it has been released.
 + (StreamDrain *)drainWithHandle:(NSFileHandle *)handle;
 /// As the handle's own: waits until there is something; empty at the stream's end and after a failed read.
 - (NSData *)availableData;
+/// Nobody takes any more: what comes next is the last that is read.
+- (void)stop;
 @end

@@ -50,7 +50,7 @@ TEST(SystemInformation, CountryAndLanguage)
     } countries[] = {{@"ja_JP", "de_AT", L"JP"},       {@"fr", "de_AT", L"fr"},
                      {@"en_", "de_AT", L"en"},         {@"zh_Hans_CN", "", L"Hans_CN"},
                      {nil, "de_AT.UTF-8@euro", L"AT"}, {nil, "C.UTF-8", L""},
-                     {nil, "de.UTF-8", L"de"},         {@"", "", L""}};
+                     {nil, "de.UTF-8", L"de"},         {@"", "de_AT", L""}};
     for (const auto &[stored, environment, country] : countries) {
         [defaults removeObjectForKey:@"AppleLocale"];
         if (stored)

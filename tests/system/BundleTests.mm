@@ -150,6 +150,9 @@ TEST_F(Bundles, FoldersAroundABundle)
     EXPECT_EQ(text([object executablePath:nil]), "(nil)");
     EXPECT_EQ(text([object directoryPath]), root_);
     EXPECT_EQ(text([object neighborPath:@"b"]), root_ + "/b");
+    NSString *beside = [[NSBundle mainBundle] directoryPath];  // a plain program's
+    EXPECT_EQ(text(beside), path(CFBundleCopyDirectoryURL(nullptr)));
+    EXPECT_EQ(access([beside fileSystemRepresentation], F_OK), 0) << text(beside);
     EXPECT_EQ(text([object identifiedName]), "org.example.host");
     EXPECT_NE(path(CFBundleCopyDirectoryURL(nullptr)), "(null)");  // the main bundle's
 }

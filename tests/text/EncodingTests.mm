@@ -46,7 +46,9 @@ TEST(EncodedCStrings, TheBufferHasTwoBytesForEachUnit)
               "\xC6\xFC\xCB\xDC\xB8\xEC");
     EXPECT_EQ(taken(CFStringAllocCString(text("日"), kCFStringEncodingASCII)), "<null>");
     // UTF-8 does not fit: the first of the list that does.
-    EXPECT_NE(taken(CFStringAllocConvertableCString(text("日本語"))), "<null>");
+    const std::string japanese = taken(CFStringAllocConvertableCString(text("日本語")));
+    EXPECT_EQ(japanese.size(), 6u) << "whole: UTF-16 would end with its first zero byte";
+    EXPECT_EQ(taken(CFStringAllocConvertableCString(text("a日本語"))).size(), 7u);
     EXPECT_EQ(taken(CFStringAllocConvertableCString(text("é"))), "é");
     EXPECT_EQ(CFStringAllocConvertableCString(nullptr), nullptr);
 }
@@ -117,6 +119,13 @@ TEST(TextConverter, CountsAndStatusValues)
     EXPECT_EQ(full.bytes, "日");
     EXPECT_EQ(full.in, 2u);
     EXPECT_EQ(full.status, kTECOutputBufferFullStatus);
+    // The way back to the initial state is a flush's.
+    for (const UInt32 room : {0u, 8u}) {
+        const Converted shifted = convert("日本", kCFStringEncodingISO_2022_JP, room);
+        EXPECT_EQ(shifted.bytes, "\x1B$BF|K\\");
+        EXPECT_EQ(shifted.in, 4u);
+        EXPECT_EQ(shifted.status, noErr);
+    }
     EXPECT_EQ(convert("a", 0x12345678).status, kTextUnsupportedEncodingErr);
     EXPECT_EQ(convert("", kCFStringEncodingUTF8).status, noErr);
     ByteCount in = 7, out = 7;

@@ -55,9 +55,10 @@ struct Written {
 
 /// Writes units in the encoding, up to the first one that it lacks (lossByte 0) or that does not fit whole.
 /// Another loss byte stands in for each character that is lacking. `external` puts a byte order mark in front
-/// where the order is native. With a null buffer bytes are counted, without limit.
+/// where the order is native. With a null buffer bytes are counted, without limit. Where an encoding has states, `ends` goes back to the
+/// initial one after the last unit.
 Written encode(const Encoding &encoding, const uint16_t *units, size_t count, uint8_t lossByte, bool external,
-               uint8_t *buffer, size_t capacity);
+               uint8_t *buffer, size_t capacity, bool ends = true);
 
 /// Reads bytes whole; nothing when they are not text in the encoding. `external` takes a byte order mark away
 /// (with a native order it is heeded and taken away in any case).
