@@ -63,6 +63,8 @@ function(tarvik_library name)
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:tarvik_build>)
   # Our repairs of the platform's functions are what our own code calls, in whatever order a host links.
   target_link_options(${name} PRIVATE -Wl,-Bsymbolic-functions -Wl,--no-undefined)
+  # A host that only sends a category's messages refers to no symbol of the library: it is linked all the same.
+  target_link_options(${name} INTERFACE $<INSTALL_INTERFACE:-Wl,--no-as-needed>)
 endfunction()
 
 # tarvik_executable(NAME SOURCE...): a program of ours (rpath needs the C++ linker)

@@ -4,6 +4,7 @@
 #import <Tarvik/text/NSString+CLibrary.h>
 
 #include "core/private/VaList.h"
+#include "text/private/OwnText.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -14,13 +15,13 @@
 
 - (int)system
 {
-    const auto command = tarvik::utf8(self);
+    const auto command = tarvik::ownText(self);
     return command ? std::system(command->c_str()) : -1;
 }
 
 - (int)setenv:(const char *)value overwrite:(int)overwrite
 {
-    const auto name = tarvik::utf8(self);
+    const auto name = tarvik::ownText(self);
     return name && value ? ::setenv(name->c_str(), value, overwrite) : -1;
 }
 
@@ -35,14 +36,14 @@
 
 - (int)vsscanf:(const char *)format arguments:(va_list)arguments
 {
-    const auto text = tarvik::utf8(self);
+    const auto text = tarvik::ownText(self);
     return text && format && !tarvik::isAbsent(arguments) ? std::vsscanf(text->c_str(), format, arguments)
                                                           : -1;
 }
 
 - (char *)allocUTF8String
 {
-    const auto text = tarvik::utf8(self);
+    const auto text = tarvik::ownText(self);
     auto *buffer = text ? static_cast<char *>(std::calloc(1, text->size() + 1)) : nullptr;
     if (buffer)
         std::memcpy(buffer, text->data(), text->size());
@@ -51,7 +52,7 @@
 
 - (BOOL)getUTF8String:(char *)buffer maxLength:(uint32_t)size
 {
-    const auto text = tarvik::utf8(self);
+    const auto text = tarvik::ownText(self);
     if (!text || !buffer || size == 0)
         return NO;
     const size_t count = std::min<size_t>(text->size(), size - 1);

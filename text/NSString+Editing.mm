@@ -5,6 +5,7 @@
 #import <Tarvik/text/NSString+Editing.h>
 
 #include "text/private/Occurrence.h"
+#include "text/private/OwnText.h"
 #include "text/private/Units.h"
 
 #include <ranges>
@@ -47,14 +48,14 @@ std::vector<size_t> placesFromTheEnd(const std::u16string &text, const std::u16s
 
 - (void)empty
 {
-    [self setString:@""];
+    tarvik::attempt([self] { [self setString:@""]; });
 }
 
 - (void)setUTF8String:(const char *)text
 {
     NSString *contents = text ? tarvik::nsstring(text) : nil;
     if (contents)
-        [self setString:contents];
+        tarvik::attempt([&] { [self setString:contents]; });
 }
 
 - (void)setLength:(uint32_t)length withFillString:(NSString *)fill
@@ -117,27 +118,30 @@ std::vector<size_t> placesFromTheEnd(const std::u16string &text, const std::u16s
 
 - (BOOL)filterChracters:(int (*)(int))isInClass
 {
-    const auto bytes = tarvik::utf8(self);
+    const auto bytes = tarvik::ownText(self);
     if (!isInClass || !bytes)
         return NO;
-    const size_t length = [self length];  // never more than the bytes
-    std::vector<bool> kept(length);
-    size_t count = 0;
-    for (size_t i = length; i-- > 0;)
-        count += kept[i] = isInClass(static_cast<signed char>((*bytes)[i])) != 0;
-    if (count == length)
-        return NO;
+    bool isChanged = false;
     tarvik::Pool pool;
     return tarvik::attempt([&] {
-        tarvik::Splice splice([[self copy] autorelease]);
-        for (size_t from = 0, to = 0; from < length; from = to) {
-            for (to = from + 1; to < length && kept[to] == kept[from];)
-                ++to;
-            if (kept[from])
-                splice.keep(from, to);
-        }
-        [self setString:splice.result()];
-    });
+               const size_t length = [self length];  // never more than the bytes
+               std::vector<bool> kept(length);
+               size_t count = 0;
+               for (size_t i = length; i-- > 0;)
+                   count += kept[i] = isInClass(static_cast<signed char>((*bytes)[i])) != 0;
+               if (count == length)
+                   return;
+               tarvik::Splice splice([[self copy] autorelease]);
+               for (size_t from = 0, to = 0; from < length; from = to) {
+                   for (to = from + 1; to < length && kept[to] == kept[from];)
+                       ++to;
+                   if (kept[from])
+                       splice.keep(from, to);
+               }
+               [self setString:splice.result()];
+               isChanged = true;
+           }) &&
+           isChanged;
 }
 
 - (void)appendPathComponent:(NSString *)component

@@ -3,6 +3,8 @@
 #include <Tarvik/text/EncodingConversion.h>
 #import <Tarvik/text/NSString+Encoding.h>
 
+#include "text/private/OwnText.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -25,7 +27,7 @@
 
 - (BOOL)memmoveUTF8String:(void *)buffer maxLength:(uint32_t)length
 {
-    const auto bytes = tarvik::utf8(self);
+    const auto bytes = tarvik::ownText(self);
     if (!bytes || !buffer || length == 0)
         return NO;
     std::memmove(buffer, bytes->data(), std::min<size_t>(bytes->size(), length));

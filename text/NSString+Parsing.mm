@@ -3,6 +3,7 @@
 #import <Tarvik/support/Bridge.h>
 #import <Tarvik/text/NSString+Parsing.h>
 
+#include "text/private/OwnText.h"
 #include "text/private/Units.h"
 
 #include <algorithm>
@@ -54,7 +55,7 @@ int32_t firstNumber(const std::u16string &text)
 
 - (NSData *)dataFromHexadecimalString
 {
-    const auto digits = tarvik::utf8(self);
+    const auto digits = tarvik::ownText(self);
     if (!digits ||
         !std::all_of(digits->begin(), digits->end(), [](unsigned char c) { return std::isxdigit(c); }))
         return nil;

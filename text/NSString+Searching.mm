@@ -4,6 +4,7 @@
 #import <Tarvik/text/NSString+Searching.h>
 
 #include "text/private/Occurrence.h"
+#include "text/private/OwnText.h"
 
 #include <algorithm>
 
@@ -45,7 +46,7 @@
 
 - (BOOL)allChracterIs:(int (*)(int))isInClass
 {
-    const auto bytes = tarvik::utf8(self);
+    const auto bytes = tarvik::ownText(self);
     return isInClass && bytes && std::all_of(bytes->begin(), bytes->end(), [=](unsigned char byte) {
                return isInClass(byte) != 0;
            });
@@ -53,7 +54,7 @@
 
 - (uint32_t)size
 {
-    const auto bytes = tarvik::utf8(self);
+    const auto bytes = tarvik::ownText(self);
     return bytes ? uint32_t(bytes->size()) : 0;
 }
 

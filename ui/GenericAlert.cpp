@@ -59,7 +59,7 @@ SInt16 runOlderAlert(AlertType type, CFStringRef error, CFStringRef explanation,
 
 }  // namespace
 
-SInt16 DialogRunGenericAlert(AlertType alertType, WindowRef parent, Boolean movable, CFStringRef error,
+SInt16 DialogRunGenericAlert(UInt16 alertType, WindowRef parent, Boolean movable, CFStringRef error,
                              CFStringRef explanation, Boolean helpButton, CFStringRef defaultText,
                              CFStringRef cancelText, CFStringRef otherText, UInt16 defaultButton,
                              UInt16 cancelButton, UInt16 position, OptionBits flags, ModalFilterUPP filter,
@@ -75,7 +75,7 @@ SInt16 DialogRunGenericAlert(AlertType alertType, WindowRef parent, Boolean mova
         look.cancelButton = SInt16(cancelButton);
         look.position = position;
         const PascalText titles[] = {pascalText(defaultText), pascalText(cancelText), pascalText(otherText)};
-        return runOlderAlert(alertType, error, explanation, look, titles, callbacks);
+        return runOlderAlert(AlertType(alertType), error, explanation, look, titles, callbacks);
     }
 
     AlertStdCFStringAlertParamRec look;
@@ -101,13 +101,14 @@ SInt16 DialogRunGenericAlert(AlertType alertType, WindowRef parent, Boolean mova
     DialogRef dialog = nullptr;
     SInt16 item = 0;
     if (!parent) {
-        if (CreateStandardAlert(alertType, error, explanation, &look, &dialog) != noErr || !dialog)
+        if (CreateStandardAlert(AlertType(alertType), error, explanation, &look, &dialog) != noErr || !dialog)
             return 0;
         callbacks.willRun(dialog);
         if (RunStandardAlert(dialog, filter, &item) != noErr)
             return 0;
     } else {
-        if (CreateStandardSheet(alertType, error, explanation, &look, notifyTarget, &dialog) != noErr ||
+        if (CreateStandardSheet(AlertType(alertType), error, explanation, &look, notifyTarget, &dialog) !=
+                noErr ||
             !dialog)
             return 0;
         callbacks.willRun(dialog);

@@ -24,7 +24,7 @@ typedef void (*DialogRunCallback)(DialogRef dialog, void *userData);
 /// \param filter of a modal alert; \param notifyTarget of a sheet
 /// \param before,after null: none; `after` is only called when the alert ran
 /// \return 0 when a toolbox call failed.
-SInt16 DialogRunGenericAlert(AlertType alertType, WindowRef parent, Boolean movable, CFStringRef error,
+SInt16 DialogRunGenericAlert(UInt16 alertType, WindowRef parent, Boolean movable, CFStringRef error,
                              CFStringRef explanation, Boolean helpButton, CFStringRef defaultText,
                              CFStringRef cancelText, CFStringRef otherText, UInt16 defaultButton,
                              UInt16 cancelButton, UInt16 position, OptionBits flags, ModalFilterUPP filter,

@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <cstring>
+#include <fstream>
 #include <functional>
 #include <sys/time.h>
 #include <thread>
@@ -155,6 +156,34 @@ TEST(CommandTool, ADelegateSeesThePiecesAndStopsTheReading)
     };
     EXPECT_TRUE([tool run:NO]);
     EXPECT_EQ(tarvik::bytes([tool standardOutputData]), "one\ntwo\n") << "goes on without its delegate";
+}
+
+// Both streams are read at once, each on a thread of its own: neither goes on into memory that nobody looks at.
+TEST(CommandTool, AStoppedReadingIsStoppedOnBothStreams)
+{
+    const auto resident = [] {
+        long all = 0, pages = 0;
+        std::ifstream("/proc/self/statm") >> all >> pages;
+        return pages * getpagesize();
+    };
+    ToolDelegate *watcher = [[[ToolDelegate alloc] init] autorelease];
+    CommandTool *tool = shell("yes & exec yes >&2");
+    [tool setDelegate:watcher];
+    [tool setReadStandardOutput:YES];
+    [tool setReadStandardError:YES];
+    gOnPiece = [] { return false; };
+    [[NSNotificationCenter defaultCenter] addObserver:watcher
+                                             selector:@selector(didRun:)
+                                                 name:CommandToolDidRunNotification
+                                               object:tool];
+    const long before = resident();
+    EXPECT_TRUE([tool run:YES]);
+    EXPECT_TRUE(turnRunLoop([] { return !gPieces.empty(); }));
+    turnRunLoop([] { return gRuns > 0; }, 0.7);
+    EXPECT_LT(resident() - before, 32 << 20);
+    [tool kill];
+    EXPECT_TRUE(turnRunLoop([] { return gRuns > 0; }));
+    [[NSNotificationCenter defaultCenter] removeObserver:watcher];
 }
 
 TEST(CommandTool, BackgroundRunNotifiesOnTheCallersRunLoop)
