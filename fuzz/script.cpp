@@ -37,7 +37,7 @@ struct Closed : Host {
     }
     Value applicationProperty(Machine &, const Value &) override { return Value::of(int64_t(1)); }
     void setApplicationProperty(Machine &, const Value &, const Value &) override {}
-    Value runScript(Machine &machine, const Value &source) override
+    Value runScript(Machine &machine, const Value &source, const Value *) override
     {
         if (!source.is(Kind::text))
             raise(-1708, "not here");

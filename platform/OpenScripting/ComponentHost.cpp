@@ -77,7 +77,7 @@ Value rootOf(Machine &machine, std::string_view bytes)
 
 }  // namespace
 
-Value ComponentHost::runScript(Machine &machine, const Value &source)
+Value ComponentHost::runScript(Machine &machine, const Value &source, const Value *parameters)
 {
     if (source.is(Kind::data))  // a stored script: the script itself
         return rootOf(machine, source.data()->bytes);
@@ -85,7 +85,10 @@ Value ComponentHost::runScript(Machine &machine, const Value &source)
     if (!script.is(Kind::script))
         script = source.is(Kind::file) ? loadScript(machine, source.file()->path)
                                        : rootOf(machine, machine.textOf(source), "");
-    return machine.call(script, Word::run, {});
+    std::vector<Value> arguments;
+    if (parameters)
+        arguments.push_back(machine.coerced(*parameters, type::list));
+    return machine.call(script, Word::run, std::move(arguments));
 }
 
 Value ComponentHost::loadScript(Machine &machine, const std::string &path)

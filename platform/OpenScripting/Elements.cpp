@@ -342,10 +342,7 @@ void Machine::set(const Specifier &spec, const Value &containerValue, const Valu
                                    ? placeOf(int64_t(places.size() + 1) / 2, places.size())
                                    : placeOf(whole(from), places.size());
             if (!place)
-                raise(error::notFound,
-                      "Can’t set " + describe(spec, from, to) + " of " + display(container) + " to " +
-                          display(value) + ".",
-                      container);
+                break;
             items[places[*place]] = value;
             return;
         }

@@ -157,7 +157,7 @@ bool Machine::unwind(ScriptError &error, size_t bottom)
                 registers[1] = Value::of(int64_t(error.number));
                 registers[2] = error.offending;
                 registers[3] = error.partial;
-                registers[4] = Value();
+                registers[4] = error.wanted;
                 hold(registers[5].integer());
                 frame.pc = function.code.data() + range.handler;
                 return true;
@@ -982,6 +982,7 @@ slowArithmetic : {
             raised.message = base[1] ? messageFor(raised.number) : "An error has occurred.";
         raised.offending = base[2];
         raised.partial = base[3];
+        raised.wanted = base[4];
         throw raised;
     }
     OPERATION(op_copy)

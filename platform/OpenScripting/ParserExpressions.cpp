@@ -5,8 +5,6 @@
 
 namespace tarvik::osa {
 
-bool isParameterLabel(Name word);
-
 namespace {
 
 /// Words that are never names of variables.
@@ -39,6 +37,16 @@ int64_t ordinalOf(Name word)
 }  // namespace
 
 // --- operators, the weakest first ----------------------------------------------------------------------
+
+Node *Parser::expression()
+{
+    // `get x`: x. Not the handler or variable of that name, nor `get eof`.
+    const bool isCall = isSymbol('(', 1) && !peek(1).spaceBefore;
+    if (isWord(Word::get) && (startsOperand(1) || isWord(Word::every, 1) || isWord(Word::end, 1)) &&
+        !isCall && !declared_.count(Word::get) && !labelAhead("get eof"))
+        ++at_;
+    return disjunction();
+}
 
 Node *Parser::disjunction()
 {
@@ -236,14 +244,15 @@ Node *Parser::coercion()
             node->b = expression();
             expectSymbol(')');
         }
-        left = finished(node);
+        left = joining(finished(node));
     }
     return left;
 }
 
-Node *Parser::joining()
+/// `left`: an operand that is there already, a coercion: 5 as text & "a".
+Node *Parser::joining(Node *left)
 {
-    Node *left = sum();
+    left = sum(left);
     while (isSymbol('&')) {
         Node *node = make(Node::binary, left->range);
         ++at_;
@@ -255,9 +264,9 @@ Node *Parser::joining()
     return left;
 }
 
-Node *Parser::sum()
+Node *Parser::sum(Node *left)
 {
-    Node *left = product();
+    left = product(left);
     while (isSymbol('+') || isSymbol('-')) {
         Node *node = make(Node::binary, left->range);
         node->op = isSymbol('+') ? Node::add : Node::subtract;
@@ -269,9 +278,9 @@ Node *Parser::sum()
     return left;
 }
 
-Node *Parser::product()
+Node *Parser::product(Node *left)
 {
-    Node *left = power();
+    left = power(left);
     for (;;) {
         Node::Operator op;
         if (isSymbol('*'))
@@ -293,9 +302,10 @@ Node *Parser::product()
     }
 }
 
-Node *Parser::power()
+Node *Parser::power(Node *base)
 {
-    Node *base = unary();
+    if (!base)
+        base = unary();
     if (!isSymbol('^'))
         return base;
     const Level level(*this);
@@ -309,8 +319,8 @@ Node *Parser::power()
 
 Node *Parser::unary()
 {
-    if (takeSymbol('+'))
-        return unary();
+    while (takeSymbol('+'))
+        ;
     if (!isSymbol('-'))
         return referring();
     const Level level(*this);
@@ -421,7 +431,8 @@ bool Parser::startsOperand(size_t ahead) const
                (token.symbolCode == '-' && token.spaceBefore && !peek(ahead + 1).spaceBefore &&
                 peek(ahead + 1).type != Token::newline);
     case Token::raw: return true;
-    case Token::word: return !isReserved(token.name);
+    case Token::word:
+        return !isReserved(token.name) && !(isWord(Word::partial, ahead) && isWord(Word::result, ahead + 1));
     default: return false;
     }
 }
@@ -705,7 +716,7 @@ Node *Parser::labelled(Name name, Node *target)
     ++at_;
     node->name = name;
     node->a = target;
-    if (takeWord(Word::of) || takeWord(Word::in) || (startsOperand() && !isParameterLabel(peek().name)))
+    if (takeWord(Word::of) || takeWord(Word::in) || (startsOperand() && !parameterLabelAt(at_).words))
         node->b = joining();
     while (peek().type == Token::word) {
         if (takeWord(Word::given)) {
@@ -723,9 +734,9 @@ Node *Parser::labelled(Name name, Node *target)
                 node->names.push_back(declaredName());
                 node->kids.push_back(literal(Value::of(value), range));
             } while (takeSymbol(',') || takeWord(Word::and_));
-        } else if (isParameterLabel(peek().name)) {
-            node->names.push_back(peek().name);
-            ++at_;
+        } else if (const ParameterLabel label = parameterLabelAt(at_); label.words) {
+            node->names.push_back(label.name);
+            at_ += label.words;
             node->kids.push_back(joining());
         } else {
             break;
@@ -780,7 +791,7 @@ Node *Parser::termPrimary(const Term &term)
                             !isWord(Word::in, words) && !isWord(Word::named, words) &&
                             !isWord(Word::id, words);
         if (!asType) {
-            if (term.code == type::number && isWord(Word::of, words))
+            if (term.kind == Term::element && term.code == type::number && isWord(Word::of, words))
                 return countOf();
             return elementSpecifier(term);
         }
@@ -822,6 +833,17 @@ Node *Parser::wordPrimary()
         return ordinalSpecifier(Specifier::index, literal(Value::of(ordinal), start));
     }
     const bool isCall = isSymbol('(', 1) && !peek(1).spaceBefore;
+    // `a reference to x`, in a script that has a variable named `a`, too.
+    const size_t article = token.name == Word::a ? 1 : 0;
+    if ((isWord(Word::reference, article) || isWord(Word::ref, article)) &&
+        ((isWord(Word::to, article + 1) && (article || !declared)) ||
+         (!declared && startsOperand(article + 1)))) {
+        at_ += article + 1;
+        takeWord(Word::to);
+        Node *node = make(Node::referenceTo, start);
+        node->a = referring();
+        return finished(node);
+    }
     if (!declared && !isCall) {
         switch (token.name) {
         case Word::true_: return constant(Value::of(true));
@@ -903,28 +925,14 @@ Node *Parser::wordPrimary()
             if (isWord(Word::of, 1))
                 return countOf();
             break;
-        case Word::a:
-        case Word::an:
-        case Word::ref:
-        case Word::reference: {
-            const size_t ahead = token.name == Word::a ? 1 : 0;
-            if ((isWord(Word::reference, ahead) || isWord(Word::ref, ahead)) &&
-                (isWord(Word::to, ahead + 1) || startsOperand(ahead + 1))) {
-                at_ += ahead + 1;
-                takeWord(Word::to);
-                Node *node = make(Node::referenceTo, start);
-                node->a = referring();
-                return finished(node);
-            }
-            break;
-        }
         default: break;
         }
     }
     if (isCall && !declared_.count(token.name)) {
         const Term *found = term();
-        if (!found || (found->kind != Term::element && found->kind != Term::elements &&
-                       found->kind != Term::command && found->kind != Term::type)) {
+        if (!found || token.name == Word::run ||
+            (found->kind != Term::element && found->kind != Term::elements && found->kind != Term::command &&
+             found->kind != Term::type)) {
             Node *node = make(Node::call, start);
             node->name = token.name;
             ++at_;

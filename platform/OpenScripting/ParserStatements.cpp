@@ -12,12 +12,28 @@ constexpr Name kLabels[] = {Word::about, Word::above,   Word::against, Word::aro
                             Word::below, Word::beneath, Word::beside,  Word::between, Word::by,
                             Word::for_,  Word::from,    Word::into,    Word::on,      Word::onto,
                             Word::over,  Word::since,   Word::thru,    Word::through, Word::under};
+constexpr struct {
+    Name first, second, phrase;
+} kLabelsOfTwoWords[] = {{Word::apart, Word::from, Word::apartFrom},
+                         {Word::aside, Word::from, Word::asideFrom},
+                         {Word::instead, Word::of, Word::insteadOf},
+                         {Word::out, Word::of, Word::outOf}};
 
 }  // namespace
 
-bool isParameterLabel(Name word)
+Parser::ParameterLabel Parser::parameterLabelAt(size_t at) const
 {
-    return std::find(std::begin(kLabels), std::end(kLabels), word) != std::end(kLabels);
+    const Token &word = tokens_[at];
+    if (word.type != Token::word)
+        return {};
+    if (std::find(std::begin(kLabels), std::end(kLabels), word.name) != std::end(kLabels))
+        return {word.name, 1};
+    const Token &next = tokens_[std::min(at + 1, tokens_.size() - 1)];
+    for (const auto &[first, second, phrase] : kLabelsOfTwoWords) {
+        if (word.name == first && next.type == Token::word && next.name == second)
+            return {phrase, 2};
+    }
+    return {};
 }
 
 Parser::Level::Level(Parser &parser) : parser(parser)
@@ -61,7 +77,8 @@ void Parser::collectDeclared()
     };
     const auto beginTell = [&](size_t at) {
         const bool application =
-            tokens_[at + 1].type == Token::word && tokens_[at + 1].name == Word::application && !hasBareEnd;
+            tokens_[at + 1].type == Token::word &&
+            (tokens_[at + 1].name == Word::application || tokens_[at + 1].name == Word::app) && !hasBareEnd;
         size_t end = at;
         while (end < tokens_.size() && tokens_[end].type != Token::newline &&
                !(tokens_[end].type == Token::word && tokens_[end].name == Word::to))
@@ -121,8 +138,10 @@ void Parser::collectDeclared()
                 } else if (i + 2 < tokens_.size() && tokens_[i + 2].type != Token::newline) {
                     labelledHandlers_.insert(next.name);
                     for (size_t k = i + 2; k < tokens_.size() && tokens_[k].type != Token::newline; ++k) {
-                        if (tokens_[k].type == Token::word && !isParameterLabel(tokens_[k].name) &&
-                            tokens_[k].name != Word::of && tokens_[k].name != Word::given)
+                        if (const size_t words = parameterLabelAt(k).words)
+                            k += words - 1;
+                        else if (tokens_[k].type == Token::word && tokens_[k].name != Word::of &&
+                                 tokens_[k].name != Word::given)
                             declares(k);
                     }
                 }
@@ -670,7 +689,8 @@ Node *Parser::handler()
     } else if (!endOfLine()) {
         if (takeWord(Word::of) || takeWord(Word::in))
             node->b = pattern();
-        else if (peek().type == Token::word && !isParameterLabel(peek().name) && peek().name != Word::given)
+        else if (isSymbol('{') ||
+                 (peek().type == Token::word && !parameterLabelAt(at_).words && !isWord(Word::given)))
             node->b = pattern();
         while (!endOfLine()) {
             if (takeWord(Word::given)) {
@@ -681,10 +701,11 @@ Node *Parser::handler()
                 } while (takeSymbol(','));
                 continue;
             }
-            if (peek().type != Token::word || !isParameterLabel(peek().name))
+            const ParameterLabel label = parameterLabelAt(at_);
+            if (!label.words)
                 expected("parameter name");
-            node->names.push_back(peek().name);
-            ++at_;
+            node->names.push_back(label.name);
+            at_ += label.words;
             node->kids.push_back(pattern());
         }
         node->flag = true;  // labelled

@@ -197,16 +197,14 @@ Value readFile(Machine &machine, const Invocation &invocation)
     };
     if (const auto from = number(code("from")))
         file->position = *from < 0 ? std::max<int64_t>(0, length + *from) : std::max<int64_t>(0, *from - 1);
-    int64_t count = length > file->position ? length - file->position
-                    : file->position == 0   ? INT64_MAX / 2
-                                            : 0;
+    int64_t count = INT64_MAX / 2;
     if (const auto to = number(code("to  ")))
         count = (*to < 0 ? length + *to + 1 : *to) - file->position;
     if (const auto exactly = number(code("for ")))
         count = *exactly;
-    if (length > 0 && file->position >= length && count != 0)
-        raise(-39, "End of file error.");
     std::string bytes = FileAccess::read(*file, std::min<int64_t>(count, int64_t(machine.heap.limit / 4)));
+    if (bytes.empty() && count > 0)
+        raise(-39, messageFor(-39));
     for (const bool until : {false, true}) {
         const Value *stop = invocation.parameter(until ? code("unti") : code("befo"));
         if (!stop)
@@ -326,19 +324,19 @@ Value Machine::command(const Invocation &invocation)
     const Command *known = invocation.site.command;
     if (!known || known->toApplications) {
         Value target = contentsOf(invocation.target);
-        const Value direct = invocation.direct.is(Kind::application) ? invocation.direct : Value();
-        if (direct)
-            target = direct;
         const uint32_t eventClass = known ? code("aevt") : invocation.site.eventClass,
                        eventID = known ? known->id : invocation.site.eventID;
+        // An application, or what is to run: to itself.
+        const bool runs = known && eventID == code("oapp");
+        Value direct = runs ? contentsOf(invocation.direct) : invocation.direct;
+        if (direct.is(Kind::application) || (runs && direct))
+            target = std::exchange(direct, {});
         if (target.is(Kind::script)) {
             // A script's own handlers come first.
             if (known) {
                 const Name handler = heap.names.of(known->phrase);
                 if (responds(target, handler))
-                    return call(target, handler,
-                                invocation.direct ? std::vector<Value>{invocation.direct}
-                                                  : std::vector<Value>{});
+                    return call(target, handler, direct ? std::vector<Value>{direct} : std::vector<Value>{});
             }
             target = heap.application("");
         }
@@ -385,7 +383,8 @@ Value Machine::command(const Invocation &invocation)
         const char *value = getenv(textOf(invocation.direct).c_str());
         return heap.text(value ? value : "");
     }
-    case code("dsct"): return host.runScript(*this, contentsOf(invocation.direct));
+    case code("dsct"):
+        return host.runScript(*this, contentsOf(invocation.direct), invocation.parameter(code("plst")));
     case code("load"): return host.loadScript(*this, path(invocation.direct));
     default: return host.interact(*this, invocation);
     }

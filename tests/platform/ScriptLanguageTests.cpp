@@ -64,6 +64,9 @@ TEST(ScriptLanguage, WordsAsVariables)
          "f(application \"no such program\")",
          "error -600: Application isn’t running."},
         {"set frontmost to 1\nif frontmost is frontmost then return \"same\"", "\"same\""},
+        {"set a to 1\nset r to a reference to a\nset out to 2\nset app to 3\nset run to 4\nset get to 5\n"
+         "{contents of r, out, app, run, get - 1}",
+         "{1, 2, 3, 4, 4}"},
     });
 }
 
@@ -123,6 +126,8 @@ TEST(ScriptLanguage, ListsAndRecords)
         {"reverse of {1, 2, 3}", "{3, 2, 1}"},
         {"rest of {1, 2, 3}", "{2, 3}"},
         {"integers of {1, \"a\", 2.5, 3}", "{1, 3}"},
+        {"{numbers of {1, \"a\", 2.5}, every number of {1, \"a\"}, number of {1, \"a\"}}",
+         "{{1, 2.5}, {1}, 2}"},
         {"every text of {1, \"a\"}", "{\"a\"}"},
         {"count {1, 2, 3}", "3"},
         {"number of items in {1, 2}", "2"},
@@ -131,6 +136,7 @@ TEST(ScriptLanguage, ListsAndRecords)
         {"2 is in {1, 2}", "true"},
         {"{1, {2}} = {1.0, {2}}", "true"},
         {"item 5 of {1, 2, 3}", "error -1728: Can’t get item 5 of {1, 2, 3}."},
+        {"set item 5 of {1} to 2", "error -10006: Can’t set item 5 of {1} to 2."},
         {"set l to {1}\nset m to l\nset end of l to 2\nset beginning of l to 0\nm", "{0, 1, 2}"},
         {"set l to {1}\ncopy l to m\nset end of l to 2\nm", "{1}"},
         {"set l to {1, 2}\nset item -1 of l to {3}\nset item 1 of item 2 of l to 4\nl", "{1, {4}}"},
@@ -168,6 +174,8 @@ TEST(ScriptLanguage, Coercions)
         {"class of text", "class"},
         {"«class utf8»", "«class utf8»"},
         {"«data rdat48690A»", "«data rdat48690A»"},
+        {"{5 as text & \"a\", \"1\" as integer + 2 * 3, 1 & \"x\" as text & \"b\" as list}",
+         "{\"5a\", 7, {\"1xb\"}}"},
     });
 }
 
@@ -198,6 +206,9 @@ TEST(ScriptLanguage, Statements)
         {"5 is less than or equal to 5 and 4 isn't greater than 5 and \"b\" comes after \"a\"", "true"},
         {"{1, 2} does not contain 3 and 1 is not in {2}", "true"},
         {"nothing", "error -2753: The variable nothing is not defined."},
+        {"{(get 3), length of (get \"abc\"), get every item of {1}}", "{3, 3, {1}}"},
+        {"set x to get 2\nreturn get x", "2"},
+        {"tell app \"no such program\"\nset name to 1\nend tell", "error -600: Application isn’t running."},
         {"\"a\" and true", "error -1700: Can’t make \"a\" into type boolean."},
     });
 }
@@ -224,6 +235,16 @@ TEST(ScriptLanguage, Handlers)
         {"on f(n)\nf(n + 1)\nend\nf(0)", "error -2706: Stack overflow."},
         {"on twice(h, x)\nh(h(x))\nend\non inc(x)\nx + 1\nend\ntwice(inc, 5)", "7"},
         {"on greet(name)\n\"hi \" & name\nend\ngreet(\"Bo\")", "\"hi Bo\""},
+        {"on cut of x apart from y instead of z given mark:m\n{x, y, z, m}\nend\ncut of 1 instead of 3 apart "
+         "from 2 given mark:4",
+         "{1, 2, 3, 4}"},
+        {"on cut {a, b} aside from c out of d\n{a, b, c, d}\nend\ncut {1, 2} out of 4 aside from 3",
+         "{1, 2, 3, 4}"},
+        {"on cut of x apart from y\nend\ncut of 1 out of 2",
+         "error -1701: The apart from parameter is missing for cut."},
+        {"run script \"on run {a, {b}}\na - b\nend\" with parameters {5, {2}}", "3"},
+        {"run script \"on run argv\ncount argv\nend\" with parameters {5, 2}", "2"},
+        {"on run {a}\na\nend", "error -1728: Can’t get item 1 of {}."},
     });
 }
 
@@ -244,6 +265,12 @@ TEST(ScriptLanguage, ScriptObjects)
         {"script A\nproperty l : {1}\nend\ncopy A to b\nset end of b's l to 2\n{A's l, b's l}",
          "{{1}, {1, 2}}"},
         {"script A\non run\n\"ran\"\nend\nend script\nrun script A", "\"ran\""},
+        {"script A\nproperty n : 0\non run\nset n to n + 1\nend\nend script\nrun A\ntell A to run\nA's "
+         "run()\n"
+         "run (a reference to A)",
+         "4"},
+        {"run 5", "error -1708: 5 doesn’t understand the “run” message."},
+        {"run", "error -2706: Stack overflow."},
         {"run script \"1 + 1\"", "2"},
         {"set l to {1, 2}\nset r to a reference to item 1 of l\nset contents of r to 9\n{l, contents of r, r "
          "+ 1}",
@@ -273,6 +300,31 @@ TEST(ScriptLanguage, Errors)
         {"try\nerror number -128\non error number -128\n1\nend", "1"},
         {"try\nerror \"p\" partial result {1} from {2}\non error m from f partial result p\n{f, p}\nend",
          "{{2}, {1}}"},
+        {"try\nerror \"foo\" number 99 to integer partial result {2}\non error m number n to t partial "
+         "result "
+         "p\n{m, n, t, p}\nend",
+         "{\"foo\", 99, integer, {2}}"},
+    });
+}
+
+TEST(ScriptLanguage, Files)
+{
+    expect({
+        {"set f to POSIX file (do shell script \"mktemp\")\nset n to open for access f with write "
+         "permission\n"
+         "set out to {}\nrepeat with plain in {true, false}\ntry\nif plain then\nread n\nelse\nread n until "
+         "\";\"\nend if\non error number e\nset end of out to e\nend try\nend repeat\nwrite \"a;bc\" to "
+         "n\nclose "
+         "access n\nset n to open for access f\ntry\nrepeat\nset end of out to read n until \";\"\nend "
+         "repeat\non "
+         "error number e\nset end of out to e\nend try\ntry\nread n\non error number e\nset end of out to "
+         "e\nend try\nset end of out to read n from 2 to 1\nclose access n\ndo shell script \"rm \" & quoted "
+         "form "
+         "of POSIX path of f\nout",
+         "{-39, -39, \"a;\", \"bc\", -39, -39, \"\"}"},
+        {"(length of (read \"/proc/self/status\")) > 9", "true"},  // of no length, and not empty
+        {"try\npath to music folder\non error number n\nn\nend", "-43"},
+        {"class of (path to home folder)", "alias"},
     });
 }
 

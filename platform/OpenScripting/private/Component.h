@@ -30,7 +30,7 @@ public:
     void setApplicationProperty(Machine &machine, const Value &place, const Value &value) override;
     Value callApplication(Machine &machine, const std::string &application, Name handler,
                           const std::vector<Value> &arguments) override;
-    Value runScript(Machine &machine, const Value &source) override;
+    Value runScript(Machine &machine, const Value &source, const Value *parameters) override;
     Value loadScript(Machine &machine, const std::string &path) override;
 
 private:

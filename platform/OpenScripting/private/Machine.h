@@ -64,8 +64,8 @@ public:
     /// A property of an application, or of one of its elements.
     virtual Value applicationProperty(Machine &machine, const Value &place) = 0;
     virtual void setApplicationProperty(Machine &machine, const Value &place, const Value &value) = 0;
-    /// Compiles and runs source text; loads a script file.
-    virtual Value runScript(Machine &machine, const Value &source) = 0;
+    /// Compiles and runs source text; loads a script file. `parameters` for its `run` handler: a list, or null.
+    virtual Value runScript(Machine &machine, const Value &source, const Value *parameters) = 0;
     virtual Value loadScript(Machine &machine, const std::string &path) = 0;
 };
 

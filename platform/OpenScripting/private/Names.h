@@ -14,7 +14,7 @@ using Name = uint32_t;
 
 // clang-format off
 #define TARVIK_OSA_WORDS(W) \
-    W(a) W(about) W(above) W(after) W(against) W(alias) W(an) W(and_, "and") W(apart) W(application) W(around) W(as) W(aside) W(ask) W(at) \
+    W(a) W(about) W(above) W(after) W(against) W(alias) W(an) W(and_, "and") W(apart) W(app) W(application) W(around) W(as) W(aside) W(ask) W(at) \
     W(back) W(before) W(beginning) W(begins) W(begin) W(below) W(beneath) W(beside) W(between) W(but) W(by) W(case_, "case") \
     W(characters) W(character) W(class_, "class") W(come) W(comes) W(considering) W(contain) W(contained) W(contains) W(contents) \
     W(continue_, "continue") W(copy) W(count) W(current) W(data) W(date) W(day) W(days) W(diacriticals) W(div) W(do_, "do") W(does) \
@@ -35,7 +35,8 @@ using Name = uint32_t;
     W(dateString, "date string") W(timeString, "time string") W(shortDateString, "short date string") W(quotedForm, "quoted form") \
     W(POSIXPath, "POSIX path") W(missingValue, "missing value") W(currentApplication, "current application") W(POSIXFile, "POSIX file") \
     W(anonymous, "«script»") W(displayedName, "displayed name") W(running) W(button, "button returned") \
-    W(textReturned, "text returned") W(gaveUp, "gave up") W(constant)
+    W(textReturned, "text returned") W(gaveUp, "gave up") W(constant) W(apartFrom, "apart from") W(asideFrom, "aside from") \
+    W(insteadOf, "instead of") W(outOf, "out of")
 // clang-format on
 
 struct Word {

@@ -45,16 +45,16 @@ private:
     Name declaredName();
 
     // ParserExpressions.cpp
-    Node *expression() { return disjunction(); }
+    Node *expression();
     Node *disjunction();
     Node *conjunction();
     Node *negation();
     Node *equality();
     Node *coercion();
-    Node *joining();
-    Node *sum();
-    Node *product();
-    Node *power();
+    Node *joining(Node *left = nullptr);
+    Node *sum(Node *left = nullptr);
+    Node *product(Node *left = nullptr);
+    Node *power(Node *base = nullptr);
     Node *unary();
     Node *referring();
     Node *primary();
@@ -78,6 +78,12 @@ private:
     bool isContainerWord() const;
     bool labelAhead(const char *label) const;
     void takeLabel(const char *label);
+    /// A preposition that labels a parameter of a handler; no words: there is none.
+    struct ParameterLabel {
+        Name name;
+        size_t words;
+    };
+    ParameterLabel parameterLabelAt(size_t at) const;
     uint32_t typeCode();
 
     // tokens

@@ -14,7 +14,7 @@ struct Range {
 struct ScriptError {
     int32_t number;
     std::string message = {};
-    Value offending = {}, partial = {};
+    Value offending = {}, partial = {}, wanted = {};
     Range range = {};
     bool located = false;
     bool stops = false;  // the host stops the script: no `try` holds it up
