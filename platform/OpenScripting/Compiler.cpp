@@ -10,7 +10,7 @@ namespace tarvik::osa {
 
 namespace {
 
-constexpr int kMostRegisters = 30000, kMostConstants = 30000, kMostSites = 30000;
+constexpr int kMostRegisters = 30000, kMostConstants = 30000, kMostSites = 30000, kDeepest = 500;
 
 struct FunctionScope;
 
@@ -614,9 +614,67 @@ private:
 
     // --- expressions -----------------------------------------------------------------------------------
 
+    /// Places in places (`a's b's c`, `x is running is running`) may be deeper than what the parser nests.
+    struct Depth {
+        Depth(Compiler &compiler, const Node *node) : compiler(compiler)
+        {
+            if (++compiler.depth_ <= kDeepest)
+                return;
+            ScriptError failure{error::syntax, "The script is nested too deeply."};
+            failure.range = node->range;
+            failure.located = true;
+            throw failure;
+        }
+        ~Depth() { --compiler.depth_; }
+        Compiler &compiler;
+    };
+
+    static bool isOperator(const Node *node)
+    {
+        return node->kind == Node::binary || node->kind == Node::coercion || node->kind == Node::conjunction;
+    }
+
+    /// `1 + 2 + 3 ...`: the operators one after the other, however many there are. What is not yet the result stays out of the
+    /// wanted register: the variable that lives there may stand on a right side.
+    int operators(const Node *node, int wanted)
+    {
+        std::vector<const Node *> chain;
+        for (; isOperator(node); node = node->a)
+            chain.push_back(node);
+        const bool isApart = wanted >= 0 && (chain.size() > 1 || chain.front()->kind == Node::conjunction);
+        const int goesTo = target(wanted), before = current_->next, partial = isApart ? temporary() : goesTo,
+                  after = current_->next;
+        int left = expression(node);
+        for (auto one = chain.rbegin(); one != chain.rend(); ++one) {
+            const bool isLast = *one == chain.front();
+            if ((*one)->kind == Node::conjunction) {
+                at((*one)->a);
+                emit(Op::toBoolean, partial, left, 0);
+                emit((*one)->op == Word::and_ ? Op::testTrue : Op::testFalse, partial, 0, 0);
+                const size_t over = jump();
+                const int right = expression((*one)->b);
+                at((*one)->b);
+                emit(Op::toBoolean, partial, right, 0);
+                land(over);
+                if (isLast && isApart)
+                    emit(Op::move, goesTo, partial, 0);
+            } else {
+                const int right = expression((*one)->b);
+                at(*one);
+                emit((*one)->kind == Node::coercion ? Op::coerce : operation((*one)->op),
+                     isLast ? goesTo : partial, left, right);
+            }
+            left = partial;
+            current_->next = after;
+        }
+        current_->next = before;
+        return goesTo;
+    }
+
     /// The operand that holds the value; `wanted`: the register that it must be in.
     int expression(const Node *node, int wanted = -1)
     {
+        const Depth depth(*this, node);
         switch (node->kind) {
         case Node::literal: {
             const int operand = constant(node->value);
@@ -653,46 +711,9 @@ private:
         }
         case Node::negate: return unary(Op::negate, node, wanted);
         case Node::negation: return unary(Op::negation, node, wanted);
-        case Node::binary: {
-            wanted = target(wanted);
-            const int after = current_->next;
-            const int left = expression(node->a), right = expression(node->b);
-            at(node);
-            emit(operation(node->op), wanted, left, right);
-            current_->next = after;
-            return wanted;
-        }
-        case Node::conjunction: {
-            // In a register of its own: the variable that it goes to may stand on the right side.
-            const int goesTo = wanted;
-            wanted = temporary();
-            const int after = current_->next;
-            const int left = expression(node->a);
-            at(node->a);
-            emit(Op::toBoolean, wanted, left, 0);
-            emit(node->op == Word::and_ ? Op::testTrue : Op::testFalse, wanted, 0, 0);
-            const size_t over = jump();
-            const int right = expression(node->b);
-            at(node->b);
-            emit(Op::toBoolean, wanted, right, 0);
-            land(over);
-            current_->next = after;
-            if (goesTo >= 0) {
-                emit(Op::move, goesTo, wanted, 0);
-                current_->next = after - 1;
-                wanted = goesTo;
-            }
-            return wanted;
-        }
-        case Node::coercion: {
-            wanted = target(wanted);
-            const int after = current_->next;
-            const int left = expression(node->a), right = expression(node->b);
-            at(node);
-            emit(Op::coerce, wanted, left, right);
-            current_->next = after;
-            return wanted;
-        }
+        case Node::binary:
+        case Node::coercion:
+        case Node::conjunction: return operators(node, wanted);
         case Node::specifier: {
             wanted = target(wanted);
             const int after = current_->next;
@@ -1305,6 +1326,7 @@ private:
     ScriptScope *root_ = nullptr;
     FunctionScope *current_ = nullptr;
     Range range_;
+    int depth_ = 0;
 };
 
 }  // namespace

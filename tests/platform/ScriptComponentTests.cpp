@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace {
 
 OSAID compiled(const Scripting &scripting, std::string_view source, SInt32 mode = kOSAModeNull,
@@ -145,6 +147,30 @@ TEST(ScriptComponent, HostileScripts)
     for (int i = 0; i < 5000; ++i)
         blocks += "if true then\n";
     EXPECT_EQ(scripting.run(blocks), "error -2741: The script is nested too deeply.");
+    // A chain of operators may be as long as it likes; what nests says so.
+    const auto repeated = [](const std::string &before, const std::string &part, const std::string &after) {
+        std::string text = before;
+        for (int i = 0; i < 60000; ++i)
+            text += part;
+        return text + after;
+    };
+    EXPECT_EQ(scripting.run(repeated("1", " + 1", "")), "60001");
+    EXPECT_EQ(scripting.run(repeated("1", " ¬\n+ 1", "")), "60001");
+    EXPECT_EQ(scripting.run(repeated("length of (\"\"", " & 1", ")")), "60000");
+    EXPECT_EQ(scripting.run(repeated("true", " and true or false", "")), "true");
+    EXPECT_EQ(scripting.run(repeated("1", " as text as integer = 1", "")), "false");
+    EXPECT_EQ(scripting.run(repeated("set x to 2\nset x to x", " + x as integer - 1 * x", "")), "2");
+    EXPECT_EQ(scripting.run(repeated("", "+ ", "1")), "1");
+    const std::tuple<const char *, const char *, const char *> nests[] = {
+        {"a", " of a", ""},        {"a", "'s a", ""},
+        {"", "not ", "true"},      {"", "- ", "1"},
+        {"2", " ^ 2", ""},         {"", "(get ", ""},
+        {"it", " is running", ""}, {"if it", " is not running", " then 1"},
+    };
+    for (const auto &[before, part, after] : nests)
+        EXPECT_EQ(scripting.run(repeated(before, part, after)),
+                  "error -2741: The script is nested too deeply.")
+            << part;
     std::string list = "count {0";
     for (int i = 0; i < 40000; ++i)
         list += ", " + std::to_string(i);
