@@ -94,7 +94,7 @@ public:
     /// Raises an error as users know it: "Shelf got an error: ...".
     [[noreturn]] void fail(OSErr error, const std::string &otherwise)
     {
-        if (error == procNotFound || error == connectionInvalid)
+        if (error == procNotFound)
             notRunning(machine_, application_);
         Descriptor text;
         const std::string said = AEGetParamDesc(&reply_, keyErrorString, typeUTF8Text, &text) == noErr
@@ -193,6 +193,7 @@ bool standsIn(Machine &machine, Message &message, AEEventID eventID, const Value
 {
     switch (eventID) {
     case kAEActivate: return bringToFront(message), true;
+    case kAEOpenApplication:
     case kLaunched: return true;
     case kAEOpenDocuments: return applications::open(message.targets()[0], pathsOf(machine, direct)) == noErr;
     default: return false;
@@ -203,6 +204,7 @@ bool standsIn(Machine &machine, Message &message, AEEventID eventID, const Value
 bool starts(Machine &machine, const std::string &application, AEEventID eventID, const Value &direct)
 {
     switch (eventID) {
+    case kAEOpenApplication:
     case kAEActivate: return applications::launch(application, true) == noErr;
     case kLaunched: return applications::launch(application, false) == noErr;
     case kAEOpenDocuments: return applications::launch(application, true, pathsOf(machine, direct)) == noErr;
@@ -232,8 +234,9 @@ Value ComponentHost::sendEvent(Machine &machine, const std::string &application,
                 const bool documents = eventClass == kCoreEventClass && eventID == kAEOpenDocuments;
                 Value direct = invocation.direct;
                 if (documents) {  // a list of files, as an application expects it
+                    const Value given = machine.coerced(direct, type::list);
                     Value files = machine.heap.list();
-                    for (const Value &file : machine.coerced(direct, type::list).list()->items)
+                    for (const Value &file : given.list()->items)
                         files.list()->items.push_back(machine.coerced(file, type::file));
                     direct = files;
                 }
@@ -244,6 +247,8 @@ Value ComponentHost::sendEvent(Machine &machine, const std::string &application,
         },
         eventID == kAEActivate ||
             eventID == kAEOpenDocuments);  // its answer says whether there is more to do
+    if (error == connectionInvalid && eventClass == kCoreEventClass && eventID == kAEQuitApplication)
+        return {};  // it ended before its answer went out
     if (error == errAEEventNotHandled && invocation.site.command && !message.targets().empty() &&
         standsIn(machine, message, eventID, invocation.direct))
         return {};

@@ -321,6 +321,22 @@ TEST(AppleEventProcessTest, ScriptsWaitAsLongAsTheySay)
               std::chrono::seconds(50));  // a minute is what it would have had otherwise
 }
 
+// A program that ends before its answer goes out has done what it was asked for only where that was to quit.
+TEST(AppleEventProcessTest, ScriptsTellAProgramToEnd)
+{
+    const TemporaryFolder folder;
+    const std::string program = std::filesystem::canonical(folder.path()) / "a-hasty-peer";
+    std::filesystem::copy(TARVIK_TESTS_HELPER "/tarvik-test-eventpeer", program);
+    Scripting scripting;
+    const auto told = [&](const std::string &command) {
+        const Peer peer("hasty", "", program);
+        return scripting.run("try\ntell application \"" + program + "\" to " + command +
+                             "\non error m number n\n{m, n}\nend");
+    };
+    EXPECT_EQ(told("quit"), "");
+    EXPECT_EQ(told("«event testdie »"), "{\"" + program + " got an error: Connection is invalid.\", -609}");
+}
+
 TEST(AppleEventProcessTest, NobodyElseGetsIn)
 {
     AEInstallEventHandler(

@@ -107,7 +107,7 @@ TEST_F(ScriptingDictionary, OfAnotherProcess)
             long count = 0;
             AEGetParamDesc(event, keyDirectObject, typeAEList, list.out());
             AECountItems(list.get(), &count);
-            opened = std::to_string(count);
+            opened += std::to_string(count);
             return OSErr(noErr);
         },
         0);
@@ -116,15 +116,16 @@ TEST_F(ScriptingDictionary, OfAnotherProcess)
     std::thread script([&] {
         result = runTarvik({"script", "-e", "tell application \"tarvik-tests-system\"", "-e",
                             "open {POSIX file \"/etc/hosts\", POSIX file \"/etc/passwd\"}", "-e",
-                            "set its |shelf title| to name & total(20, 22)", "-e", "get |shelf title|", "-e",
-                            "end tell"});
+                            "open POSIX file \"/etc/hosts\"", "-e",
+                            "set its |shelf title| to name & total(20, length of (get |shelf title|))", "-e",
+                            "get |shelf title|", "-e", "end tell"});
         done = true;
     });
     while (!done)
         CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0.02, true);
     script.join();
-    EXPECT_EQ(result.out, "tarvik-tests-system42\n") << result.error;
-    EXPECT_EQ(opened, "2");
+    EXPECT_EQ(result.out, "tarvik-tests-system26\n") << result.error;
+    EXPECT_EQ(opened, "21");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The other process of the event tests. Prints "ready" when it receives, and one line for what it is told to note.
 //   tarvik-test-eventpeer              serves until it is told to quit, or standard input ends
 //   tarvik-test-eventpeer poll         the same with a loop of its own
+//   tarvik-test-eventpeer hasty        ends without an answer when it is told to quit
 //   tarvik-test-eventpeer deaf         receives nothing: its handlers are installed, its run loop doesn't run
 //   tarvik-test-eventpeer login        a bus with a login manager; its first line is the bus's address
 //   tarvik-test-eventpeer raw ANSWER   a socket that answers what comes with these bytes (hexadecimal), or never (no bytes)
@@ -180,7 +181,7 @@ int main(int argc, char **argv)
                     {"refu"_code, refuse}, {"huge"_code, huge}, {"late"_code, later}, {"back"_code, askBack}};
     for (const auto &[id, handler] : handlers)
         AEInstallEventHandler("test"_code, id, handler, 0, false);
-    AEInstallEventHandler(kCoreEventClass, kAEQuitApplication, quit, 0, false);
+    AEInstallEventHandler(kCoreEventClass, kAEQuitApplication, mode == "hasty" ? die : quit, 0, false);
     say("ready");
     if (mode == "deaf")
         pause();
