@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr const char *kUsers = "/home", *kBootDisk = "/";
+
 std::string absolute(const char *variable)
 {
     const char *value = getenv(variable);
@@ -30,11 +32,12 @@ std::string home()
     return found && found->pw_dir ? found->pw_dir : "";
 }
 
-std::string inHome(const char *name)
+std::string below(const std::string &folder, const char *name)
 {
-    const std::string folder = home();
     return folder.empty() ? "" : folder + "/" + name;
 }
+
+std::string inHome(const char *name) { return below(home(), name); }
 
 std::string orElse(std::string first, std::string second) { return first.empty() ? second : first; }
 
@@ -64,19 +67,27 @@ std::string userFolder(std::string_view name, const char *usual)
     return orElse(found, inHome(usual));
 }
 
+std::string userData() { return orElse(absolute("XDG_DATA_HOME"), inHome(".local/share")); }
+
 std::string inUserDomain(OSType type)
 {
     switch (type) {
     case kTemporaryFolderType: return orElse(absolute("TMPDIR"), "/tmp");
-    case kUserTemporaryFolderType: {
-        const std::string cache = orElse(absolute("XDG_CACHE_HOME"), inHome(".cache"));
-        return cache.empty() ? "" : cache + "/tmp";
-    }
+    case kUserTemporaryFolderType: return below(orElse(absolute("XDG_CACHE_HOME"), inHome(".cache")), "tmp");
     case kDocumentsFolderType: return userFolder("DOCUMENTS", "Documents");
     case kDesktopFolderType: return userFolder("DESKTOP", "Desktop");
-    case kApplicationSupportFolderType: return orElse(absolute("XDG_DATA_HOME"), inHome(".local/share"));
+    case kDownloadsFolderType: return userFolder("DOWNLOAD", "Downloads");
+    case kPictureDocumentsFolderType: return userFolder("PICTURES", "Pictures");
+    case kMusicDocumentsFolderType: return userFolder("MUSIC", "Music");
+    case kMovieDocumentsFolderType: return userFolder("VIDEOS", "Videos");
+    case kTrashFolderType: return below(userData(), "Trash/files");
+    case kApplicationsFolderType: return below(userData(), "applications");
+    case kDomainLibraryFolderType:
+    case kApplicationSupportFolderType: return userData();
     case kPreferencesFolderType: return userConfiguration();
     case kCurrentUserFolderType: return home();
+    case kUsersFolderType: return kUsers;
+    case kBootDiskFolderType: return kBootDisk;
     default: return "";
     }
 }
@@ -85,6 +96,10 @@ std::string inLocalDomain(OSType type)
 {
     switch (type) {
     case kTemporaryFolderType: return "/tmp";
+    case kUsersFolderType: return kUsers;
+    case kBootDiskFolderType: return kBootDisk;
+    case kApplicationsFolderType: return "/usr/local/share/applications";
+    case kDomainLibraryFolderType:
     case kApplicationSupportFolderType:
         return "/usr/local/share";  // not the first of XDG_DATA_DIRS, which may be a user's
     case kPreferencesFolderType: return "/etc/xdg";

@@ -323,8 +323,9 @@ TEST(ScriptLanguage, Files)
          "of POSIX path of f\nout",
          "{-39, -39, \"a;\", \"bc\", -39, -39, \"\"}"},
         {"(length of (read \"/proc/self/status\")) > 9", "true"},  // of no length, and not empty
-        {"try\npath to music folder\non error number n\nn\nend", "-43"},
+        {"class of (path to music folder)", "alias"},
         {"class of (path to home folder)", "alias"},
+        {"POSIX path of (path to startup disk)", "\"/\""},
     });
 }
 

@@ -1,6 +1,7 @@
 // Files and folders by path, well-known folders, and locations held as a path or a URL.
 #include "../support/TemporaryFolder.h"
 
+#include <Carbon/Folders.h>
 #include <Tarvik/system/FileFunctions.h>
 #include <Tarvik/system/FilePaths.h>
 #include <Tarvik/system/FileUtils.h>
@@ -9,6 +10,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <climits>
 
 namespace fs = std::filesystem;
 
@@ -166,8 +169,19 @@ TEST(SpecialFolders, FollowTheUsersSettings)
     EXPECT_EQ(Utils::GetUserDocumentsDirName(), base + "/Documents");
     fs::create_directory(folder / ".config");
     folder.write(".config/user-dirs.dirs",
-                 "# as xdg-user-dirs writes it\nXDG_DOCUMENTS_DIR=\"$HOME/My \\\"Papers\\\"\"\n");
+                 "# as xdg-user-dirs writes it\nXDG_DOCUMENTS_DIR=\"$HOME/My \\\"Papers\\\"\"\n"
+                 "XDG_MUSIC_DIR=\"$HOME/Sound\"\n");
     EXPECT_EQ(Utils::GetUserDocumentsDirName(), base + "/My \"Papers\"");
+    char found[PATH_MAX];
+    const std::pair<OSType, std::string> folders[] = {{kMusicDocumentsFolderType, base + "/Sound"},
+                                                      {kDownloadsFolderType, base + "/Downloads"},
+                                                      {kTrashFolderType, base + "/data/Trash/files"},
+                                                      {kBootDiskFolderType, "/"}};
+    setenv("XDG_DATA_HOME", (base + "/data").c_str(), 1);
+    for (const auto &[type, place] : folders) {
+        ASSERT_EQ(FSFindFolderPath(kUserDomain, type, true, found, sizeof found), noErr) << place;
+        EXPECT_EQ(found, place);
+    }
     TFileLocationInfo support;
     ASSERT_TRUE(file_utils::GetAppSupportFolder(support));
     EXPECT_EQ(support.kind, TFileLocationInfo::kPath);

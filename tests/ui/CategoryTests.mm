@@ -14,6 +14,7 @@ TEST(Categories, NoneReplacesAMethodOfAppKit)
         "-[NSAlert beginSheetModalForWindow:modalDelegate:didEndSelector:contextInfo:]",
         "-[NSWorkspace openFile:]", "-[NSWorkspace openURL:]", "-[NSWorkspace iconForFiles:]",
         "-[NSWorkspace selectFile:inFileViewerRootedAtPath:]", "+[NSMenu load]",
+        "+[NSPrintInfo sharedPrintInfo]", "-[NSTableView _numRows]",
         // ours on every object; classes that write to a pasteboard have their own
         "-[NSObject pasteboardPropertyListForType:]"};
     EXPECT_EQ(methodsReplacedBy("libtarvik-ui.so"), repairs);

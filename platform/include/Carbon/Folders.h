@@ -13,6 +13,15 @@
 /// | 'pref' preferences | XDG_CONFIG_HOME, else .config in the home | /etc/xdg |
 /// | 'utmp' the user's own temporary items | tmp in XDG_CACHE_HOME, else in .cache in the home | none |
 /// | 'desk' desktop | the DESKTOP folder of user-dirs.dirs, else Desktop in the home | none |
+/// | 'down' downloads | likewise DOWNLOAD, else Downloads | none |
+/// | 'pdoc' pictures | likewise PICTURES, else Pictures | none |
+/// | 'µdoc' music | likewise MUSIC, else Music | none |
+/// | 'mdoc' movies | likewise VIDEOS, else Videos | none |
+/// | 'trsh' trash | Trash/files in XDG_DATA_HOME, else in .local/share in the home | none |
+/// | 'dlib' library | as application support | /usr/local/share |
+/// | 'apps' applications | applications in the same place | /usr/local/share/applications |
+/// | 'usrs' users | /home | /home |
+/// | 'boot' startup disk | / | / |
 ///
 /// Folders are those of the XDG Base Directory Specification and of xdg-user-dirs; the home is HOME, else the account's.
 /// Variables that are not absolute paths count as unset. Thread: any.
@@ -39,6 +48,15 @@ enum {
     kPreferencesFolderType = 0x70726566,         ///< 'pref'
     kDesktopFolderType = 0x6465736B,             ///< 'desk'
     kUserTemporaryFolderType = 0x75746D70,       ///< 'utmp'
+    kDownloadsFolderType = 0x646F776E,           ///< 'down'
+    kPictureDocumentsFolderType = 0x70646F63,    ///< 'pdoc'
+    kMusicDocumentsFolderType = 0xB5646F63,      ///< 'µdoc', in MacRoman
+    kMovieDocumentsFolderType = 0x6D646F63,      ///< 'mdoc'
+    kTrashFolderType = 0x74727368,               ///< 'trsh'
+    kDomainLibraryFolderType = 0x646C6962,       ///< 'dlib'
+    kApplicationsFolderType = 0x61707073,        ///< 'apps'
+    kUsersFolderType = 0x75737273,               ///< 'usrs'
+    kBootDiskFolderType = 0x626F6F74,            ///< 'boot'
 };
 
 /// The POSIX path of a folder, zero-terminated, without a slash at its end. With `createFolder` a missing folder is made,
