@@ -44,6 +44,7 @@ struct Conversion {
     std::string flags, length;
     Size width, precision;
     char kind = 0;  // 0: only the text
+    Passed passed = Passed::asInt;
     size_t argument = 0;
 };
 
@@ -147,9 +148,9 @@ private:
         case 'o':
         case 'u':
         case 'x':
-        case 'X': return use(place, isWide ? Passed::asLong : Passed::asInt, found.argument);
+        case 'X': found.passed = isWide ? Passed::asLong : Passed::asInt; break;
         case 'c':
-        case 'C': return use(place, Passed::asInt, found.argument);
+        case 'C': found.passed = Passed::asInt; break;
         case 'a':
         case 'A':
         case 'e':
@@ -157,15 +158,15 @@ private:
         case 'f':
         case 'F':
         case 'g':
-        case 'G':
-            return use(place, found.length == "L" ? Passed::asLongDouble : Passed::asDouble, found.argument);
+        case 'G': found.passed = found.length == "L" ? Passed::asLongDouble : Passed::asDouble; break;
         case 'n':
         case 'p':
         case 's':
         case 'S':
-        case '@': return use(place, Passed::asPointer, found.argument);
+        case '@': found.passed = Passed::asPointer; break;
         default: return false;
         }
+        return use(place, found.passed, found.argument);
     }
 
     std::string_view rest_;
@@ -290,22 +291,16 @@ public:
         case 'S': return appendUTF16(static_cast<const unichar *>(value.asPointer));
         case '@': return appendObject((id)value.asPointer);
         case 'n': store(conversion.length, const_cast<void *>(value.asPointer)); return true;
-        case 'p': return appendNumber(conversion, value.asPointer);
-        case 'a':
-        case 'A':
-        case 'e':
-        case 'E':
-        case 'f':
-        case 'F':
-        case 'g':
-        case 'G':
-            return conversion.length == "L" ? appendNumber(conversion, value.asLongDouble)
-                                            : appendNumber(conversion, value.asDouble);
-        default:
-            return conversion.length.empty() || conversion.length[0] == 'h'
-                       ? appendNumber(conversion, value.asInt)
-                       : appendNumber(conversion, value.asLong);
+        default: break;
         }
+        switch (conversion.passed) {
+        case Passed::asInt: return appendNumber(conversion, value.asInt);
+        case Passed::asLong: return appendNumber(conversion, value.asLong);
+        case Passed::asDouble: return appendNumber(conversion, value.asDouble);
+        case Passed::asLongDouble: return appendNumber(conversion, value.asLongDouble);
+        case Passed::asPointer: return appendNumber(conversion, value.asPointer);
+        }
+        return false;
     }
     const std::string &text() const { return out_; }
 
